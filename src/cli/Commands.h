@@ -1,0 +1,12 @@
+#pragma once
+
+#include "cli/CommandLine.h"
+
+namespace waxline::cli {
+
+// Each command takes the arguments after its name and returns the process exit status:
+// 0 success, 1 the work failed, 2 bad usage or unusable input.
+int analyseCommand(Arguments& args);
+int makeDemoSideCommand(Arguments& args);
+
+} // namespace waxline::cli

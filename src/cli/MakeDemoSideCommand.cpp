@@ -1,0 +1,74 @@
+#include "cli/Commands.h"
+#include "cli/DemoSide.h"
+
+#include <sndfile.h>
+
+#include <cstdio>
+#include <stdexcept>
+#include <vector>
+
+namespace waxline::cli {
+
+int makeDemoSideCommand(Arguments& args) {
+    DemoSideOptions options;
+    options.tracks = static_cast<int>(args.integerOption("--tracks", 1, 40).value_or(5));
+    options.seed = static_cast<uint32_t>(args.integerOption("--seed", 0, 4294967295LL).value_or(1));
+    options.lengthSeconds = args.numberOption("--length").value_or(0);
+    const auto files = args.positional();
+    if (files.size() != 1)
+        throw UsageError("name one output file");
+    const std::string& path = files.front();
+
+    std::optional<DemoSideGenerator> generator;
+    try {
+        generator.emplace(options);
+    } catch (const std::invalid_argument& e) {
+        throw UsageError(e.what());
+    }
+
+    SF_INFO info{};
+    info.samplerate = static_cast<int>(options.sampleRate);
+    info.channels = 2;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (!file) {
+        std::fprintf(stderr, "waxline-cli make-demo-side: cannot write %s: %s\n", path.c_str(),
+                     sf_strerror(nullptr));
+        return 1;
+    }
+    constexpr size_t kBlock = 4096;
+    std::vector<float> left(kBlock), right(kBlock), interleaved(2 * kBlock);
+    bool ok = true;
+    while (size_t n = generator->render(left.data(), right.data(), kBlock)) {
+        for (size_t i = 0; i < n; ++i) {
+            interleaved[2 * i] = left[i];
+            interleaved[2 * i + 1] = right[i];
+        }
+        if (sf_writef_float(file, interleaved.data(), static_cast<sf_count_t>(n)) !=
+            static_cast<sf_count_t>(n)) {
+            ok = false;
+            break;
+        }
+    }
+    if (!ok)
+        std::fprintf(stderr, "waxline-cli make-demo-side: writing %s failed: %s\n", path.c_str(),
+                     sf_strerror(file));
+    sf_close(file);
+    if (!ok)
+        return 1;
+
+    const DemoSideLayout& side = generator->layout();
+    std::printf("%s: %zu tracks, %.3f s at %u Hz, seed %u\n", path.c_str(), side.tracks.size(),
+                side.length(), side.sampleRate, options.seed);
+    std::printf("lead-in   %10.3f s .. %10.3f s\n", side.leadIn.start, side.leadIn.end);
+    for (size_t i = 0; i < side.tracks.size(); ++i) {
+        std::printf("track %-3zu %10.3f s .. %10.3f s\n", i + 1, side.tracks[i].start,
+                    side.tracks[i].end);
+        if (i < side.gaps.size())
+            std::printf("gap       %10.3f s .. %10.3f s\n", side.gaps[i].start, side.gaps[i].end);
+    }
+    std::printf("run-out   %10.3f s .. %10.3f s\n", side.runOut.start, side.runOut.end);
+    return 0;
+}
+
+} // namespace waxline::cli

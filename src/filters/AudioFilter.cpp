@@ -1,0 +1,93 @@
+#include "filters/AudioFilter.h"
+
+namespace Sonra::Audio::Filters {
+namespace {
+
+// The presets' coefficients are single-precision numbers widened exactly to double.
+constexpr double w(float v) {
+    return static_cast<double>(v);
+}
+
+BiQuad riaaSection0() {
+    return {w(0.225f), w(0.2321032f), w(0.052797012f), w(0.9147276f), w(0.16572149f)};
+}
+BiQuad riaaSection1() {
+    return {w(1.0f), w(-0.871538f), w(-0.055509713f), w(-1.7317901f), w(0.7336619f)};
+}
+BiQuad chromeSection() {
+    return {w(0.6013478f), w(-0.8847261f), w(0.33175603f), w(-1.5921159f), w(0.64049363f)};
+}
+BiQuad brightSpinSection() {
+    return {w(1.0319743f), w(-0.9609203f), w(0.0f), w(-0.9928946f), w(0.0f)};
+}
+
+} // namespace
+
+void AudioFilter::Set(Type type) {
+    for (auto& slot : slots)
+        slot.reset();
+
+    switch (type) {
+    case BrightSpin:
+        slots[0] = std::make_unique<BiQuad>(brightSpinSection());
+        slots[2] = std::make_unique<BiQuad>(*slots[0]);
+        break;
+    case ChromeTape:
+        slots[0] = std::make_unique<BiQuad>(chromeSection());
+        slots[2] = std::make_unique<BiQuad>(*slots[0]);
+        break;
+    case RIAAPlayback:
+        slots[0] = std::make_unique<BiQuad>(riaaSection0());
+        slots[2] = std::make_unique<BiQuad>(*slots[0]);
+        slots[1] = std::make_unique<BiQuad>(riaaSection1());
+        slots[3] = std::make_unique<BiQuad>(*slots[1]);
+        break;
+    default:
+        break;
+    }
+}
+
+void AudioFilter::operator()(float* left, float* right, unsigned long count) {
+    BiQuad* l0 = slots[0].get();
+    BiQuad* l1 = slots[1].get();
+    BiQuad* r0 = slots[2].get();
+    BiQuad* r1 = slots[3].get();
+
+    // The two channels' recursions are independent, and section 1 only consumes section 0's
+    // output of the same sample, so running them side by side sample by sample gives exactly
+    // the block-by-block result while keeping several recursions in flight.
+    if (l0 && r0 && !l1 && !r1) {
+        BiQuad::Kernel kl = l0->kernel(), kr = r0->kernel();
+        for (unsigned long i = 0; i < count; ++i) {
+            left[i] = kl.step(left[i]);
+            right[i] = kr.step(right[i]);
+        }
+        l0->keepState(kl);
+        r0->keepState(kr);
+        return;
+    }
+    if (l0 && l1 && r0 && r1) {
+        BiQuad::Kernel kl0 = l0->kernel(), kl1 = l1->kernel();
+        BiQuad::Kernel kr0 = r0->kernel(), kr1 = r1->kernel();
+        for (unsigned long i = 0; i < count; ++i) {
+            left[i] = kl1.step(kl0.step(left[i]));
+            right[i] = kr1.step(kr0.step(right[i]));
+        }
+        l0->keepState(kl0);
+        l1->keepState(kl1);
+        r0->keepState(kr0);
+        r1->keepState(kr1);
+        return;
+    }
+
+    if (l0)
+        (*l0)(left, count);
+    if (l1)
+        (*l1)(left, count);
+    if (r0)
+        (*r0)(right, count);
+    if (r1)
+        (*r1)(right, count);
+}
+
+} // namespace Sonra::Audio::Filters
