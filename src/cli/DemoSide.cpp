@@ -60,7 +60,7 @@ DemoSideGenerator::DemoSideGenerator(const DemoSideOptions& options)
             throw std::invalid_argument("the side is too short for that many tracks");
     } else {
         for (double& l : lengths)
-            l = 30 + 30 * uniform();
+            l = 46 + 34 * uniform(); // longer than the 45 s the track finder takes for music
     }
 
     double t = 0;

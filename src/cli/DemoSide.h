@@ -23,7 +23,7 @@ struct DemoSideLayout {
 struct DemoSideOptions {
     int tracks = 5;
     uint32_t seed = 1;
-    double lengthSeconds = 0; // 0: tracks of 30 to 60 s each
+    double lengthSeconds = 0; // 0: tracks of 46 to 80 s each
     unsigned sampleRate = 44100;
 };
 

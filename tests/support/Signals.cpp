@@ -1,0 +1,64 @@
+#include "support/Signals.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <sys/wait.h>
+
+namespace waxline::test {
+
+std::vector<float> sine(double frequency, double amplitude, double sampleRate, size_t frames,
+                        double phase) {
+    std::vector<float> out(frames);
+    for (size_t i = 0; i < frames; ++i)
+        out[i] = static_cast<float>(
+            amplitude *
+            std::sin(2 * M_PI * frequency * static_cast<double>(i) / sampleRate + phase));
+    return out;
+}
+
+double toneAmplitude(const std::vector<float>& samples, double frequency, double sampleRate,
+                     size_t from) {
+    double re = 0, im = 0;
+    for (size_t i = from; i < samples.size(); ++i) {
+        const double w = 2 * M_PI * frequency * static_cast<double>(i) / sampleRate;
+        re += samples[i] * std::cos(w);
+        im += samples[i] * std::sin(w);
+    }
+    const double n = static_cast<double>(samples.size() - from);
+    return 2 * std::sqrt(re * re + im * im) / n;
+}
+
+double toDb(double ratio) {
+    return 20 * std::log10(ratio);
+}
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "waxline-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        throw std::runtime_error("cannot make a temporary directory");
+    dir = pattern;
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(dir, ignored);
+}
+
+int runCommand(const std::string& command, std::string& output, bool mergeErrors) {
+    output.clear();
+    FILE* pipe = popen((command + (mergeErrors ? " 2>&1" : "")).c_str(), "r");
+    if (!pipe)
+        return -1;
+    std::array<char, 4096> chunk;
+    size_t n;
+    while ((n = fread(chunk.data(), 1, chunk.size(), pipe)) > 0)
+        output.append(chunk.data(), n);
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace waxline::test
