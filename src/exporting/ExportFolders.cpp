@@ -1,0 +1,84 @@
+#include "exporting/ExportFolders.h"
+
+#include <QStandardPaths>
+#include <QString>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace waxline::exporting {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string fromEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    return value && *value ? std::string(value) : std::string();
+}
+
+std::string firstLocation(QStandardPaths::StandardLocation location) {
+    const QStringList all = QStandardPaths::standardLocations(location);
+    return all.isEmpty() ? std::string() : all.front().toStdString();
+}
+
+} // namespace
+
+std::string exportFolder() {
+    std::string folder = fromEnvironment("WAXLINE_EXPORT_DIR");
+    if (!folder.empty())
+        return folder;
+    return firstLocation(QStandardPaths::GenericDataLocation) + "/Waxline/Exports";
+}
+
+std::string musicFolder() {
+    std::string folder = fromEnvironment("WAXLINE_MUSIC_DIR");
+    if (!folder.empty())
+        return folder;
+    folder = firstLocation(QStandardPaths::MusicLocation);
+    // Without a configured music folder, fall back to the usual one in the home folder.
+    if (folder.empty())
+        folder =
+            QStandardPaths::writableLocation(QStandardPaths::HomeLocation).toStdString() + "/Music";
+    return folder;
+}
+
+std::string trackFileName(const std::string& folder, int track) {
+    return folder + "/WXRTTmpFile." + std::to_string(track) + ".wav";
+}
+
+std::string mp3PathFor(const std::string& wavPath) {
+    return fs::path(wavPath).replace_extension("mp3").string();
+}
+
+std::optional<int> countedTracks(const std::string& folder) {
+    std::ifstream in(folder + "/WXRTTmpFile.count");
+    long count = -1;
+    if (!(in >> count) || count < 0 || count > 100000)
+        return std::nullopt;
+    return static_cast<int>(count);
+}
+
+int trackFilesPresent(const std::string& folder) {
+    int n = 0;
+    std::error_code ec;
+    while (fs::exists(trackFileName(folder, n + 1), ec))
+        ++n;
+    return n;
+}
+
+void clearTmpFolder(const std::string& folder) {
+    std::error_code ec;
+    for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();
+         it.increment(ec)) {
+        std::error_code ignored;
+        fs::remove_all(it->path(), ignored);
+    }
+}
+
+bool isCatalinaOrGreater() {
+    return true;
+}
+
+} // namespace waxline::exporting

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <taglib/fileref.h>
+#include <taglib/tpropertymap.h>
+
+namespace waxline {
+
+// Writes the four tags of one exported file through TagLib's format-neutral property map.
+// Made, set and destroyed as a local: the file is saved when the tagger goes.
+// Keys and values are taken byte by byte as Latin-1, as the export has always stored them: a
+// UTF-8 name lands in the tag as one character per byte. Callers must not convert first.
+class TaglibTagger {
+public:
+    explicit TaglibTagger(const char* path);
+    ~TaglibTagger();
+    TaglibTagger(const TaglibTagger&) = delete;
+    TaglibTagger& operator=(const TaglibTagger&) = delete;
+
+    bool isValid() const;
+    TagLib::PropertyMap getPropertyMap() const;
+
+    // Replaces the key's values with the one value ("Unknown" when empty); other keys stay.
+    // `value` must not be null. Nothing reaches the disk before destruction.
+    void setTagProperty(const char* key, const char* value);
+
+    void setSongTitle(const char* title);
+    void setArtist(const char* artist);
+    void setAlbumName(const char* album);
+    void setTrackNumber(const char* number);
+
+private:
+    TagLib::FileRef fileRef;
+};
+
+} // namespace waxline

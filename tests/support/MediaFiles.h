@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+// Helpers for tests that make and inspect real audio files with the command-line tools the
+// export relies on (ffmpeg, ffprobe) and with libsndfile. Link sndfile when using them.
+namespace waxline::test {
+
+// The text as one single-quoted shell word, safe for any bytes but NUL.
+std::string shellQuote(const std::string& text);
+
+// The format tags of a media file as ffprobe reads them, keys in lower case.
+std::map<std::string, std::string> probeTags(const std::string& path);
+
+// The duration ffprobe gives for the file, in seconds; negative when it cannot read it.
+double probeDuration(const std::string& path);
+
+// A short MP3 of a 440 Hz tone made by ffmpeg, carrying the given tags; false on failure.
+bool makeMp3(const std::string& path, double seconds,
+             const std::map<std::string, std::string>& tags = {});
+
+// Writes a 16-bit PCM stereo WAV at 44.1 kHz; `left`/`right` in full-scale floats.
+bool writeStereoWav(const std::string& path, const std::vector<float>& left,
+                    const std::vector<float>& right);
+
+// A stereo tone of the given length and peak written as a 16-bit WAV.
+bool writeToneWav(const std::string& path, double seconds, double peak, double frequency = 440);
+
+// The largest absolute sample of a sound file read as floats, or -1 when unreadable.
+double filePeak(const std::string& path);
+
+// The number of frames and sample rate of a sound file; frames -1 when unreadable.
+struct SoundInfo {
+    long long frames = -1;
+    int sampleRate = 0;
+    int channels = 0;
+    double seconds() const { return sampleRate ? double(frames) / sampleRate : -1; }
+};
+SoundInfo soundInfo(const std::string& path);
+
+// Every regular file below `root`, as paths relative to it, sorted.
+std::vector<std::string> filesBelow(const std::string& root);
+
+// Each byte of `bytes` taken as one Latin-1 character, written out as UTF-8.
+std::string latin1BytesAsUtf8(const std::string& bytes);
+
+} // namespace waxline::test
