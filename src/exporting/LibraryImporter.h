@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+
+namespace waxline::exporting {
+
+// The music library on Linux: a folder of "<artist>/<album>/<NN> <title>.mp3" files.
+// Used from the export thread; holds no state beyond the folder's path.
+class LibraryImporter {
+public:
+    // What the probe gives when the library cannot be reached, as a script error would.
+    static constexpr int kLibraryUnavailable = -1753;
+
+    explicit LibraryImporter(std::string musicFolder);
+
+    const std::string& folder() const { return root; }
+
+    // 0 when the music folder exists (made when missing) and a file can be created in it;
+    // kLibraryUnavailable otherwise. Tries a real file rather than asking access(), which
+    // says yes to root for folders root still cannot write (read-only mounts, paths under a
+    // regular file).
+    int probe() const;
+
+    struct Result {
+        bool ok = false;
+        std::string path;    // the file in the library
+        std::string message; // why it failed
+    };
+
+    // Copies the MP3 to its place in the library. An existing file there is replaced only by
+    // a complete copy: the data goes to a temporary name in the same folder first.
+    Result importTrack(const std::string& mp3Path, const std::string& artist,
+                       const std::string& album, const std::string& title, int number) const;
+
+    // Where importTrack puts a track.
+    std::string destinationFor(const std::string& artist, const std::string& album,
+                               const std::string& title, int number) const;
+
+    // One path component made safe: "/" becomes "-", control characters "_", leading dots "_",
+    // surrounding blanks dropped, at most `maxBytes` bytes (cut on a UTF-8 character
+    // boundary); `fallback` when nothing is left.
+    static std::string safeComponent(const std::string& name, const std::string& fallback,
+                                     size_t maxBytes = 255);
+
+private:
+    std::string root;
+};
+
+} // namespace waxline::exporting

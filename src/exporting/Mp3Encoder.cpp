@@ -1,0 +1,154 @@
+#include "exporting/Mp3Encoder.h"
+
+#include "exporting/ExportFolders.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+extern char** environ;
+
+namespace waxline::exporting {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr size_t kKeptOutputBytes = 2048;
+
+bool isExecutableFile(const std::string& path) {
+    std::error_code ec;
+    return fs::is_regular_file(path, ec) && ::access(path.c_str(), X_OK) == 0;
+}
+
+std::string quotedForLog(const std::string& word) {
+    if (!word.empty() && word.find_first_of(" '\"\\$`!*?;&|<>()\t\n") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+} // namespace
+
+std::string ffmpegProgram() {
+    std::error_code ec;
+    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+    if (!ec) {
+        const std::string beside = (self.parent_path() / "ffmpeg").string();
+        if (isExecutableFile(beside))
+            return beside;
+    }
+    const char* path = std::getenv("PATH");
+    std::string dirs = path ? path : "";
+    size_t start = 0;
+    while (start <= dirs.size()) {
+        size_t end = dirs.find(':', start);
+        if (end == std::string::npos)
+            end = dirs.size();
+        const std::string dir = end > start ? dirs.substr(start, end - start) : ".";
+        const std::string candidate = dir + "/ffmpeg";
+        if (isExecutableFile(candidate))
+            return candidate;
+        start = end + 1;
+    }
+    return {};
+}
+
+EncodeResult runProgram(const std::vector<std::string>& argv) {
+    EncodeResult result;
+    for (const auto& word : argv)
+        result.command += (result.command.empty() ? "" : " ") + quotedForLog(word);
+    if (argv.empty() || argv.front().empty()) {
+        result.exitStatus = 127;
+        result.errorOutput = "no program to run";
+        return result;
+    }
+
+    int pipeFds[2];
+    // Close-on-exec, so that encoders started at the same time from other threads do not hold
+    // this pipe open and delay its end.
+    if (::pipe2(pipeFds, O_CLOEXEC) != 0) {
+        result.exitStatus = 127;
+        result.errorOutput = std::string("cannot make a pipe: ") + std::strerror(errno);
+        return result;
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], 2);
+
+    std::vector<char*> args;
+    for (const auto& word : argv)
+        args.push_back(const_cast<char*>(word.c_str()));
+    args.push_back(nullptr);
+
+    pid_t pid = -1;
+    const int spawnError =
+        ::posix_spawn(&pid, argv.front().c_str(), &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(pipeFds[1]);
+    if (spawnError != 0) {
+        ::close(pipeFds[0]);
+        result.exitStatus = 127;
+        result.errorOutput = "cannot start " + argv.front() + ": " + std::strerror(spawnError);
+        return result;
+    }
+
+    char chunk[4096];
+    for (;;) {
+        const ssize_t n = ::read(pipeFds[0], chunk, sizeof chunk);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        result.errorOutput.append(chunk, static_cast<size_t>(n));
+        if (result.errorOutput.size() > 2 * kKeptOutputBytes)
+            result.errorOutput.erase(0, result.errorOutput.size() - kKeptOutputBytes);
+    }
+    ::close(pipeFds[0]);
+
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (WIFEXITED(status))
+        result.exitStatus = WEXITSTATUS(status);
+    else if (WIFSIGNALED(status))
+        result.exitStatus = 128 + WTERMSIG(status);
+    if (result.errorOutput.size() > kKeptOutputBytes)
+        result.errorOutput.erase(0, result.errorOutput.size() - kKeptOutputBytes);
+    while (!result.errorOutput.empty() && result.errorOutput.back() == '\n')
+        result.errorOutput.pop_back();
+    return result;
+}
+
+EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path) {
+    const std::string program = ffmpegProgram();
+    if (program.empty()) {
+        EncodeResult result;
+        result.exitStatus = 127;
+        result.command = "ffmpeg -i " + quotedForLog(inputPath) +
+                         " -codec:a libmp3lame -qscale:a 2 " + quotedForLog(mp3Path);
+        result.errorOutput = "ffmpeg was found neither beside the program nor on PATH";
+        return result;
+    }
+    // The input is a file name argument, never a protocol or option: "file:" keeps a name
+    // such as "-x.wav" or "a:b.wav" a plain path.
+    return runProgram({program, "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-i",
+                       "file:" + inputPath, "-codec:a", "libmp3lame", "-qscale:a", "2",
+                       "file:" + mp3Path});
+}
+
+EncodeResult encodeFileToMp3(const std::string& wavPath) {
+    return encodeToMp3(wavPath, mp3PathFor(wavPath));
+}
+
+} // namespace waxline::exporting

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace waxline::exporting {
+
+struct EncodeResult {
+    int exitStatus = -1;     // the encoder's exit status; 127 when it could not be started
+    std::string command;     // the command line, quoted for reading, for the log
+    std::string errorOutput; // the last lines the encoder printed
+    bool ok() const { return exitStatus == 0; }
+};
+
+// The encoder to run: "ffmpeg" beside the running executable when there is one, else the
+// first executable "ffmpeg" on PATH; empty when there is none.
+std::string ffmpegProgram();
+
+// Runs a program with an argument vector, no shell: standard input is /dev/null, standard
+// output and error are collected. Blocks the calling thread until the program ends.
+EncodeResult runProgram(const std::vector<std::string>& argv);
+
+// Encodes the track's WAV file to the MP3 beside it (same base name), overwriting it:
+// ffmpeg -i WAV -codec:a libmp3lame -qscale:a 2 MP3. Safe to call from several threads.
+EncodeResult encodeFileToMp3(const std::string& wavPath);
+
+// Same, from any input file to a chosen output file.
+EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path);
+
+} // namespace waxline::exporting

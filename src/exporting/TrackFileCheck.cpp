@@ -1,0 +1,112 @@
+#include "exporting/TrackFileCheck.h"
+
+#include "exporting/ExportFolders.h"
+
+#include <sndfile.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+namespace waxline::exporting {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+uint32_t littleEndian32(const unsigned char* p) {
+    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
+
+// The byte counts of the data chunk that the RIFF header announces and that the file holds;
+// false when the file is no RIFF/WAVE file with a data chunk.
+bool dataChunkSizes(const std::string& path, uint64_t& announced, uint64_t& present) {
+    std::ifstream in(path, std::ios::binary);
+    unsigned char header[12];
+    if (!in.read(reinterpret_cast<char*>(header), sizeof header) ||
+        std::string(reinterpret_cast<char*>(header), 4) != "RIFF" ||
+        std::string(reinterpret_cast<char*>(header) + 8, 4) != "WAVE")
+        return false;
+    std::error_code ec;
+    const uint64_t fileSize = fs::file_size(path, ec);
+    uint64_t offset = 12;
+    unsigned char chunk[8];
+    while (in.read(reinterpret_cast<char*>(chunk), sizeof chunk)) {
+        const uint32_t size = littleEndian32(chunk + 4);
+        offset += 8;
+        if (std::string(reinterpret_cast<char*>(chunk), 4) == "data") {
+            announced = size;
+            present = fileSize > offset ? fileSize - offset : 0;
+            return true;
+        }
+        offset += size + (size & 1);
+        in.seekg(static_cast<std::streamoff>(offset));
+    }
+    return false;
+}
+
+} // namespace
+
+TrackFileCheck inspectTrackFile(const std::string& path) {
+    TrackFileCheck check;
+    const std::string name = fs::path(path).filename().string();
+    std::error_code ec;
+    if (!fs::exists(path, ec)) {
+        check.problem = "track file " + name + " is missing";
+        return check;
+    }
+    if (fs::file_size(path, ec) == 0) {
+        check.problem = "track file " + name + " is empty";
+        return check;
+    }
+    SF_INFO info{};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (!file) {
+        check.problem =
+            "track file " + name + " is not a readable WAV file (" + sf_strerror(nullptr) + ")";
+        return check;
+    }
+    sf_close(file);
+    if (info.frames <= 0 || info.samplerate <= 0) {
+        check.problem = "track file " + name + " holds no audio";
+        return check;
+    }
+    check.usable = true;
+    check.seconds = static_cast<double>(info.frames) / info.samplerate;
+    uint64_t announced = 0, present = 0;
+    if (dataChunkSizes(path, announced, present) && announced > present &&
+        announced != 0xFFFFFFFFu) {
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "track file %s is truncated: %llu of %llu bytes of audio are there; "
+                      "exporting the %.1f s that remain",
+                      name.c_str(), static_cast<unsigned long long>(present),
+                      static_cast<unsigned long long>(announced), check.seconds);
+        check.warning = text;
+    }
+    return check;
+}
+
+float peakOfFiles(const std::string& folder, int tracks) {
+    float peak = 0;
+    std::vector<float> block;
+    for (int track = 1; track <= tracks; ++track) {
+        SF_INFO info{};
+        SNDFILE* file = sf_open(trackFileName(folder, track).c_str(), SFM_READ, &info);
+        if (!file)
+            continue;
+        block.resize(4096 * static_cast<size_t>(info.channels));
+        sf_count_t n;
+        while ((n = sf_readf_float(file, block.data(), 4096)) > 0) {
+            for (sf_count_t i = 0; i < n * info.channels; ++i)
+                peak = std::max(peak, std::fabs(block[static_cast<size_t>(i)]));
+        }
+        sf_close(file);
+    }
+    return peak;
+}
+
+} // namespace waxline::exporting
