@@ -1,0 +1,36 @@
+#include "platform/Platform.h"
+
+#include "platform/VirtualAudioSystem.h"
+#include "platform/VirtualUsbBus.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace waxline::platform {
+
+std::unique_ptr<AudioSystem> openPulseAudio();
+std::unique_ptr<UsbBus> openUdev();
+
+Platform openPlatform(const std::string& virtualSpec) {
+    std::string spec = virtualSpec;
+    if (spec.empty())
+        if (const char* env = std::getenv("WAXLINE_VIRTUAL_DEVICE"))
+            spec = env;
+    Platform platform;
+    if (!spec.empty()) {
+        VirtualSpec parsed;
+        try {
+            parsed = parseVirtualSpec(spec);
+        } catch (const std::invalid_argument& error) {
+            throw std::runtime_error(error.what());
+        }
+        platform.audio = std::make_unique<VirtualAudioSystem>(parsed);
+        platform.usb = std::make_unique<VirtualUsbBus>(parsed.usb);
+        return platform;
+    }
+    platform.audio = openPulseAudio();
+    platform.usb = openUdev();
+    return platform;
+}
+
+} // namespace waxline::platform

@@ -1,0 +1,120 @@
+#include "platform/VirtualSpec.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+using waxline::platform::parseVirtualSpec;
+using waxline::platform::VirtualSpec;
+
+namespace {
+
+struct GoodCase {
+    const char* spec;
+    void (*check)(const VirtualSpec&);
+};
+
+TEST(VirtualSpec, ParsesGoodSpecs) {
+    const GoodCase cases[] = {
+        {"usb=08bb:2900,name=USB Audio CODEC ,file=side.wav,speed=1",
+         [](const VirtualSpec& s) {
+             ASSERT_EQ(s.usb.size(), 1u);
+             EXPECT_EQ(s.usb[0].vendorId, 0x08bb);
+             EXPECT_EQ(s.usb[0].productId, 0x2900);
+             EXPECT_EQ(s.name, "USB Audio CODEC "); // trailing blank kept
+             EXPECT_EQ(s.file, "side.wav");
+             EXPECT_DOUBLE_EQ(s.speed, 1.0);
+             EXPECT_FALSE(s.stepped());
+         }},
+        {"usb=0D8C:0131+0c76:161f,usb=15e4:0179:0203",
+         [](const VirtualSpec& s) {
+             ASSERT_EQ(s.usb.size(), 3u);
+             EXPECT_EQ(s.usb[0].vendorId, 0x0d8c);
+             EXPECT_EQ(s.usb[0].productId, 0x0131);
+             EXPECT_EQ(s.usb[1].vendorId, 0x0c76);
+             EXPECT_EQ(s.usb[1].productId, 0x161f);
+             EXPECT_EQ(s.usb[2].productId, 0x0179);
+             EXPECT_EQ(s.usb[2].release, 0x0203);
+         }},
+        {"usb=none", [](const VirtualSpec& s) { EXPECT_TRUE(s.usb.empty()); }},
+        {"file=a.wav",
+         [](const VirtualSpec& s) {
+             // Without usb= the deck is a supported turntable.
+             ASSERT_EQ(s.usb.size(), 1u);
+             EXPECT_EQ(s.usb[0].vendorId, 0x08bb);
+             EXPECT_EQ(s.name, "USB Audio CODEC ");
+         }},
+        {"speed=step", [](const VirtualSpec& s) { EXPECT_TRUE(s.stepped()); }},
+        {"speed=0", [](const VirtualSpec& s) { EXPECT_TRUE(s.stepped()); }},
+        {"speed=20", [](const VirtualSpec& s) { EXPECT_DOUBLE_EQ(s.speed, 20.0); }},
+        {"speed=max",
+         [](const VirtualSpec& s) {
+             EXPECT_TRUE(s.asFastAsPossible);
+             EXPECT_FALSE(s.stepped());
+         }},
+        {"clock=1.001,outrate=48000,output=heard.wav",
+         [](const VirtualSpec& s) {
+             EXPECT_DOUBLE_EQ(s.clock, 1.001);
+             EXPECT_DOUBLE_EQ(s.outRate, 48000);
+             EXPECT_EQ(s.output, "heard.wav");
+         }},
+        {"rate=48000,channels=1,buffer=256",
+         [](const VirtualSpec& s) {
+             EXPECT_DOUBLE_EQ(s.rate, 48000);
+             EXPECT_EQ(s.channels, 1u);
+             EXPECT_EQ(s.bufferFrames, 256u);
+         }},
+        {"extra=USB Audio CODEC,extra=Built-in Audio,outname=Speakers",
+         [](const VirtualSpec& s) {
+             ASSERT_EQ(s.extraInputs.size(), 2u);
+             EXPECT_EQ(s.extraInputs[0], "USB Audio CODEC");
+             EXPECT_EQ(s.extraInputs[1], "Built-in Audio");
+             EXPECT_EQ(s.outName, "Speakers");
+         }},
+        {"name=", [](const VirtualSpec& s) { EXPECT_EQ(s.name, ""); }},
+        {" speed = 2 ,,", [](const VirtualSpec& s) { EXPECT_DOUBLE_EQ(s.speed, 2.0); }},
+        {"name=0123456789012345678901234567890123456789012345678901234567890123456789",
+         [](const VirtualSpec& s) { EXPECT_EQ(s.name.size(), 63u); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.spec);
+        c.check(parseVirtualSpec(c.spec));
+    }
+}
+
+TEST(VirtualSpec, RejectsBadSpecsWithOneLineNamingTheItem) {
+    const struct {
+        const char* spec;
+        const char* mentioned;
+    } cases[] = {
+        {"usb=08bb", "usb=08bb"},
+        {"usb=08bb:29000", "29000"},
+        {"usb=xyz:0001", "xyz"},
+        {"usb=08bb:2900+", "usb=08bb:2900+"},
+        {"speed=fast", "fast"},
+        {"speed=-1", "speed=-1"},
+        {"clock=0", "clock=0"},
+        {"clock=abc", "abc"},
+        {"channels=1.5", "channels=1.5"},
+        {"channels=0", "channels=0"},
+        {"buffer=4", "buffer=4"},
+        {"outrate=12", "outrate=12"},
+        {"file=", "file="},
+        {"colour=red", "colour"},
+        {"justtext", "justtext"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.spec);
+        try {
+            parseVirtualSpec(c.spec);
+            ADD_FAILURE() << "accepted";
+        } catch (const std::invalid_argument& error) {
+            const std::string message = error.what();
+            EXPECT_NE(message.find(c.mentioned), std::string::npos) << message;
+            EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+        }
+    }
+}
+
+} // namespace
