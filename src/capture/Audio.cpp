@@ -1,0 +1,413 @@
+#include "capture/Audio.h"
+
+#include "capture/FilterSwap.h"
+#include "capture/InputChain.h"
+#include "capture/SpscFifo.h"
+#include "capture/UsbEnumeration.h"
+
+#include <QStandardPaths>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace waxline {
+
+using Sonra::Audio::Filters::AudioFilter;
+using Sonra::Audio::Filters::GapDetector;
+
+namespace {
+
+// The gap detector's diagnostic lines come from the audio thread, which may not write to a
+// stream: they wait here until the main thread prints them.
+struct DiagnosticLine {
+    std::array<char, 96> text;
+};
+SpscFifo<DiagnosticLine> diagnosticLines(64);
+std::atomic<uint64_t> diagnosticLinesLost{0};
+
+void queueDiagnostic(const char* line) {
+    DiagnosticLine item{};
+    std::strncpy(item.text.data(), line, item.text.size() - 1);
+    if (!diagnosticLines.tryPush(item))
+        diagnosticLinesLost.fetch_add(1, std::memory_order_relaxed);
+}
+
+constexpr auto kPollInterval = std::chrono::milliseconds(10);
+
+} // namespace
+
+void AudioDelegate::audioShowAlert(const std::string& title, const std::string& text,
+                                   const std::string& button) {
+    std::fprintf(stderr, "%s: %s [%s]\n", title.c_str(), text.c_str(), button.c_str());
+}
+
+void GapDetectorListener::TrackSilenceStarted() {
+    audio.trackGapDetected();
+}
+
+void GapDetectorListener::AlbumEnded() {
+    audio.albumEndDetected();
+}
+
+Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObject* parent)
+    : QObject(parent)
+    , mPlatform(platform)
+    , mMonitorFactory(monitorFactory ? std::move(monitorFactory)
+                                     : MonitorFactory(makePlayThroughHost)) {
+    gapDetectorListener = new GapDetectorListener(*this);
+    mGapDetector = std::make_unique<GapDetector>(*gapDetectorListener, 44100);
+    mGapDetector->SetDiagnosticWriter(queueDiagnostic);
+    gapDetector.store(mGapDetector.get(), std::memory_order_release);
+
+    mInputDeviceList = std::make_unique<AudioDeviceList>(*mPlatform.audio, true);
+    mOutputDeviceList = std::make_unique<AudioDeviceList>(*mPlatform.audio, false);
+    mInputDeviceID = mPreviousInputDeviceID =
+        mPlatform.audio->defaultDevice(platform::Direction::Input);
+    mOutputDeviceID = mPlatform.audio->defaultDevice(platform::Direction::Output);
+    setExportFolder(defaultExportFolder());
+
+    // Platform thread: only flag it; the poll rebuilds the list and detects again.
+    mPlatform.audio->onDeviceListChanged(
+        [this] { mPendingDeviceListChange.store(true, std::memory_order_release); });
+
+    mPoll.setInterval(kPollInterval);
+    QObject::connect(&mPoll, &QTimer::timeout, this, [this] { processPendingEvents(); });
+    mPoll.start();
+}
+
+Audio::~Audio() {
+    mPoll.stop();
+    _recorderEngine.reset();
+    _playThru.reset();
+    gapDetector.store(nullptr, std::memory_order_release);
+    mGapDetector.reset();
+    gapDetectorListener = nullptr;
+}
+
+std::string Audio::defaultExportFolder() {
+    if (const char* env = std::getenv("WAXLINE_EXPORT_DIR"); env && *env)
+        return env;
+    const QStringList paths =
+        QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    const std::string base = paths.isEmpty() ? std::string(".") : paths.first().toStdString();
+    return base + "/Waxline/Exports";
+}
+
+void Audio::setExportFolder(const std::string& folder) {
+    _outputFolderPathBase = folder;
+    _outputFilePathBase = folder + "/WXRTTmpFile";
+}
+
+void Audio::log(const char* format, const char* what) {
+    std::fprintf(stderr, format, what);
+    std::fputc('\n', stderr);
+}
+
+unsigned Audio::countDevicesWithMatchingName() {
+    if (!mDevice || mInputDeviceList->empty())
+        return 0;
+    unsigned n = 0;
+    for (const auto& d : mInputDeviceList->GetList())
+        if (mDevice->NameMatch(d.mName))
+            ++n;
+    return n;
+}
+
+int Audio::detectAudioDevice() {
+    rebuildInputDevicesList();
+    UsbEnumeration usb(*mPlatform.usb);
+    mDevice = nullptr;
+    if (usb.numberOfDetectedDevices() == 0)
+        return 0;
+    if (usb.numberOfDetectedDevices() > 1)
+        return 2;
+    mDevice = usb.device();
+    const unsigned matching = countDevicesWithMatchingName();
+    if (matching == 0)
+        return 0;
+    if (matching > 1)
+        return 3;
+    selectInputFromDeviceList();
+    return 1;
+}
+
+bool Audio::mightBeTurntableOrTape() const {
+    return mDevice && mDevice->genericChip && mDevice->turntableOrTape;
+}
+
+void Audio::setNoFilter() {
+    log("%s", "setNoFilter");
+    setFilterType(AudioFilter::NoFilter);
+}
+
+void Audio::setRIAAFilter() {
+    log("%s", "setRIAAFilter");
+    if (!mDevice)
+        return;
+    if (mDevice->usbId == UsbID{0x0D8C, 0x0131}) {
+        log("%s: Setting no filter", "setRIAAFilter");
+        setFilterType(AudioFilter::NoFilter);
+    } else if (mDevice->riaa) {
+        log("%s: Setting RIAA filter", "setRIAAFilter");
+        setFilterType(AudioFilter::RIAAPlayback);
+    } else {
+        log("%s: Setting BrightSpin filter", "setRIAAFilter");
+        setFilterType(AudioFilter::BrightSpin);
+    }
+}
+
+void Audio::setChromeFilter() {
+    log("%s", "setChromeFilter");
+    setFilterType(AudioFilter::ChromeTape);
+}
+
+void Audio::setBrightSpinFilter() {
+    log("%s", "setBrightSpinFilter");
+    setFilterType(AudioFilter::BrightSpin);
+}
+
+void Audio::setAutomaticTrackSplit(bool on) {
+    log("%s", "setAutomaticTrackSplit");
+    automaticTrackSplit.store(on, std::memory_order_release);
+    mGapDetector->Reset();
+}
+
+uint32_t Audio::selectInputFromDeviceList() {
+    if (!mDevice || mInputDeviceList->empty())
+        return 0xFFFFFFFF;
+    const auto& list = mInputDeviceList->GetList();
+    const AudioDeviceList::Device* chosen = nullptr;
+    for (size_t i = 0; i < list.size(); ++i) {
+        std::fprintf(stderr, "selectInputFromDeviceList Device = %d %s, %s\n", static_cast<int>(i),
+                     list[i].mName.c_str(), mDevice->name);
+        if (mDevice->NameMatch(list[i].mName)) {
+            chosen = &list[i];
+            break;
+        }
+    }
+    if (!chosen)
+        return 0xFFFFFFFF;
+    return selectInput(chosen->mID);
+}
+
+uint32_t Audio::selectInput(platform::AudioObjectID id) {
+    if (id == mInputDeviceID && _playThru)
+        return 0;
+    if (id != platform::kNoDevice)
+        mInputDeviceID = id;
+    _playThru.reset();
+    _playThru = mMonitorFactory(*mPlatform.audio, mInputDeviceID, mOutputDeviceID);
+    if (_playThru)
+        _playThru->SetInputGain(m_gainDb);
+    return id == platform::kNoDevice ? 0xFFFFFFFF : 0;
+}
+
+void Audio::rebuildInputDevicesList() {
+    mInputDeviceList = std::make_unique<AudioDeviceList>(*mPlatform.audio, true);
+}
+
+void Audio::startPlayThru() {
+    if (_playThru)
+        _playThru->Start();
+    mGapDetector->Reset();
+}
+
+void Audio::stopPlayThru() {
+    if (_playThru)
+        _playThru->Stop();
+}
+
+std::string Audio::fileNameForTrack(int track) const {
+    return _outputFilePathBase + "." + std::to_string(track) + ".wav";
+}
+
+// Audio input thread.
+void Audio::trackGapDetected() {
+    if (mRecording.load(std::memory_order_acquire) &&
+        automaticTrackSplit.load(std::memory_order_acquire))
+        mPendingNewTracks.fetch_add(1, std::memory_order_acq_rel);
+}
+
+// Audio input thread.
+void Audio::albumEndDetected() {
+    if (mRecording.load(std::memory_order_acquire) &&
+        automaticTrackSplit.load(std::memory_order_acquire))
+        mPendingAlbumEnd.store(true, std::memory_order_release);
+}
+
+void Audio::albumEndDetectedOnMainThread() {
+    stopRecording();
+    // The file opened at the last gap holds only the run-out: it stays on disk, uncounted.
+    --_tracks;
+    writeTrackCount();
+    if (mDelegate)
+        mDelegate->audioDetectedAlbumEnd();
+}
+
+void Audio::processPendingEvents() {
+    DiagnosticLine line;
+    while (diagnosticLines.tryPop(line))
+        std::fputs(line.text.data(), stderr);
+
+    if (mPendingDeviceListChange.exchange(false, std::memory_order_acq_rel)) {
+        rebuildInputDevicesList();
+        detectAudioDevice();
+    }
+    if (mPendingWriteFailure.exchange(false, std::memory_order_acq_rel))
+        endRecordingWith(mWriteFailure);
+    if (mPendingDeviceGone.exchange(false, std::memory_order_acq_rel))
+        endRecordingWith("The recording device was disconnected; the recording has been stopped "
+                         "and the tracks recorded so far are kept.");
+    // Splits and the album end are handled in the order they can occur: gaps first.
+    for (int n = mPendingNewTracks.exchange(0, std::memory_order_acq_rel); n > 0; --n)
+        if (recording())
+            newTrack();
+    if (mPendingAlbumEnd.exchange(false, std::memory_order_acq_rel) && recording())
+        albumEndDetectedOnMainThread();
+}
+
+void Audio::endRecordingWith(const std::string& reason) {
+    if (!_recorderEngine)
+        return;
+    stopRecording();
+    if (mDelegate)
+        mDelegate->audioRecordingStopped(reason);
+    else
+        std::fprintf(stderr, "%s\n", reason.c_str());
+}
+
+bool Audio::recording() const {
+    return _recorderEngine && _recorderEngine->isRunning();
+}
+
+std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path) {
+    std::error_code ec;
+    if (!std::filesystem::exists(_outputFolderPathBase, ec) &&
+        !std::filesystem::create_directories(_outputFolderPathBase, ec))
+        std::fprintf(stderr, "Error: Create folder failed %s\n", "WXRTTmp");
+
+    double rate = 0;
+    if (auto in = mPlatform.audio->device(mInputDeviceID, platform::Direction::Input))
+        rate = in->actualSampleRate;
+    else
+        std::fprintf(stderr, "Get sample rate failed (%u)\n",
+                     unsigned(platform::kErrorUnknownDevice));
+    if (rate != 0)
+        mGapDetector->SetSampleRate(static_cast<unsigned>(rate));
+    else
+        mGapDetector->Reset();
+    // The file takes the output device's rate when it can be read: required as it stands.
+    if (auto out = mPlatform.audio->device(mOutputDeviceID, platform::Direction::Output))
+        rate = out->actualSampleRate;
+    else
+        std::fprintf(stderr, "Get sample rate failed (%u)\n",
+                     unsigned(platform::kErrorUnknownDevice));
+    mFileSampleRate = rate;
+
+    auto engine = std::make_unique<RecorderEngine>(*mPlatform.audio, mInputDeviceID);
+    std::string error;
+    if (!engine->beginFile(path, rate, m_gainDb, error)) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return nullptr;
+    }
+    // Writer thread / platform thread: flag only; the poll stops the recording.
+    engine->setFailureHandler([this](const std::string& message) {
+        mWriteFailure = "The recording was stopped because a track file could not be written (" +
+                        message + "). What was recorded before is kept.";
+        mPendingWriteFailure.store(true, std::memory_order_release);
+    });
+    engine->setEndHandler([this] { mPendingDeviceGone.store(true, std::memory_order_release); });
+    return engine;
+}
+
+bool Audio::newTrack() {
+    setInputDevice(mInputDeviceID);
+    ++_tracks;
+    _outputFilePath = fileNameForTrack(_tracks);
+
+    const bool monitorWasRunning = _playThru && _playThru->IsRunning();
+    if (monitorWasRunning)
+        _playThru->Stop();
+
+    bool made = true;
+    if (recording()) {
+        // The capture keeps running: the new file takes over at the next captured buffer.
+        std::string error;
+        if (!_recorderEngine->beginFile(_outputFilePath, mFileSampleRate, m_gainDb, error)) {
+            std::fprintf(stderr, "%s\n", error.c_str());
+            --_tracks;
+            endRecordingWith("The recording was stopped because the next track file could not "
+                             "be created (" +
+                             error + "). What was recorded before is kept.");
+            made = false;
+        }
+    } else {
+        _recorderEngine = newRecorderEngine(_outputFilePath);
+        if (_recorderEngine) {
+            std::string error;
+            if (!_recorderEngine->start(error))
+                std::fprintf(stderr, "engine failed to start: %s\n", error.c_str());
+        } else {
+            made = false;
+            const std::string text = "There was a problem creating the audio file. Your "
+                                     "recording may not be successful.";
+            if (mDelegate)
+                mDelegate->audioShowAlert("IDS_WARNING", text, "IDS_CONTINUE");
+            else
+                AudioDelegate().audioShowAlert("IDS_WARNING", text, "IDS_CONTINUE");
+        }
+    }
+    mRecording.store(recording(), std::memory_order_release);
+    _startHostTime = platform::hostTime();
+    if (monitorWasRunning)
+        _playThru->Start();
+    return made;
+}
+
+void Audio::stopRecording() {
+    if (_recorderEngine) {
+        _recorderEngine->stop();
+        mLastCounters = _recorderEngine->counters();
+        _recorderEngine.reset();
+        writeTrackCount();
+    }
+    mRecording.store(false, std::memory_order_release);
+    if (mPlatform.audio->setDefaultInput(mPreviousInputDeviceID) != platform::kNoError)
+        std::fprintf(stderr, "Error: Input device was not reset\n");
+}
+
+void Audio::writeTrackCount() {
+    std::ofstream count(_outputFolderPathBase + "/WXRTTmpFile.count", std::ios::trunc);
+    count << _tracks << '\n';
+}
+
+uint64_t Audio::currentTrackLengthNanos() const {
+    return platform::hostTimeToNanos(platform::hostTime() - _startHostTime);
+}
+
+double Audio::currentTrackSeconds() const {
+    if (!_recorderEngine || mFileSampleRate <= 0)
+        return 0;
+    return static_cast<double>(_recorderEngine->counters().currentFileFrames) / mFileSampleRate;
+}
+
+RecorderEngine::Counters Audio::recorderCounters() const {
+    return _recorderEngine ? _recorderEngine->counters() : mLastCounters;
+}
+
+void Audio::setGainDb(float db) {
+    m_gainDb = db;
+    if (_playThru)
+        _playThru->SetInputGain(db);
+}
+
+platform::Status Audio::setInputDevice(platform::AudioObjectID id) {
+    return mPlatform.audio->setDefaultInput(id);
+}
+
+} // namespace waxline

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "capture/AudioDeviceList.h"
+#include "capture/GapDetectorListener.h"
+#include "capture/KnownUsbDevices.h"
+#include "capture/MonitorHost.h"
+#include "capture/RecorderEngine.h"
+#include "platform/Platform.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace waxline {
+
+// Receives what the capture controller reports; every call arrives on the main thread.
+class AudioDelegate {
+public:
+    virtual ~AudioDelegate() = default;
+    // The gap detector found the end of the album; the recording has been stopped already.
+    virtual void audioDetectedAlbumEnd() {}
+    // A recording ended by itself (write failure, device gone); `reason` is a user sentence.
+    virtual void audioRecordingStopped(const std::string& /*reason*/) {}
+    // A modal message (title, text, button); the default prints it on standard error.
+    virtual void audioShowAlert(const std::string& title, const std::string& text,
+                                const std::string& button);
+};
+
+// The capture controller: device lists and detection, the play-through monitor host, the track
+// files and their recorder engine, the gain, automatic splitting. Main thread, except
+// trackGapDetected and albumEndDetected, which the audio input thread calls.
+class Audio : public QObject {
+public:
+    explicit Audio(platform::Platform& platform, MonitorFactory monitorFactory = {},
+                   QObject* parent = nullptr);
+    ~Audio() override;
+
+    AudioDelegate* delegate() const { return mDelegate; }
+    void setDelegate(AudioDelegate* d) { mDelegate = d; }
+
+    unsigned countDevicesWithMatchingName();
+    int detectAudioDevice();
+    bool mightBeTurntableOrTape() const;
+    void setNoFilter();
+    void setRIAAFilter();
+    void setChromeFilter();
+    void setBrightSpinFilter();
+    void setAutomaticTrackSplit(bool on);
+    uint32_t selectInputFromDeviceList();
+    void rebuildInputDevicesList();
+    void startPlayThru();
+    void stopPlayThru();
+    std::string fileNameForTrack(int track) const;
+    void resetTrackCounter() { _tracks = 0; }
+    void trackGapDetected();
+    void albumEndDetectedOnMainThread();
+    void albumEndDetected();
+    bool recording() const;
+    bool newTrack();
+    void stopRecording();
+    uint64_t currentTrackLengthNanos() const;
+    int numRecordedTracks() const { return _tracks; }
+    void setGainDb(float db);
+    platform::Status setInputDevice(platform::AudioObjectID id);
+    // Makes the recorder engine for the input device with its first file at `path`; null when
+    // the file cannot be made.
+    std::unique_ptr<RecorderEngine> newRecorderEngine(const std::string& path);
+
+    // --- Beyond the application's selectors: for the command line and tests ---
+    const KnownUsbDevice* device() const { return mDevice; }
+    const AudioDeviceList& inputDevices() const { return *mInputDeviceList; }
+    const AudioDeviceList& outputDevices() const { return *mOutputDeviceList; }
+    platform::AudioObjectID inputDeviceID() const { return mInputDeviceID; }
+    platform::AudioObjectID outputDeviceID() const { return mOutputDeviceID; }
+    // Records from this input without USB detection; builds the monitor for it.
+    uint32_t selectInput(platform::AudioObjectID id);
+    MonitorHost* playThru() const { return _playThru.get(); }
+    // The folder that holds the track files; WAXLINE_EXPORT_DIR overrides the default.
+    static std::string defaultExportFolder();
+    void setExportFolder(const std::string& folder);
+    const std::string& exportFolder() const { return _outputFolderPathBase; }
+    // The running recording's counters, or the last one's after it stopped.
+    RecorderEngine::Counters recorderCounters() const;
+    // Frames recorded into the current track file (audio time, unlike currentTrackLengthNanos).
+    double currentTrackSeconds() const;
+    // The rate the track files are written at (the two-step rule of newRecorderEngine).
+    double fileSampleRate() const { return mFileSampleRate; }
+    // Handles what the audio and writer threads flagged; the poll timer calls it, tests may too.
+    void processPendingEvents();
+
+private:
+    void writeTrackCount();
+    void endRecordingWith(const std::string& reason);
+    void log(const char* format, const char* what);
+
+    platform::Platform& mPlatform;
+    MonitorFactory mMonitorFactory;
+    const KnownUsbDevice* mDevice = nullptr;
+    std::unique_ptr<MonitorHost> _playThru;
+    float m_gainDb = 0;
+    std::unique_ptr<AudioDeviceList> mInputDeviceList;
+    std::unique_ptr<AudioDeviceList> mOutputDeviceList;
+    platform::AudioObjectID mPreviousInputDeviceID = platform::kNoDevice;
+    platform::AudioObjectID mInputDeviceID = platform::kNoDevice;
+    platform::AudioObjectID mOutputDeviceID = platform::kNoDevice;
+    std::unique_ptr<RecorderEngine> _recorderEngine;
+    uint64_t _startHostTime = 0;
+    int _tracks = 0;
+    std::string _outputFilePath;
+    GapDetectorListener* gapDetectorListener = nullptr; // deliberately never freed
+    std::unique_ptr<Sonra::Audio::Filters::GapDetector> mGapDetector;
+    std::atomic<bool> automaticTrackSplit{false};
+    AudioDelegate* mDelegate = nullptr;
+    std::string _outputFolderPathBase;
+    std::string _outputFilePathBase;
+    double mFileSampleRate = 0;
+    RecorderEngine::Counters mLastCounters; // of the last recording, once stopped
+
+    // Cross-thread flags, raised by the audio, writer and platform threads, handled by the poll.
+    std::atomic<bool> mRecording{false};
+    std::atomic<int> mPendingNewTracks{0};
+    std::atomic<bool> mPendingAlbumEnd{false};
+    std::atomic<bool> mPendingWriteFailure{false};
+    std::atomic<bool> mPendingDeviceGone{false};
+    std::atomic<bool> mPendingDeviceListChange{false};
+    std::string mWriteFailure; // written before mPendingWriteFailure is raised
+    QTimer mPoll;
+};
+
+} // namespace waxline

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/AudioSystem.h"
+
+#include <functional>
+#include <memory>
+
+namespace waxline {
+
+// What the capture controller needs of the play-through monitor host: start, stop, the input
+// gain in decibels. The real one wraps CAPlayThroughHost; tests may supply their own.
+class MonitorHost {
+public:
+    virtual ~MonitorHost() = default;
+    virtual int Start() = 0;
+    virtual int Stop() = 0;
+    virtual bool IsRunning() = 0;
+    virtual void SetInputGain(float db) = 0;
+    // Input-to-output latency of the monitor, for reports.
+    virtual double LatencyMilliseconds() { return 0; }
+};
+
+// Makes the host for (input, output), with InputProcCallback installed as its processing
+// callback; null when the monitor cannot be built.
+using MonitorFactory = std::function<std::unique_ptr<MonitorHost>(
+    platform::AudioSystem&, platform::AudioObjectID input, platform::AudioObjectID output)>;
+
+// The play-through monitor of this program.
+std::unique_ptr<MonitorHost> makePlayThroughHost(platform::AudioSystem& system,
+                                                 platform::AudioObjectID input,
+                                                 platform::AudioObjectID output);
+
+} // namespace waxline

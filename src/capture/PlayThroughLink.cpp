@@ -1,0 +1,42 @@
+#include "capture/CAPlayThroughHost.h"
+#include "capture/InputChain.h"
+#include "capture/MonitorHost.h"
+
+namespace waxline {
+
+namespace {
+
+// The monitor host as the capture controller sees it, with the input chain installed.
+class PlayThroughLink : public MonitorHost {
+public:
+    PlayThroughLink(platform::AudioSystem& system, platform::AudioObjectID input,
+                    platform::AudioObjectID output)
+        : host(system, input, output) {
+        if (auto* monitor = host.PlayThrough())
+            monitor->SetProcessingCallback(InputProcCallback);
+    }
+    int Start() override { return host.Start(); }
+    int Stop() override { return host.Stop(); }
+    bool IsRunning() override { return host.IsRunning(); }
+    void SetInputGain(float db) override {
+        if (auto* monitor = host.PlayThrough())
+            monitor->SetInputGain(db);
+    }
+    double LatencyMilliseconds() override {
+        auto* monitor = host.PlayThrough();
+        return monitor ? monitor->LatencyMilliseconds() : 0;
+    }
+
+private:
+    CAPlayThroughHost host;
+};
+
+} // namespace
+
+std::unique_ptr<MonitorHost> makePlayThroughHost(platform::AudioSystem& system,
+                                                 platform::AudioObjectID input,
+                                                 platform::AudioObjectID output) {
+    return std::make_unique<PlayThroughLink>(system, input, output);
+}
+
+} // namespace waxline

@@ -1,0 +1,99 @@
+#include "capture/Audio.h"
+#include "capture/KnownUsbDevices.h"
+#include "cli/Commands.h"
+#include "platform/Platform.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+namespace waxline::cli {
+
+namespace {
+
+const char* meaningOf(int code) {
+    switch (code) {
+    case 1:
+        return "one supported device found and its input selected";
+    case 2:
+        return "more than one supported USB device attached";
+    case 3:
+        return "more than one audio input matches the supported device";
+    default:
+        return "no supported device, or a supported device with no matching audio input";
+    }
+}
+
+void listDevices(platform::AudioSystem& system, platform::Direction direction) {
+    const bool in = direction == platform::Direction::Input;
+    const platform::AudioObjectID def = system.defaultDevice(direction);
+    std::printf("Audio %s:\n", in ? "inputs" : "outputs");
+    const auto devices = system.devices(direction);
+    if (devices.empty())
+        std::printf("  (none)\n");
+    for (const auto& d : devices)
+        std::printf("  %c id %-4u %u ch  %6.0f Hz  '%s'  (%s)\n", d.id == def ? '*' : ' ', d.id,
+                    d.channels, d.actualSampleRate, d.name.c_str(), d.serverName.c_str());
+}
+
+} // namespace
+
+int devicesCommand(Arguments& args) {
+    const std::string spec = args.option("--virtual-device").value_or("");
+    const bool latency = args.flag("--latency");
+    if (!args.positional().empty())
+        throw UsageError("unexpected argument '" + args.positional().front() + "'");
+
+    std::unique_ptr<QCoreApplication> app;
+    if (!QCoreApplication::instance()) {
+        static int argc = 1;
+        static char name[] = "waxline-cli";
+        static char* argv[] = {name, nullptr};
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
+    platform::Platform platform = platform::openPlatform(spec);
+
+    std::printf("USB devices:\n");
+    const auto usb = platform.usb->devices();
+    if (usb.empty())
+        std::printf("  (none)\n");
+    for (const auto& d : usb) {
+        const KnownUsbDevice* row = FindKnownUsbDevice({d.vendorId, d.productId});
+        std::printf("  %04x:%04x release %04x  %s%s%s%s\n", d.vendorId, d.productId, d.release,
+                    d.product.c_str(), row ? "  [supported: '" : "", row ? row->name : "",
+                    row ? "']" : "");
+    }
+    listDevices(*platform.audio, platform::Direction::Input);
+    listDevices(*platform.audio, platform::Direction::Output);
+
+    Audio audio(platform);
+    std::fflush(stdout);
+    const int code = audio.detectAudioDevice();
+    std::fflush(stdout);
+    std::printf("Detection: %d, %s", code, meaningOf(code));
+    if (code == 1)
+        std::printf(" (input %u)", audio.inputDeviceID());
+    std::printf("\n");
+    if (audio.device() && audio.mightBeTurntableOrTape())
+        std::printf("The device may be a turntable or a cassette player.\n");
+
+    if (latency) {
+        if (!audio.playThru()) {
+            std::fprintf(stderr, "waxline-cli devices: no monitor to measure (no device "
+                                 "selected)\n");
+            return 1;
+        }
+        audio.startPlayThru();
+        QEventLoop loop;
+        QTimer::singleShot(1000, &loop, &QEventLoop::quit);
+        loop.exec();
+        std::printf("Monitor latency: %.1f ms\n", audio.playThru()->LatencyMilliseconds());
+        audio.stopPlayThru();
+    }
+    return 0;
+}
+
+} // namespace waxline::cli

@@ -1,0 +1,32 @@
+#include "cli/Commands.h"
+#include "cli/RecordSession.h"
+
+namespace waxline::cli {
+
+int recordCommand(Arguments& args) {
+    RecordOptions options;
+    options.virtualDevice = args.option("--virtual-device").value_or("");
+    options.input = args.option("--input").value_or("");
+    options.preset = args.option("--preset").value_or("auto");
+    if (options.preset != "auto" && options.preset != "none" && options.preset != "riaa" &&
+        options.preset != "chrome" && options.preset != "brightspin")
+        throw UsageError("--preset must be auto, none, riaa, chrome or brightspin");
+    const std::string split = args.option("--split").value_or("auto");
+    if (split != "auto" && split != "off")
+        throw UsageError("--split must be auto or off");
+    options.automaticSplit = split == "auto";
+    const double gain = args.numberOption("--gain").value_or(0);
+    if (gain < -60 || gain > 40)
+        throw UsageError("--gain must lie between -60 and 40 dB");
+    options.gainDb = static_cast<float>(gain);
+    options.maxSeconds = args.numberOption("--max-seconds").value_or(0);
+    if (options.maxSeconds < 0)
+        throw UsageError("--max-seconds must not be negative");
+    options.exportDir = args.option("--export-dir").value_or("");
+    if (!args.positional().empty())
+        throw UsageError("unexpected argument '" + args.positional().front() + "'");
+    RecordResult result;
+    return recordSide(options, result);
+}
+
+} // namespace waxline::cli

@@ -1,0 +1,265 @@
+#include "cli/RecordSession.h"
+
+#include "capture/Audio.h"
+#include "capture/FilterSwap.h"
+#include "capture/InputChain.h"
+#include "platform/Platform.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+namespace waxline::cli {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+extern "C" void onInterrupt(int) {
+    interrupted = 1;
+}
+
+// A Qt event loop needs an application object; the command line makes one when none exists.
+std::unique_ptr<QCoreApplication> ensureApplication() {
+    if (QCoreApplication::instance())
+        return nullptr;
+    static int argc = 1;
+    static char name[] = "waxline-cli";
+    static char* argv[] = {name, nullptr};
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
+class SessionDelegate : public AudioDelegate {
+public:
+    bool albumEnded = false;
+    std::string stoppedReason;
+    void audioDetectedAlbumEnd() override { albumEnded = true; }
+    void audioRecordingStopped(const std::string& reason) override { stoppedReason = reason; }
+    void audioShowAlert(const std::string& title, const std::string& text,
+                        const std::string& button) override {
+        std::fprintf(stderr, "\n%s: %s (%s)\n", title.c_str(), text.c_str(), button.c_str());
+        if (stoppedReason.empty())
+            stoppedReason = text;
+    }
+};
+
+std::string dbfs(float peak) {
+    char text[32];
+    if (peak <= 0)
+        return "  -inf";
+    std::snprintf(text, sizeof text, "%6.1f", 20.0 * std::log10(peak));
+    return text;
+}
+
+std::string clock(double seconds) {
+    // Rounded as the application's elapsed-time field does.
+    const unsigned total = static_cast<unsigned>(std::lround(seconds));
+    char text[32];
+    std::snprintf(text, sizeof text, "%02u:%02u:%02u", total / 3600, total / 60 % 60, total % 60);
+    return text;
+}
+
+double wavSeconds(const std::string& path) {
+    SF_INFO info{};
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
+    if (!f)
+        return -1;
+    sf_close(f);
+    return info.samplerate ? static_cast<double>(info.frames) / info.samplerate : 0;
+}
+
+// Finds an input by id, server name or shown name.
+platform::AudioObjectID findInput(platform::AudioSystem& system, const std::string& wanted) {
+    for (const auto& d : system.devices(platform::Direction::Input))
+        if (std::to_string(d.id) == wanted || d.serverName == wanted || d.name == wanted ||
+            d.description == wanted)
+            return d.id;
+    return platform::kNoDevice;
+}
+
+void removeOldTrackFiles(const std::string& folder) {
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ec)) {
+        const std::string name = entry.path().filename().string();
+        if (name.rfind("WXRTTmpFile.", 0) == 0)
+            std::filesystem::remove(entry.path(), ec);
+    }
+}
+
+} // namespace
+
+int recordSide(const RecordOptions& options, RecordResult& result) {
+    const auto app = ensureApplication();
+    platform::Platform platform;
+    try {
+        platform = platform::openPlatform(options.virtualDevice);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "waxline-cli record: %s\n", e.what());
+        return 2;
+    }
+
+    Audio audio(platform);
+    SessionDelegate delegate;
+    audio.setDelegate(&delegate);
+    if (!options.exportDir.empty())
+        audio.setExportFolder(options.exportDir);
+
+    std::string preset = options.preset;
+    if (!options.input.empty()) {
+        const platform::AudioObjectID id = findInput(*platform.audio, options.input);
+        if (id == platform::kNoDevice) {
+            std::fprintf(stderr,
+                         "waxline-cli record: no input named '%s'; 'waxline-cli devices' lists "
+                         "the inputs\n",
+                         options.input.c_str());
+            return 2;
+        }
+        audio.selectInput(id);
+        if (preset == "auto")
+            preset = "none";
+    } else {
+        switch (audio.detectAudioDevice()) {
+        case 1:
+            break;
+        case 2:
+            std::fprintf(stderr, "waxline-cli record: more than one supported USB turntable or "
+                                 "cassette player is attached; unplug all but one\n");
+            return 2;
+        case 3:
+            std::fprintf(stderr,
+                         "waxline-cli record: several audio inputs match the supported device; "
+                         "name one with --input\n");
+            return 2;
+        default:
+            if (audio.device())
+                std::fprintf(stderr,
+                             "waxline-cli record: the supported device is attached but no audio "
+                             "input carries its name; name the input with --input\n");
+            else
+                std::fprintf(stderr,
+                             "waxline-cli record: no supported USB turntable or cassette player "
+                             "found; connect one, or name an input with --input\n");
+            return 2;
+        }
+    }
+
+    if (preset == "auto")
+        audio.setRIAAFilter();
+    else if (preset == "none")
+        audio.setNoFilter();
+    else if (preset == "riaa")
+        setFilterType(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
+    else if (preset == "chrome")
+        audio.setChromeFilter();
+    else if (preset == "brightspin")
+        audio.setBrightSpinFilter();
+
+    std::error_code ec;
+    std::filesystem::create_directories(audio.exportFolder(), ec);
+    removeOldTrackFiles(audio.exportFolder());
+
+    audio.setGainDb(options.gainDb);
+    audio.startPlayThru();
+    audio.resetTrackCounter();
+    ResetVUMax();
+    audio.setAutomaticTrackSplit(options.automaticSplit);
+    if (!audio.newTrack()) {
+        audio.stopPlayThru();
+        std::fprintf(stderr, "waxline-cli record: cannot record into %s\n",
+                     audio.exportFolder().c_str());
+        return 1;
+    }
+    std::printf("Recording from input %u into %s%s\n", audio.inputDeviceID(),
+                audio.exportFolder().c_str(),
+                options.automaticSplit ? " (tracks split at the gaps)" : "");
+    std::fflush(stdout);
+
+    interrupted = 0;
+    struct sigaction action {};
+    struct sigaction previous {};
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, &previous);
+
+    const bool tty = isatty(STDOUT_FILENO);
+    int ticks = 0;
+    QEventLoop loop;
+    QTimer status;
+    status.setInterval(100);
+    QObject::connect(&status, &QTimer::timeout, [&] {
+        audio.processPendingEvents();
+        if (interrupted) {
+            audio.stopRecording();
+            result.endedBy = "interrupted";
+        }
+        const auto counters = audio.recorderCounters();
+        if (options.maxSeconds > 0 && audio.recording() &&
+            static_cast<double>(counters.capturedFrames) >=
+                options.maxSeconds * audio.fileSampleRate()) {
+            audio.stopRecording();
+            result.endedBy = "time limit";
+        }
+        if (!audio.recording()) {
+            loop.quit();
+            return;
+        }
+        const float l = GetVUMaxL(), r = GetVUMaxR();
+        if (options.showStatus && (tty || ++ticks % 50 == 0)) {
+            std::printf(
+                "%strack %d  %s  L %s dBFS  R %s dBFS%s  dropped %llu%s", tty ? "\r" : "",
+                audio.numRecordedTracks(), clock(audio.currentTrackSeconds()).c_str(),
+                dbfs(l).c_str(), dbfs(r).c_str(), (l >= 1.0f || r >= 1.0f) ? "  CLIP" : "      ",
+                static_cast<unsigned long long>(counters.droppedBuffers), tty ? "\x1b[K" : "\n");
+            std::fflush(stdout);
+        }
+    });
+    status.start();
+    loop.exec();
+    status.stop();
+    sigaction(SIGINT, &previous, nullptr);
+    if (tty && options.showStatus)
+        std::printf("\n");
+
+    audio.stopPlayThru();
+    if (audio.recording())
+        audio.stopRecording();
+    if (delegate.albumEnded)
+        result.endedBy = "album end";
+    else if (!delegate.stoppedReason.empty())
+        result.endedBy = delegate.stoppedReason;
+    else if (result.endedBy.empty())
+        result.endedBy = "stopped";
+
+    const auto counters = audio.recorderCounters();
+    result.droppedBuffers = counters.droppedBuffers;
+    result.droppedFrames = counters.droppedFrames;
+    result.countedTracks = audio.numRecordedTracks();
+    for (int n = 1;; ++n) {
+        const std::string path = audio.fileNameForTrack(n);
+        if (!std::filesystem::exists(path, ec))
+            break;
+        result.files.push_back({path, wavSeconds(path), n <= result.countedTracks});
+    }
+
+    std::printf("Recording ended (%s): %d track%s, %llu dropped buffer%s\n", result.endedBy.c_str(),
+                result.countedTracks, result.countedTracks == 1 ? "" : "s",
+                static_cast<unsigned long long>(result.droppedBuffers),
+                result.droppedBuffers == 1 ? "" : "s");
+    for (const auto& f : result.files)
+        std::printf("  %s  %s (%.3f s)%s\n", f.path.c_str(), clock(f.seconds).c_str(), f.seconds,
+                    f.counted ? "" : "  run-out after the album end, not counted");
+    const bool failed = !delegate.stoppedReason.empty() && !delegate.albumEnded;
+    return failed ? 1 : 0;
+}
+
+} // namespace waxline::cli

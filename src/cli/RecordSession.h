@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace waxline::cli {
+
+struct RecordOptions {
+    std::string virtualDevice;   // empty: $WAXLINE_VIRTUAL_DEVICE or the real devices
+    std::string input;           // empty: detect the USB device; else an id, server or shown name
+    std::string preset = "auto"; // auto, none, riaa, chrome, brightspin
+    bool automaticSplit = true;
+    float gainDb = 0;
+    double maxSeconds = 0; // of recorded audio; 0: no limit
+    std::string exportDir; // empty: the default export folder
+    bool showStatus = true;
+};
+
+struct RecordResult {
+    struct TrackFile {
+        std::string path;
+        double seconds = 0;
+        bool counted = true; // false for the run-out file left after an album end
+    };
+    std::vector<TrackFile> files;
+    int countedTracks = 0;
+    uint64_t droppedBuffers = 0;
+    uint64_t droppedFrames = 0;
+    std::string endedBy; // "album end", "time limit", "interrupted", or the failure reason
+};
+
+// Records one side exactly as the application does: detects the device (or takes the named
+// input), starts the monitor, and records through the capture controller until the album end,
+// the time limit, Ctrl-C or a failure. Prints progress on standard output. Returns the exit
+// status: 0 recorded, 1 the recording failed, 2 bad options or no usable device.
+int recordSide(const RecordOptions& options, RecordResult& result);
+
+} // namespace waxline::cli
