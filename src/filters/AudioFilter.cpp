@@ -1,5 +1,7 @@
 #include "filters/AudioFilter.h"
 
+#include "filters/StereoBiQuad.h"
+
 namespace Sonra::Audio::Filters {
 namespace {
 
@@ -53,30 +55,29 @@ void AudioFilter::operator()(float* left, float* right, unsigned long count) {
     BiQuad* r0 = slots[2].get();
     BiQuad* r1 = slots[3].get();
 
-    // The two channels' recursions are independent, and section 1 only consumes section 0's
-    // output of the same sample, so running them side by side sample by sample gives exactly
-    // the block-by-block result while keeping several recursions in flight.
+    // The presets have the same chain on both channels. The channels' recursions are independent
+    // and section 1 only consumes section 0's output of the same sample, so running everything
+    // side by side, sample by sample, gives exactly the block-by-block, section-after-section
+    // result while keeping several recursions in flight.
     if (l0 && r0 && !l1 && !r1) {
-        BiQuad::Kernel kl = l0->kernel(), kr = r0->kernel();
+        StereoBiQuad s0(*l0, *r0);
         for (unsigned long i = 0; i < count; ++i) {
-            left[i] = kl.step(left[i]);
-            right[i] = kr.step(right[i]);
+            const StereoBiQuad::Pair y = s0.step(StereoBiQuad::Pair{left[i], right[i]});
+            left[i] = y[0];
+            right[i] = y[1];
         }
-        l0->keepState(kl);
-        r0->keepState(kr);
+        s0.keepState(*l0, *r0);
         return;
     }
     if (l0 && l1 && r0 && r1) {
-        BiQuad::Kernel kl0 = l0->kernel(), kl1 = l1->kernel();
-        BiQuad::Kernel kr0 = r0->kernel(), kr1 = r1->kernel();
+        StereoBiQuad s0(*l0, *r0), s1(*l1, *r1);
         for (unsigned long i = 0; i < count; ++i) {
-            left[i] = kl1.step(kl0.step(left[i]));
-            right[i] = kr1.step(kr0.step(right[i]));
+            const StereoBiQuad::Pair y = s1.step(s0.step(StereoBiQuad::Pair{left[i], right[i]}));
+            left[i] = y[0];
+            right[i] = y[1];
         }
-        l0->keepState(kl0);
-        l1->keepState(kl1);
-        r0->keepState(kr0);
-        r1->keepState(kr1);
+        s0.keepState(*l0, *r0);
+        s1.keepState(*l1, *r1);
         return;
     }
 

@@ -6,8 +6,6 @@
 namespace Sonra::Audio::Filters {
 namespace {
 
-constexpr int kQ13Shift = 13;
-constexpr float kFullScale16 = 32767.0f;
 constexpr float kFrameSeconds = 0.5f;
 constexpr float kGapStartSeconds = 1.5f;  // silence longer than this starts a gap
 constexpr float kSoundReturnSeconds = 10; // sound longer than this ends the silence
@@ -19,25 +17,6 @@ constexpr size_t kReservedFrames = 2 * 3600 * 2;
 
 void writeToStandardError(const char* line) {
     std::fputs(line, stderr);
-}
-
-// Truncating float-to-int32 conversion as the hardware does it (out of range gives INT32_MIN),
-// then narrowed to the low 16 bits: samples beyond full scale wrap rather than clip.
-inline int16_t wrapTo16(float v) {
-    const int32_t i =
-        (v > -2147483648.0f && v < 2147483648.0f) ? static_cast<int32_t>(v) : INT32_MIN;
-    return static_cast<int16_t>(i);
-}
-
-// One sample through the Q13 biquad; returns the full 64-bit output.
-inline int64_t filterStep(GapDetector::FilterParams& f, int64_t x) {
-    const int64_t acc = (f.b0 * x + f.b1 * f.x1 + f.b2 * f.x2) - (f.a2 * f.y2 + f.a1 * f.y1);
-    const int64_t y = acc >> kQ13Shift;
-    f.x2 = f.x1;
-    f.x1 = x;
-    f.y2 = f.y1;
-    f.y1 = y;
-    return y;
 }
 
 } // namespace
@@ -105,35 +84,10 @@ short GapDetector::ApplyFilter(long sample) {
 }
 
 bool GapDetector::operator()(const float* left, const float* right, unsigned long count) {
-    bool result = false;
-    // The filter state and frame counters live in locals through the loop and are written back
-    // before a frame is judged.
-    FilterParams f = bandPass;
-    int64_t sum = frameSum;
-    uint64_t fill = frameFill;
-    int16_t* buffer = frameBuffer.get();
-    const uint64_t size = static_cast<uint64_t>(frameSize);
-    for (unsigned long i = 0; i < count; ++i) {
-        const int16_t l = wrapTo16(left[i] * kFullScale16);
-        const int16_t r = wrapTo16(right[i] * kFullScale16);
-        const int64_t mono = (static_cast<int64_t>(l) + r) >> 1;
-        const int64_t y = filterStep(f, mono);
-        sum += y;
-        buffer[fill] = static_cast<int16_t>(y);
-        ++fill;
-        if (fill >= size) {
-            bandPass = f;
-            frameSum = sum;
-            frameFill = fill;
-            result = ProcessFrameBuffer();
-            fill = 0;
-            sum = 0;
-        }
-    }
-    bandPass = f;
-    frameSum = sum;
-    frameFill = fill;
-    return result;
+    Feed feed(*this);
+    for (unsigned long i = 0; i < count; ++i)
+        feed.push(left[i], right[i]);
+    return feed.finish();
 }
 
 float GapDetector::CalcAAMFrame() {

@@ -105,6 +105,56 @@ public:
     static void CalculateDurations(std::vector<ZoneItem>& zones, float total);
     static void ReduceZones(std::vector<ZoneItem>& zones);
 
+    // Feeds stereo samples one at a time with the detector's state held in locals; finish()
+    // writes it back. operator() is a Feed over a whole buffer; a caller that produces samples in
+    // a loop of its own (the input chain) can feed them in the same pass.
+    class Feed {
+    public:
+        explicit Feed(GapDetector& d)
+            : detector(d)
+            , f(d.bandPass)
+            , sum(d.frameSum)
+            , fill(d.frameFill)
+            , buffer(d.frameBuffer.get())
+            , size(static_cast<uint64_t>(d.frameSize)) {}
+
+        void push(float left, float right) {
+            const int16_t l = wrapTo16(left * kFullScale16);
+            const int16_t r = wrapTo16(right * kFullScale16);
+            const int64_t mono = (static_cast<int64_t>(l) + r) >> 1;
+            const int64_t y = filterStep(f, mono);
+            sum += y;
+            buffer[fill] = static_cast<int16_t>(y);
+            if (++fill >= size) {
+                store();
+                verdict = detector.ProcessFrameBuffer();
+                fill = 0;
+                sum = 0;
+            }
+        }
+
+        // The verdict of the last frame finished, false when none finished.
+        bool finish() {
+            store();
+            return verdict;
+        }
+
+    private:
+        void store() {
+            detector.bandPass = f;
+            detector.frameSum = sum;
+            detector.frameFill = fill;
+        }
+
+        GapDetector& detector;
+        FilterParams f;
+        int64_t sum;
+        uint64_t fill;
+        int16_t* buffer;
+        uint64_t size;
+        bool verdict = false;
+    };
+
     void SetDiagnosticWriter(DiagnosticWriter writer) { silence.diagnostic = writer; }
 
     // Read-only views for owners and tests.
@@ -124,6 +174,28 @@ public:
     void setHistoryForAnalysis(std::vector<float> history, float maxLevel, float minLevel);
 
 private:
+    static constexpr int kQ13Shift = 13;
+    static constexpr float kFullScale16 = 32767.0f;
+
+    // Truncating float-to-int32 conversion as the hardware does it (out of range gives
+    // INT32_MIN), then narrowed to the low 16 bits: samples beyond full scale wrap, not clip.
+    static int16_t wrapTo16(float v) {
+        const int32_t i =
+            (v > -2147483648.0f && v < 2147483648.0f) ? static_cast<int32_t>(v) : INT32_MIN;
+        return static_cast<int16_t>(i);
+    }
+
+    // One sample through the Q13 biquad with 64-bit accumulators; returns the full output.
+    static int64_t filterStep(FilterParams& f, int64_t x) {
+        const int64_t acc = (f.b0 * x + f.b1 * f.x1 + f.b2 * f.x2) - (f.a2 * f.y2 + f.a1 * f.y1);
+        const int64_t y = acc >> kQ13Shift;
+        f.x2 = f.x1;
+        f.x1 = x;
+        f.y2 = f.y1;
+        f.y1 = y;
+        return y;
+    }
+
     SilenceState silence;
     AlbumEnd albumEnd;
     int64_t frameSize = 0;
