@@ -1,5 +1,7 @@
 #include "capture/InputChain.h"
 
+#include "capture/FilterSwap.h"
+
 #include <cmath>
 
 namespace waxline {
@@ -61,7 +63,7 @@ void InputProcCallback(AudioBufferList* buffers, uint32_t frames, int64_t /*samp
     raise(ssVUMaxR, q);
     raise(ssVUMax, q);
 
-    filter(left, right, frames);
+    applyActiveFilter(left, right, frames);
     if (auto* detector = gapDetector.load(std::memory_order_acquire))
         (*detector)(left, right, frames);
 }

@@ -8,5 +8,7 @@ namespace waxline::cli {
 // 0 success, 1 the work failed, 2 bad usage or unusable input.
 int analyseCommand(Arguments& args);
 int makeDemoSideCommand(Arguments& args);
+int devicesCommand(Arguments& args);
+int recordCommand(Arguments& args);
 
 } // namespace waxline::cli
