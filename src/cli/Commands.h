@@ -10,5 +10,7 @@ int analyseCommand(Arguments& args);
 int makeDemoSideCommand(Arguments& args);
 int devicesCommand(Arguments& args);
 int recordCommand(Arguments& args);
+int exportCommand(Arguments& args);
+int digitizeCommand(Arguments& args);
 
 } // namespace waxline::cli

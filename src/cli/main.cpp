@@ -21,6 +21,13 @@ const Command kCommands[] = {
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SPEC] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
      "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR]"},
+    {"export", waxline::cli::exportCommand,
+     "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
+     "[--library DIR] [--jobs N]"},
+    {"digitize", waxline::cli::digitizeCommand,
+     "digitize [--virtual-device SPEC] [--input INPUT] --artist A --album B [--title T]... "
+     "[--preset auto|none|riaa|chrome|brightspin] [--max-seconds N] [--normalise] "
+     "[--export-dir DIR] [--library DIR] [--jobs N]"},
 };
 
 void printUsage(FILE* to) {

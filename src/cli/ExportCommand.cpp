@@ -1,0 +1,30 @@
+#include "cli/Commands.h"
+#include "cli/ExportSession.h"
+
+namespace waxline::cli {
+
+ExportOptions exportNamingOptions(Arguments& args) {
+    ExportOptions options;
+    auto artist = args.option("--artist");
+    auto album = args.option("--album");
+    if (!artist || !album)
+        throw UsageError("--artist and --album are needed (they may be empty: \"\")");
+    options.artist = *artist;
+    options.album = *album;
+    options.titles = args.options("--title");
+    options.libraryDir = args.option("--library").value_or("");
+    options.normalise = args.flag("--normalise");
+    options.jobs = static_cast<unsigned>(args.integerOption("--jobs", 1, 64).value_or(0));
+    return options;
+}
+
+int exportCommand(Arguments& args) {
+    ExportOptions options = exportNamingOptions(args);
+    options.tracks = static_cast<int>(args.integerOption("--tracks", 1, 1000).value_or(-1));
+    options.exportDir = args.option("--export-dir").value_or("");
+    if (!args.positional().empty())
+        throw UsageError("unexpected argument '" + args.positional().front() + "'");
+    return exportRecording(options);
+}
+
+} // namespace waxline::cli
