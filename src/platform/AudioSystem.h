@@ -70,6 +70,8 @@ public:
     virtual Status stop() = 0;
     virtual bool isRunning() const = 0;
     virtual StreamFormat format() const = 0;
+    // How often the server lost input (overflow) or ran out of output (underflow) so far.
+    virtual uint64_t xrunCount() const { return 0; }
 };
 
 // The system audio service: devices, the process-wide default input, streams and notifications.

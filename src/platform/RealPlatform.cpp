@@ -1,16 +1,14 @@
+#include "platform/LibudevUsbBus.h"
 #include "platform/Platform.h"
-
-#include <stdexcept>
+#include "platform/PulseAudioSystem.h"
 
 namespace waxline::platform {
 
-// Replaced by the PulseAudio and libudev implementations.
 std::unique_ptr<AudioSystem> openPulseAudio() {
-    throw std::runtime_error("the PulseAudio audio system is not available in this build yet; "
-                             "use --virtual-device SPEC");
+    return std::make_unique<PulseAudioSystem>();
 }
 std::unique_ptr<UsbBus> openUdev() {
-    return nullptr;
+    return std::make_unique<LibudevUsbBus>();
 }
 
 } // namespace waxline::platform

@@ -31,6 +31,7 @@ struct Entry {
     bool running = false;
     bool ended = false;
     bool closed = false;
+    uint64_t xruns = 0;
 
     void allocate(uint32_t channelCount, uint32_t frames) {
         channels = channelCount;
@@ -164,6 +165,10 @@ public:
         return entry->running;
     }
     StreamFormat format() const override { return {rate, entry->channels}; }
+    uint64_t xrunCount() const override {
+        std::lock_guard lock(shared->mutex);
+        return entry->xruns;
+    }
 
 private:
     std::shared_ptr<Shared> shared;
@@ -662,8 +667,10 @@ void VirtualAudioSystem::simulateOverflow(uint32_t frames) {
     s.inputPos += frames;
     s.skippedFrames += frames;
     for (auto& e : s.inputs)
-        if (e->running && e->handler)
+        if (e->running && e->handler) {
+            ++e->xruns;
             e->handler->onOverflow(frames);
+        }
 }
 
 void VirtualAudioSystem::notifyFormatChanged() {

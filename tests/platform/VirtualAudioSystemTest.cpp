@@ -210,6 +210,7 @@ TEST_F(VirtualAudioSystemTest, MonoFilesFeedEveryChannelAndOverflowSkipsFrames) 
     audio.simulateOverflow(300);
     audio.step(1000);
     EXPECT_EQ(rec.overflowFrames, 300u);
+    EXPECT_EQ(stream->xrunCount(), 1u);
     EXPECT_EQ(rec.gaps, 1);
     EXPECT_EQ(audio.framesDelivered(), 2300);
     ASSERT_EQ(rec.size(), 2000u);
