@@ -1,4 +1,5 @@
 #include "platform/PulseAudioSystem.h"
+#include "platform/Platform.h"
 #include "support/PulseDaemon.h"
 #include "support/Signals.h"
 
@@ -247,6 +248,44 @@ TEST_F(PulseAudioSystemTest, PlaysThroughTheSinkWhatTheOutputHandlerGives) {
     measure(capture.left, levelDb, frequency);
     EXPECT_NEAR(levelDb, waxline::test::toDb(tone.amplitude), 0.5);
     EXPECT_NEAR(frequency, 1000.0, 5.0);
+}
+
+} // namespace
+
+namespace {
+
+TEST(OpenPlatformReal, ExplainsInOneLineWhenNoServerAnswers) {
+    waxline::test::TempDir empty;
+    const char* saved = std::getenv("PULSE_SERVER");
+    const std::string previous = saved ? saved : "";
+    ::unsetenv("WAXLINE_VIRTUAL_DEVICE");
+    ::setenv("PULSE_SERVER", ("unix:" + empty.file("no-such-socket")).c_str(), 1);
+    try {
+        openPlatform();
+        ADD_FAILURE() << "a platform without a server";
+    } catch (const std::runtime_error& error) {
+        const std::string message = error.what();
+        EXPECT_NE(message.find("PulseAudio"), std::string::npos) << message;
+        EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
+    if (saved)
+        ::setenv("PULSE_SERVER", previous.c_str(), 1);
+    else
+        ::unsetenv("PULSE_SERVER");
+}
+
+TEST(OpenPlatformReal, GivesPulseAudioAndUdevWithoutASpec) {
+    PulseDaemon pulse;
+    if (!pulse.running())
+        GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();
+    ::unsetenv("WAXLINE_VIRTUAL_DEVICE");
+    Platform platform = openPlatform();
+    EXPECT_NE(dynamic_cast<PulseAudioSystem*>(platform.audio.get()), nullptr);
+    ASSERT_NE(platform.usb, nullptr);
+    bool monitorListed = false;
+    for (const auto& d : platform.audio->devices(Direction::Input))
+        monitorListed |= d.serverName == pulse.monitorSource();
+    EXPECT_TRUE(monitorListed);
 }
 
 } // namespace
