@@ -7,11 +7,12 @@
 #include "tagging/TaglibTagger.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <future>
 #include <map>
+#include <mutex>
 #include <thread>
 
 namespace waxline::exporting {
@@ -173,14 +174,47 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         peak = request.recordingPeak ? request.recordingPeak()
                                      : peakOfFiles(request.exportFolder, count());
 
-    std::map<int, std::future<Encoded>> pending;
-    int launched = 0;
-    auto launch = [&](int track) {
-        const std::string wav = trackFileName(request.exportFolder, track);
-        pending[track] = std::async(std::launch::async, [this, wav] { return encodeTrack(wav); });
+    // Encoders take the next track as soon as they are free, however long the track before
+    // them is still being finished in order; the export thread picks the results up in order.
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::map<int, Encoded> encodedTracks;
+    int nextToEncode = 1;
+    int encodeLimit = 0;
+    bool stopping = false;
+    auto worker = [&] {
+        std::unique_lock lock(mutex);
+        for (;;) {
+            changed.wait(lock, [&] { return stopping || nextToEncode <= encodeLimit; });
+            if (stopping)
+                return;
+            const int track = nextToEncode++;
+            lock.unlock();
+            Encoded encoded = encodeTrack(trackFileName(request.exportFolder, track));
+            lock.lock();
+            encodedTracks[track] = std::move(encoded);
+            changed.notify_all();
+        }
+    };
+    std::vector<std::thread> workers;
+    if (!legacy) {
+        for (unsigned j = 0; j < jobs; ++j)
+            workers.emplace_back(worker);
+    }
+    auto takeEncoded = [&](int track, bool again) {
+        if (again) // the same track after a failed check: encode it anew, here
+            return encodeTrack(trackFileName(request.exportFolder, track));
+        std::unique_lock lock(mutex);
+        encodeLimit = std::max(encodeLimit, count());
+        changed.notify_all();
+        changed.wait(lock, [&] { return encodedTracks.count(track) > 0; });
+        Encoded encoded = std::move(encodedTracks[track]);
+        encodedTracks.erase(track);
+        return encoded;
     };
 
     std::vector<TrackOutcome> outcomes;
+    bool again = false;
     for (int i = 1; i <= count(); ++i) {
         TrackOutcome outcome;
         outcome.index = i;
@@ -194,14 +228,7 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
                                           outcome.title, outcome.number, request.normalise, peak,
                                           outcome);
         } else {
-            const int last = std::min(count(), i + static_cast<int>(jobs) - 1);
-            for (; launched < last; ++launched)
-                launch(launched + 1);
-            if (!pending.count(i))
-                launch(i);
-            Encoded encoded = pending[i].get();
-            pending.erase(i);
-            finishTrack(encoded, request.artist, request.album, outcome);
+            finishTrack(takeEncoded(i, again), request.artist, request.album, outcome);
         }
         if (!outcome.ok)
             say("export of track " + std::to_string(i) + " failed: " + outcome.message);
@@ -211,6 +238,7 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             say("music library check after conversion failed: err = " + std::to_string(error));
             if (onProbeFailed && onProbeFailed(error)) {
                 --i; // the same track again, from its encoding
+                again = true;
                 continue;
             }
             outcome.ok = false;
@@ -229,10 +257,18 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             }
             break;
         }
+        again = false;
         outcomes.push_back(outcome);
         if (onTrackDone)
             onTrackDone(outcome, count());
     }
+    {
+        std::lock_guard lock(mutex);
+        stopping = true;
+    }
+    changed.notify_all();
+    for (auto& thread : workers)
+        thread.join();
     numbering.finish(static_cast<uint32_t>(std::max(0, count())));
     return outcomes;
 }
