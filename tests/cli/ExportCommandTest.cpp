@@ -1,0 +1,142 @@
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+namespace waxline {
+namespace {
+
+namespace fs = std::filesystem;
+using test::shellQuote;
+
+// $WAXLINE_CLI, else the one built beside this test in the same build tree.
+std::string cli() {
+    const char* path = std::getenv("WAXLINE_CLI");
+    if (path && *path)
+        return path;
+    std::error_code ec;
+    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+    return (self.parent_path().parent_path() / "src/cli/waxline-cli").string();
+}
+
+struct CliCase {
+    const char* name;
+    // Fills the export folder; returns extra arguments and environment for the command.
+    std::function<void(const std::string& exports, const test::TempDir& dir)> prepare;
+    std::string arguments;   // after "export"; {LIB} stands for the library folder
+    std::string environment; // prefixed to the command
+    int expectedStatus;
+    std::vector<std::string> expectedOutput; // pieces that must appear
+    std::vector<std::string> expectedFiles;  // the library's files afterwards
+};
+
+void PrintTo(const CliCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ExportCommand : public testing::TestWithParam<CliCase> {};
+
+TEST_P(ExportCommand, ReportsPerTrackAndExitsWithTheRightStatus) {
+    const CliCase& c = GetParam();
+    test::TempDir dir;
+    // A quote in the export folder's path must not matter to anything.
+    const std::string exports = dir.file("rock'n'roll exports");
+    const std::string library = dir.file("Music");
+    fs::create_directories(exports);
+    c.prepare(exports, dir);
+    std::string arguments = c.arguments;
+    if (const auto at = arguments.find("{LIB}"); at != std::string::npos)
+        arguments.replace(at, 5, shellQuote(library));
+    std::string output;
+    const int status =
+        test::runCommand(c.environment + " " + shellQuote(cli()) + " export --export-dir " +
+                             shellQuote(exports) + " " + arguments,
+                         output);
+    EXPECT_EQ(status, c.expectedStatus) << output;
+    for (const auto& piece : c.expectedOutput)
+        EXPECT_NE(output.find(piece), std::string::npos) << "missing '" << piece << "' in\n"
+                                                         << output;
+    EXPECT_EQ(test::filesBelow(library), c.expectedFiles) << output;
+}
+
+void tones(const std::string& exports, int count) {
+    for (int i = 1; i <= count; ++i)
+        ASSERT_TRUE(
+            test::writeToneWav(exports + "/WXRTTmpFile." + std::to_string(i) + ".wav", 0.8, 0.5));
+}
+
+const CliCase kCases[] = {
+    {"CountedTracksOnlyRunOutLeftOut",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 3);
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+     },
+     "--artist 'Sam & Co' --album \"Live '79\" --title 'A \"b\" $(echo x)' --library {LIB}",
+     "",
+     0,
+     {"track 1/2", "track 2/2", "Library files made:"},
+     {"Sam & Co/Live '79/01 A \"b\" $(echo x).mp3", "Sam & Co/Live '79/02 Unknown.mp3"}},
+    {"TracksOptionOverridesTheCount",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 2);
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+     },
+     "--artist A --album B --tracks 1 --library {LIB}",
+     "",
+     0,
+     {"track 1/1"},
+     {"A/B/01 Unknown.mp3"}},
+    {"EmptyTrackFailsTheRunButNotTheOthers",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 3);
+         std::ofstream(e + "/WXRTTmpFile.2.wav", std::ios::trunc).close();
+         std::ofstream(e + "/WXRTTmpFile.count") << "3\n";
+     },
+     "--artist A --album B --library {LIB}",
+     "",
+     1,
+     {"track 2/3  #2  FAILED: track file WXRTTmpFile.2.wav is empty", "1 of 3 tracks failed"},
+     {"A/B/01 Unknown.mp3", "A/B/03 Unknown.mp3"}},
+    {"EncoderMissingFromPath",
+     [](const std::string& e, const test::TempDir&) { tones(e, 1); },
+     "--artist A --album B --library {LIB}",
+     "PATH=/nonexistent",
+     1,
+     {"exit status 127", "ffmpeg", "1 of 1 tracks failed"},
+     {}},
+    {"UnwritableLibrary",
+     [](const std::string& e, const test::TempDir& dir) {
+         tones(e, 1);
+         std::ofstream(dir.file("Music")) << "a file where the folder should be";
+     },
+     "--artist A --album B --library {LIB}/Sub",
+     "",
+     1,
+     {"cannot be written (err = -1753)"},
+     {}},
+    {"NothingToExport",
+     [](const std::string&, const test::TempDir&) {},
+     "--artist A --album B --library {LIB}",
+     "",
+     2,
+     {"No recorded tracks"},
+     {}},
+    {"ArtistIsRequired",
+     [](const std::string& e, const test::TempDir&) { tones(e, 1); },
+     "--album B --library {LIB}",
+     "",
+     2,
+     {"--artist and --album are needed"},
+     {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, ExportCommand, testing::ValuesIn(kCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
+} // namespace waxline
