@@ -83,6 +83,8 @@ public:
     static std::string defaultExportFolder();
     void setExportFolder(const std::string& folder);
     const std::string& exportFolder() const { return _outputFolderPathBase; }
+    // The running recording's engine, or null; valid until the recording stops.
+    RecorderEngine* recorderEngine() const { return _recorderEngine.get(); }
     // The running recording's counters, or the last one's after it stopped.
     RecorderEngine::Counters recorderCounters() const;
     // Frames recorded into the current track file (audio time, unlike currentTrackLengthNanos).

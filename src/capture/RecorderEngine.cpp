@@ -180,7 +180,7 @@ void RecorderEngine::writerLoop() {
         // Read the flag before draining: everything pushed before it was set is then seen.
         const bool last = finishing.load(std::memory_order_acquire);
         bool any = false;
-        while (blocks.tryPop(block)) {
+        while ((last || !writerHeld.load(std::memory_order_acquire)) && blocks.tryPop(block)) {
             any = true;
             writeBlock(block);
         }

@@ -59,6 +59,9 @@ public:
     bool isRunning() const { return running.load(std::memory_order_acquire); }
     bool failed() const { return writeFailed.load(std::memory_order_acquire); }
     Counters counters() const;
+    // Holds the writer as a stalled disk would: blocks pile up in the queue and, once it is
+    // full, are dropped and counted. For tests and benchmarks of the drop accounting.
+    void holdWriter(bool hold) { writerHeld.store(hold, std::memory_order_release); }
 
     // For tests: the handler the stream calls, so a test can feed buffers itself.
     platform::InputHandler& inputHandler() { return *this; }
@@ -96,6 +99,7 @@ private:
     std::atomic<bool> finishing{false};
     std::atomic<bool> writeFailed{false};
     std::atomic<bool> streamEnded{false};
+    std::atomic<bool> writerHeld{false};
     std::atomic<uint32_t> requestedGeneration{0}; // raised by beginFile
     uint32_t openedGeneration = 0;                // main thread's count of files queued
 

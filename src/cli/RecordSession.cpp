@@ -44,7 +44,10 @@ public:
     bool albumEnded = false;
     std::string stoppedReason;
     void audioDetectedAlbumEnd() override { albumEnded = true; }
-    void audioRecordingStopped(const std::string& reason) override { stoppedReason = reason; }
+    void audioRecordingStopped(const std::string& reason) override {
+        stoppedReason = reason;
+        std::fprintf(stderr, "\nwaxline-cli record: %s\n", reason.c_str());
+    }
     void audioShowAlert(const std::string& title, const std::string& text,
                         const std::string& button) override {
         std::fprintf(stderr, "\n%s: %s (%s)\n", title.c_str(), text.c_str(), button.c_str());
@@ -213,6 +216,8 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
             loop.quit();
             return;
         }
+        if (options.onTick)
+            options.onTick(audio, platform);
         const float l = GetVUMaxL(), r = GetVUMaxR();
         if (options.showStatus && (tty || ++ticks % 50 == 0)) {
             std::printf(
@@ -241,6 +246,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         result.endedBy = "stopped";
 
     const auto counters = audio.recorderCounters();
+    result.capturedFrames = counters.capturedFrames;
     result.droppedBuffers = counters.droppedBuffers;
     result.droppedFrames = counters.droppedFrames;
     result.countedTracks = audio.numRecordedTracks();

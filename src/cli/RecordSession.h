@@ -1,8 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
+
+namespace waxline {
+class Audio;
+namespace platform {
+struct Platform;
+}
+} // namespace waxline
 
 namespace waxline::cli {
 
@@ -15,6 +23,9 @@ struct RecordOptions {
     double maxSeconds = 0; // of recorded audio; 0: no limit
     std::string exportDir; // empty: the default export folder
     bool showStatus = true;
+    // Called on the main thread at every status tick while recording (every 100 ms), with the
+    // controller and the platform it records from: lets tests unplug the deck or stall the writer.
+    std::function<void(Audio&, platform::Platform&)> onTick;
 };
 
 struct RecordResult {
@@ -25,6 +36,7 @@ struct RecordResult {
     };
     std::vector<TrackFile> files;
     int countedTracks = 0;
+    uint64_t capturedFrames = 0; // every frame the recorder's stream delivered
     uint64_t droppedBuffers = 0;
     uint64_t droppedFrames = 0;
     std::string endedBy; // "album end", "time limit", "interrupted", or the failure reason

@@ -1,0 +1,163 @@
+// `waxline-cli record` as a process: a file-size limit that makes the writes fail, and a kill
+// without warning. The track file must stay a WAV that libsndfile and ffprobe open.
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace waxline {
+namespace {
+
+std::string cli() {
+    const char* path = std::getenv("WAXLINE_CLI");
+    return path ? path : "waxline-cli";
+}
+
+std::string makeSide(const test::TempDir& dir, int tracks, int seed) {
+    const std::string side = dir.file("side.wav");
+    std::string output;
+    EXPECT_EQ(test::runCommand(cli() + " make-demo-side " + test::shellQuote(side) + " --tracks " +
+                                   std::to_string(tracks) + " --seed " + std::to_string(seed),
+                               output),
+              0)
+        << output;
+    return side;
+}
+
+// Starts `waxline-cli record ARGS` with its standard output and error into `outFd`; in the
+// child, a file-size limit (0: none) with SIGXFSZ ignored, so writes past it fail with EFBIG.
+pid_t startRecord(const std::vector<std::string>& args, int outFd, rlim_t fileSizeLimit = 0) {
+    const std::string program = cli();
+    std::vector<std::string> all{program, "record"};
+    all.insert(all.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (auto& a : all)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (fileSizeLimit) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{fileSizeLimit, fileSizeLimit};
+            setrlimit(RLIMIT_FSIZE, &limit);
+        }
+        dup2(outFd, STDOUT_FILENO);
+        dup2(outFd, STDERR_FILENO);
+        execv(program.c_str(), argv.data());
+        _exit(127);
+    }
+    return child;
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path);
+    std::stringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+// The data chunk's size as the file's header states it.
+long long headerDataBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(in)), {});
+    const size_t at = bytes.find("data");
+    if (at == std::string::npos || at + 8 > bytes.size())
+        return -1;
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data() + at + 4);
+    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<long long>(p[3]) << 24;
+}
+
+// Writes fail once the track file reaches the limit: the recording stops with a message that
+// says so, and the file holds what fitted with a header that tells its true length.
+TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
+    test::TempDir dir;
+    const std::string side = makeSide(dir, 1, 4);
+    const std::string exports = dir.file("exports");
+    constexpr rlim_t kLimit = 1'000'000; // about 5.7 s of 16-bit stereo at 44.1 kHz
+    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(out, 0);
+    const pid_t child =
+        startRecord({"--virtual-device", "file=" + side + ",speed=40", "--export-dir", exports,
+                     "--split", "off", "--preset", "none", "--max-seconds", "60"},
+                    out, kLimit);
+    close(out);
+    ASSERT_GT(child, 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    const std::string text = readFile(dir.file("output.txt"));
+    ASSERT_TRUE(WIFEXITED(status)) << text;
+    EXPECT_EQ(WEXITSTATUS(status), 1) << text;
+    EXPECT_NE(text.find("could not be written"), std::string::npos) << text;
+    EXPECT_NE(text.find("What was recorded before is kept"), std::string::npos) << text;
+
+    const std::string track = exports + "/WXRTTmpFile.1.wav";
+    const test::SoundInfo info = test::soundInfo(track);
+    ASSERT_GT(info.frames, 0) << text;
+    EXPECT_EQ(info.sampleRate, 44100);
+    EXPECT_LE(44 + 4 * info.frames, static_cast<long long>(kLimit));
+    // At most the last 4096-frame block may be cut short by the limit.
+    EXPECT_GE(44 + 4 * info.frames, static_cast<long long>(kLimit) - 4 * 4096);
+    EXPECT_EQ(headerDataBytes(track), 4 * info.frames);
+    EXPECT_NEAR(test::probeDuration(track), info.seconds(), 0.01);
+}
+
+// Killed mid-track, the process leaves a file whose header covers all it had been fed but the
+// last second. What it had been fed is at least what its live line last showed (rounded to the
+// second, so minus half a second), which is read before the kill.
+TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
+    test::TempDir dir;
+    const std::string side = makeSide(dir, 1, 6);
+    const std::string exports = dir.file("exports");
+    int pipeFds[2];
+    ASSERT_EQ(pipe(pipeFds), 0);
+    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=4",
+                                     "--export-dir", exports, "--split", "off", "--preset", "none"},
+                                    pipeFds[1]);
+    close(pipeFds[1]);
+    ASSERT_GT(child, 0);
+
+    // Off a terminal the live line comes every five seconds: "track 1  00:00:20  L ...".
+    const std::regex live(R"(track 1  (\d\d):(\d\d):(\d\d)  L )");
+    std::string text, line;
+    double shownSeconds = -1;
+    char c;
+    while (shownSeconds < 3 && read(pipeFds[0], &c, 1) == 1) {
+        if (c != '\n') {
+            line += c;
+            continue;
+        }
+        text += line + "\n";
+        std::smatch m;
+        if (std::regex_search(line, m, live))
+            shownSeconds = std::stoi(m[1]) * 3600 + std::stoi(m[2]) * 60 + std::stoi(m[3]);
+        line.clear();
+    }
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    close(pipeFds[0]);
+    ASSERT_GE(shownSeconds, 3) << "no live line before the output ended:\n" << text;
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << text;
+
+    const std::string track = exports + "/WXRTTmpFile.1.wav";
+    const test::SoundInfo info = test::soundInfo(track);
+    ASSERT_GT(info.frames, 0) << "libsndfile cannot read " << track;
+    const double fedAtLeast = shownSeconds - 0.5;
+    EXPECT_GE(info.seconds(), fedAtLeast - 1.0) << text;
+    const double probed = test::probeDuration(track);
+    EXPECT_GE(probed, fedAtLeast - 1.0) << "ffprobe: " << probed;
+}
+
+} // namespace
+} // namespace waxline

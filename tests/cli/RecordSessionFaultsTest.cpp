@@ -1,0 +1,212 @@
+// Faults during a recording made as `waxline-cli record` makes it: the deck vanishing, a stalled
+// writer, an export folder that cannot be made. Each must end cleanly, say why, and keep what was
+// recorded.
+#include "capture/Audio.h"
+#include "cli/RecordSession.h"
+#include "platform/VirtualAudioSystem.h"
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace waxline {
+namespace {
+
+std::string cli() {
+    const char* path = std::getenv("WAXLINE_CLI");
+    return path ? path : "waxline-cli";
+}
+
+// A synthetic side written by the command line tool.
+std::string makeSide(const test::TempDir& dir, int tracks, int seed) {
+    const std::string side = dir.file("side.wav");
+    std::string output;
+    const int status =
+        test::runCommand(cli() + " make-demo-side " + test::shellQuote(side) + " --tracks " +
+                             std::to_string(tracks) + " --seed " + std::to_string(seed),
+                         output);
+    EXPECT_EQ(status, 0) << output;
+    return side;
+}
+
+// Sends this process's standard output and error into a file while it lives.
+class CapturedOutput {
+public:
+    explicit CapturedOutput(std::string file)
+        : path(std::move(file)) {
+        std::fflush(stdout);
+        std::fflush(stderr);
+        savedOut = dup(STDOUT_FILENO);
+        savedErr = dup(STDERR_FILENO);
+        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(fd, STDOUT_FILENO);
+        dup2(fd, STDERR_FILENO);
+        close(fd);
+    }
+    ~CapturedOutput() { restore(); }
+    // Restores the streams and returns what was written meanwhile.
+    std::string text() {
+        restore();
+        std::ifstream in(path);
+        std::stringstream all;
+        all << in.rdbuf();
+        return all.str();
+    }
+
+private:
+    void restore() {
+        if (savedOut < 0)
+            return;
+        std::fflush(stdout);
+        std::fflush(stderr);
+        dup2(savedOut, STDOUT_FILENO);
+        dup2(savedErr, STDERR_FILENO);
+        close(savedOut);
+        close(savedErr);
+        savedOut = savedErr = -1;
+    }
+    std::string path;
+    int savedOut = -1;
+    int savedErr = -1;
+};
+
+long long framesIn(const cli::RecordResult& result) {
+    long long frames = 0;
+    for (const auto& f : result.files) {
+        const test::SoundInfo info = test::soundInfo(f.path);
+        EXPECT_EQ(info.channels, 2) << f.path;
+        EXPECT_GE(info.frames, 0) << f.path << " does not open";
+        frames += std::max(0LL, info.frames);
+    }
+    return frames;
+}
+
+// The deck is pulled out during the second track: the recording ends as if Stop had been
+// pressed, both tracks stay, and nothing the recorder had received is missing from them.
+TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
+    test::TempDir dir;
+    const std::string side = makeSide(dir, 3, 5);
+    cli::RecordOptions options;
+    options.virtualDevice = "file=" + side + ",speed=40";
+    options.exportDir = dir.file("exports");
+    options.showStatus = false;
+    uint64_t capturedAtUnplug = 0;
+    bool unplugged = false;
+    options.onTick = [&](Audio& audio, platform::Platform& platform) {
+        if (!unplugged && audio.numRecordedTracks() == 2 && audio.currentTrackSeconds() > 3) {
+            capturedAtUnplug = audio.recorderCounters().capturedFrames;
+            unplugged = platform::unplugVirtualDeck(platform);
+        }
+    };
+    cli::RecordResult result;
+    CapturedOutput output(dir.file("output.txt"));
+    const int status = cli::recordSide(options, result);
+    const std::string text = output.text();
+
+    ASSERT_TRUE(unplugged) << text;
+    EXPECT_EQ(status, 1) << text;
+    EXPECT_NE(result.endedBy.find("disconnected"), std::string::npos) << result.endedBy;
+    EXPECT_NE(text.find("waxline-cli record: The recording device was disconnected"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(result.countedTracks, 2);
+    ASSERT_EQ(result.files.size(), 2u);
+    EXPECT_TRUE(result.files[0].counted && result.files[1].counted);
+    EXPECT_GT(result.files[0].seconds, 40.0); // the whole first track of 46 s or more
+    EXPECT_GT(result.files[1].seconds, 3.0);
+    const long long written = framesIn(result);
+    EXPECT_GE(written, static_cast<long long>(capturedAtUnplug));
+    EXPECT_EQ(result.droppedBuffers, 0u);
+    EXPECT_EQ(written, static_cast<long long>(result.capturedFrames));
+}
+
+// The writer stalls as on a blocked disk: once the queue is full every further buffer is
+// dropped, counted, and the count is shown on the live line and in the summary. Whatever was not
+// dropped reaches the file.
+TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
+    test::TempDir dir;
+    const std::string side = makeSide(dir, 1, 8);
+    cli::RecordOptions options;
+    // Slow enough that the live line (every five seconds when not on a terminal) appears.
+    options.virtualDevice = "file=" + side + ",speed=10";
+    options.exportDir = dir.file("exports");
+    options.automaticSplit = false;
+    options.preset = "none";
+    options.maxSeconds = 70;
+    bool held = false, released = false;
+    options.onTick = [&](Audio& audio, platform::Platform&) {
+        RecorderEngine* engine = audio.recorderEngine();
+        if (!engine)
+            return;
+        const auto c = engine->counters();
+        if (!held && c.capturedFrames > 2 * 44100) {
+            engine->holdWriter(true);
+            held = true;
+        } else if (held && !released && c.droppedBuffers >= 3) {
+            engine->holdWriter(false);
+            released = true;
+        }
+    };
+    cli::RecordResult result;
+    CapturedOutput output(dir.file("output.txt"));
+    const int status = cli::recordSide(options, result);
+    const std::string text = output.text();
+
+    EXPECT_EQ(status, 0) << text;
+    ASSERT_TRUE(released) << text;
+    EXPECT_EQ(result.endedBy, "time limit");
+    EXPECT_GE(result.droppedBuffers, 3u);
+    ASSERT_EQ(result.files.size(), 1u);
+    EXPECT_EQ(framesIn(result) + static_cast<long long>(result.droppedFrames),
+              static_cast<long long>(result.capturedFrames));
+
+    std::smatch m;
+    const std::regex summary(R"(Recording ended \(time limit\): 1 track, (\d+) dropped buffers)");
+    ASSERT_TRUE(std::regex_search(text, m, summary)) << text;
+    EXPECT_EQ(std::stoull(m[1]), result.droppedBuffers);
+    // Live lines count up to the final figure; at least one comes after the drops began.
+    const std::regex live(R"(track 1  \d\d:\d\d:\d\d  L .* dBFS  R .* dBFS.*  dropped (\d+))");
+    uint64_t shown = 0;
+    for (std::sregex_iterator it(text.begin(), text.end(), live), end; it != end; ++it) {
+        const uint64_t n = std::stoull((*it)[1]);
+        EXPECT_GE(n, shown);
+        shown = n;
+    }
+    EXPECT_GT(shown, 0u) << text;
+    EXPECT_LE(shown, result.droppedBuffers);
+}
+
+// An export folder that cannot exist (its parent is a regular file, which root cannot get past
+// either) is refused at the first track with a clear message; nothing is left behind.
+TEST(RecordSessionFaults, ExportFolderThatCannotBeMadeIsRefused) {
+    test::TempDir dir;
+    const std::string side = makeSide(dir, 1, 2);
+    std::ofstream(dir.file("plain")) << "not a folder\n";
+    cli::RecordOptions options;
+    options.virtualDevice = "file=" + side + ",speed=40";
+    options.exportDir = dir.file("plain/exports");
+    options.showStatus = false;
+    cli::RecordResult result;
+    CapturedOutput output(dir.file("output.txt"));
+    const int status = cli::recordSide(options, result);
+    const std::string text = output.text();
+
+    EXPECT_EQ(status, 1) << text;
+    EXPECT_TRUE(result.files.empty());
+    EXPECT_NE(text.find("There was a problem creating the audio file"), std::string::npos) << text;
+    EXPECT_NE(text.find("waxline-cli record: cannot record into " + options.exportDir),
+              std::string::npos)
+        << text;
+}
+
+} // namespace
+} // namespace waxline
