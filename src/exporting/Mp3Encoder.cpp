@@ -64,8 +64,11 @@ std::string ffmpegProgram() {
 
 EncodeResult runProgram(const std::vector<std::string>& argv) {
     EncodeResult result;
-    for (const auto& word : argv)
-        result.command += (result.command.empty() ? "" : " ") + quotedForLog(word);
+    for (const auto& word : argv) {
+        if (!result.command.empty())
+            result.command += ' ';
+        result.command += quotedForLog(word);
+    }
     if (argv.empty() || argv.front().empty()) {
         result.exitStatus = 127;
         result.errorOutput = "no program to run";
