@@ -16,8 +16,10 @@ public:
     virtual int Stop() = 0;
     virtual bool IsRunning() = 0;
     virtual void SetInputGain(float db) = 0;
-    // Input-to-output latency of the monitor, for reports.
+    // Input-to-output latency of the monitor, for reports: in milliseconds, and in frames of
+    // the input (the thru offset, or in varispeed the distance kept). 0 until it has played.
     virtual double LatencyMilliseconds() { return 0; }
+    virtual double LatencyFrames() { return 0; }
 };
 
 // Makes the host for (input, output), with InputProcCallback installed as its processing

@@ -11,7 +11,8 @@ class PlayThroughLink : public MonitorHost {
 public:
     PlayThroughLink(platform::AudioSystem& system, platform::AudioObjectID input,
                     platform::AudioObjectID output)
-        : host(system, input, output) {
+        : mSystem(system)
+        , host(system, input, output) {
         if (auto* monitor = host.PlayThrough())
             monitor->SetProcessingCallback(InputProcCallback);
     }
@@ -26,8 +27,17 @@ public:
         auto* monitor = host.PlayThrough();
         return monitor ? monitor->LatencyMilliseconds() : 0;
     }
+    double LatencyFrames() override {
+        auto* monitor = host.PlayThrough();
+        if (!monitor)
+            return 0;
+        const auto input = mSystem.device(monitor->GetInputDeviceID(), platform::Direction::Input);
+        const double rate = input ? input->actualSampleRate : 0;
+        return rate > 0 ? monitor->LatencyMilliseconds() * rate / 1000.0 : 0;
+    }
 
 private:
+    platform::AudioSystem& mSystem;
     CAPlayThroughHost host;
 };
 

@@ -1,5 +1,6 @@
 #include "capture/Audio.h"
 #include "capture/KnownUsbDevices.h"
+#include "capture/MonitorHost.h"
 #include "cli/Commands.h"
 #include "platform/Platform.h"
 
@@ -35,8 +36,9 @@ void listDevices(platform::AudioSystem& system, platform::Direction direction) {
     if (devices.empty())
         std::printf("  (none)\n");
     for (const auto& d : devices)
-        std::printf("  %c id %-4u %u ch  %6.0f Hz  '%s'  (%s)\n", d.id == def ? '*' : ' ', d.id,
-                    d.channels, d.actualSampleRate, d.name.c_str(), d.serverName.c_str());
+        std::printf("  %c id %-4u %u ch  %6.0f Hz  buffer %u + safety %u frames  '%s'  (%s)\n",
+                    d.id == def ? '*' : ' ', d.id, d.channels, d.actualSampleRate, d.bufferFrames,
+                    d.safetyOffsetFrames, d.name.c_str(), d.serverName.c_str());
 }
 
 } // namespace
@@ -44,6 +46,9 @@ void listDevices(platform::AudioSystem& system, platform::Direction direction) {
 int devicesCommand(Arguments& args) {
     const std::string spec = args.option("--virtual-device").value_or("");
     const bool latency = args.flag("--latency");
+    const std::string input = args.option("--input").value_or("");
+    if (!input.empty() && !latency)
+        throw UsageError("--input only chooses the input whose monitor latency --latency shows");
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
 
@@ -80,19 +85,49 @@ int devicesCommand(Arguments& args) {
     if (audio.device() && audio.mightBeTurntableOrTape())
         std::printf("The device may be a turntable or a cassette player.\n");
 
-    if (latency) {
-        if (!audio.playThru()) {
-            std::fprintf(stderr, "waxline-cli devices: no monitor to measure (no device "
-                                 "selected)\n");
+    if (!latency)
+        return 0;
+    if (!input.empty()) {
+        platform::AudioObjectID id = platform::kNoDevice;
+        for (const auto& d : platform.audio->devices(platform::Direction::Input))
+            if (std::to_string(d.id) == input || d.serverName == input || d.name == input ||
+                d.description == input)
+                id = d.id;
+        if (id == platform::kNoDevice) {
+            std::fprintf(stderr, "waxline-cli devices: no input named '%s'\n", input.c_str());
             return 1;
         }
-        audio.startPlayThru();
-        QEventLoop loop;
-        QTimer::singleShot(1000, &loop, &QEventLoop::quit);
-        loop.exec();
-        std::printf("Monitor latency: %.1f ms\n", audio.playThru()->LatencyMilliseconds());
-        audio.stopPlayThru();
+        audio.selectInput(id);
     }
+    if (!audio.playThru()) {
+        std::fprintf(stderr, "waxline-cli devices: no monitor to measure: no supported device "
+                             "detected; name an input with --input\n");
+        return 1;
+    }
+    // The offset is fixed when the first output buffer meets the first input; wait for that
+    // (a second at most) and a little more for a varispeed monitor to settle.
+    audio.startPlayThru();
+    MonitorHost& monitor = *audio.playThru();
+    QEventLoop loop;
+    QTimer poll;
+    int waited = 0;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        waited += 50;
+        if ((monitor.LatencyFrames() > 0 && waited >= 300) || waited >= 1000)
+            loop.quit();
+    });
+    poll.start(50);
+    loop.exec();
+    const double frames = monitor.LatencyFrames();
+    const double ms = monitor.LatencyMilliseconds();
+    audio.stopPlayThru();
+    if (frames <= 0) {
+        std::fprintf(stderr, "waxline-cli devices: the monitor did not play; no latency to "
+                             "report\n");
+        return 1;
+    }
+    std::printf("Monitor latency: %.1f ms (%.0f frames) from input %u to output %u\n", ms, frames,
+                audio.inputDeviceID(), audio.outputDeviceID());
     return 0;
 }
 

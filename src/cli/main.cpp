@@ -17,7 +17,8 @@ const Command kCommands[] = {
      "analyse FILE.wav [--preset none|riaa|chrome|brightspin] [--output OUT.wav] [--tracks]"},
     {"make-demo-side", waxline::cli::makeDemoSideCommand,
      "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS]"},
-    {"devices", waxline::cli::devicesCommand, "devices [--virtual-device SPEC] [--latency]"},
+    {"devices", waxline::cli::devicesCommand,
+     "devices [--virtual-device SPEC] [--latency [--input INPUT]]"},
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SPEC] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
      "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR]"},
