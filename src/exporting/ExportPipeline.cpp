@@ -197,6 +197,21 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         }
     };
     std::vector<std::thread> workers;
+    // Stops and joins the encoders however run() is left, a throwing callback included.
+    struct Joiner {
+        std::function<void()> stop;
+        ~Joiner() { stop(); }
+    } joiner{[&] {
+        {
+            std::lock_guard lock(mutex);
+            stopping = true;
+        }
+        changed.notify_all();
+        for (auto& thread : workers) {
+            if (thread.joinable())
+                thread.join();
+        }
+    }};
     if (!legacy) {
         for (unsigned j = 0; j < jobs; ++j)
             workers.emplace_back(worker);
@@ -262,13 +277,7 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         if (onTrackDone)
             onTrackDone(outcome, count());
     }
-    {
-        std::lock_guard lock(mutex);
-        stopping = true;
-    }
-    changed.notify_all();
-    for (auto& thread : workers)
-        thread.join();
+    joiner.stop();
     numbering.finish(static_cast<uint32_t>(std::max(0, count())));
     return outcomes;
 }
