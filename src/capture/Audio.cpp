@@ -1,11 +1,16 @@
 #include "capture/Audio.h"
 
+#include "capture/CAXException.h"
 #include "capture/FilterSwap.h"
 #include "capture/InputChain.h"
 #include "capture/SpscFifo.h"
 #include "capture/UsbEnumeration.h"
 
 #include <QStandardPaths>
+
+#include <unistd.h>
+
+#include <cerrno>
 
 #include <array>
 #include <cmath>
@@ -323,6 +328,47 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
     });
     engine->setEndHandler([this] { mPendingDeviceGone.store(true, std::memory_order_release); });
     return engine;
+}
+
+std::unique_ptr<CAAudioFileRecorder> Audio::newRecorder(const std::string& path) {
+    std::error_code ec;
+    if (!std::filesystem::exists(_outputFolderPathBase, ec) &&
+        !std::filesystem::create_directories(_outputFolderPathBase, ec))
+        std::fprintf(stderr, "Error: Create folder failed %s\n", "WXRTTmp");
+    ::unlink(path.c_str());
+
+    double rate = 0;
+    if (auto in = mPlatform.audio->device(mInputDeviceID, platform::Direction::Input))
+        rate = in->actualSampleRate;
+    else
+        std::fprintf(stderr, "Get sample rate failed (%u)\n",
+                     unsigned(platform::kErrorUnknownDevice));
+    if (rate != 0)
+        mGapDetector->SetSampleRate(static_cast<unsigned>(rate));
+    else
+        mGapDetector->Reset();
+
+    try {
+        auto recorder =
+            std::make_unique<CAAudioFileRecorder>(*mPlatform.audio, mInputDeviceID, 3, 32768);
+        const std::filesystem::path file(path);
+        const std::filesystem::path folder = file.parent_path();
+        if (folder.empty() || !file.has_filename() || !std::filesystem::is_directory(folder, ec))
+            throw CAXException("couldn't find output directory", ENOENT);
+        recorder->SetInputGain(m_gainDb);
+        // Interleaved 32-bit float stereo at the input's rate (0: the device's own format).
+        CABufferQueue::Format format;
+        format.sampleRate = rate;
+        format.channels = 2;
+        recorder->SetFile(folder.string(), file.filename().string(), format);
+        return recorder;
+    } catch (const CAXException& e) {
+        std::fprintf(stderr, "newRecorder Error: %s (%s)\n", e.Operation(),
+                     CAXException::FormatStatus(e.Status()).c_str());
+    } catch (...) {
+        std::fprintf(stderr, "newRecorder An unknown error occurred\n");
+    }
+    return nullptr;
 }
 
 bool Audio::newTrack() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/AudioDeviceList.h"
+#include "capture/CAAudioFileRecorder.h"
 #include "capture/GapDetectorListener.h"
 #include "capture/KnownUsbDevices.h"
 #include "capture/MonitorHost.h"
@@ -69,6 +70,10 @@ public:
     // Makes the recorder engine for the input device with its first file at `path`; null when
     // the file cannot be made.
     std::unique_ptr<RecorderEngine> newRecorderEngine(const std::string& path);
+    // The buffered recorder for the input device, writing float stereo WAV to `path` (an
+    // existing file is replaced), unstarted; null after a failure, which is reported on standard
+    // error. The application records through the engine above and never calls this.
+    std::unique_ptr<CAAudioFileRecorder> newRecorder(const std::string& path);
 
     // --- Beyond the application's selectors: for the command line and tests ---
     const KnownUsbDevice* device() const { return mDevice; }

@@ -5,7 +5,11 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
+#include <sndfile.h>
+
+#include <cmath>
 #include <filesystem>
+#include <fstream>
 
 namespace waxline {
 namespace {
@@ -192,6 +196,61 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(2)));
     // The file rate is the output device's, read second.
     EXPECT_EQ(rig.audio->fileSampleRate(), 48000);
+}
+
+// The buffered recorder: float stereo at the input's rate (not the output's, as track files
+// are), the gain of the moment, a stale file of the same name replaced; a missing folder is
+// reported and yields no recorder.
+TEST(Audio, NewRecorderWritesFloatStereoAtTheInputRate) {
+    test::TempDir dir;
+    Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
+    rig.audio->setExportFolder(dir.file("Exports"));
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    rig.audio->detectAudioDevice();
+    rig.audio->setGainDb(-6);
+    const std::string path = dir.file("Exports") + "/buffered.wav";
+    std::filesystem::create_directories(dir.file("Exports"));
+    std::ofstream(path) << "stale contents that are not a WAV file";
+
+    auto recorder = rig.audio->newRecorder(path);
+    ASSERT_NE(recorder, nullptr);
+    recorder->Start();
+    ASSERT_NE(rig.audioSystem->lastInputHandler, nullptr);
+    constexpr uint32_t kFrames = 1000;
+    std::vector<float> left(kFrames), right(kFrames);
+    for (uint32_t i = 0; i < kFrames; ++i) {
+        left[i] = 0.25f * std::sin(0.05f * static_cast<float>(i));
+        right[i] = -0.125f;
+    }
+    float* channels[2] = {left.data(), right.data()};
+    for (int64_t t = 0; t < 5 * kFrames; t += kFrames)
+        rig.audioSystem->lastInputHandler->onInput(channels, 2, kFrames, t, 0);
+    recorder->Stop();
+    recorder.reset();
+
+    const std::string missing = rig.audio->newRecorder(dir.file("nowhere/x.wav")) ? "" : "null";
+    testing::internal::GetCapturedStdout();
+    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(missing, "null");
+    EXPECT_NE(errors.find("newRecorder Error: couldn't find output directory"), std::string::npos)
+        << errors;
+
+    SF_INFO info{};
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
+    ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
+    EXPECT_EQ(info.samplerate, 44100); // the input's; the output runs at 48000
+    EXPECT_EQ(info.channels, 2);
+    EXPECT_EQ(info.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
+    ASSERT_EQ(info.frames, 5 * kFrames);
+    std::vector<float> frames(2 * info.frames);
+    sf_readf_float(f, frames.data(), info.frames);
+    sf_close(f);
+    const float gain = static_cast<float>(std::pow(10.0, -6.0 / 20.0));
+    for (uint32_t i = 0; i < 5 * kFrames; i += 37) {
+        EXPECT_NEAR(frames[2 * i], left[i % kFrames] * gain, 1e-6f) << i;
+        EXPECT_NEAR(frames[2 * i + 1], -0.125f * gain, 1e-6f) << i;
+    }
 }
 
 } // namespace
