@@ -149,13 +149,16 @@ bool CABufferQueue::CurrentBufferQueued() const {
     return !mBuffers.empty() && mBuffers[static_cast<std::size_t>(mCurrentBuffer)]->mQueued.load();
 }
 
+bool CABufferQueue::AnyBufferQueued() const {
+    return std::any_of(mBuffers.begin(), mBuffers.end(),
+                       [](const auto& b) { return b->mQueued.load(); });
+}
+
 void CABufferQueue::WaitUntilProcessed() {
     CAGuard& guard = sWorkThread->Guard();
     const bool locked = guard.Lock();
     for (;;) {
-        const bool busy = std::any_of(mBuffers.begin(), mBuffers.end(),
-                                      [](const auto& b) { return b->mQueued.load(); });
-        if (!busy) {
+        if (!AnyBufferQueued()) {
             break;
         }
         guard.Notify();

@@ -80,6 +80,8 @@ public:
     uint32_t ErrorCount() const { return mErrorCount.load(); }
     // Whether the buffer the next push would fill still waits for the worker.
     bool CurrentBufferQueued() const;
+    // Whether the worker still holds any buffer of this queue.
+    bool AnyBufferQueued() const;
     static WorkThread* SharedWorkThread() { return sWorkThread; }
 
 protected:

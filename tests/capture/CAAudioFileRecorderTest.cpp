@@ -64,8 +64,9 @@ void Feed(SteppedAudioSystem& system, int64_t from, uint32_t frames) {
     system.inputHandler->onInput(ch, 2, frames, from, 0);
 }
 
+// A delivery may span several buffers, so wait until the worker has handed all of them back.
 void WaitForFreeBuffer(const CAAudioFileRecorder& recorder) {
-    while (recorder.CurrentBufferQueued()) {
+    while (recorder.AnyBufferQueued()) {
         std::this_thread::yield();
     }
 }
