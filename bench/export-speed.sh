@@ -25,7 +25,7 @@ while read -r kind number start _ dots end _; do
     printf '  track %d: %8.1f s\n' "$n" "$(calc "$end - $start")"
 done < <(grep '^track' "$work/layout.txt" | sed 's/\.\./ .. /')
 echo "$n" >"$work/exports/WXRTTmpFile.count"
-echo "  cores: $(nproc)"
+echo "  cores: $(nproc), load average before: $(cut -d' ' -f1-3 /proc/loadavg) (figures need an idle machine)"
 
 
 echo "== Encoding the tracks one after another"

@@ -140,3 +140,35 @@ INSTANTIATE_TEST_SUITE_P(Cases, ExportCommand, testing::ValuesIn(kCases),
 
 } // namespace
 } // namespace waxline
+
+namespace waxline {
+namespace {
+
+// The whole job headless: a synthetic side played by the virtual turntable is recorded, split at
+// its gaps and exported; the run-out groove after the album end is not.
+TEST(DigitizeCommand, RecordsAndExportsASideIntoTheLibrary) {
+    test::TempDir dir;
+    const std::string side = dir.file("side.wav");
+    std::string output;
+    ASSERT_EQ(test::runCommand(shellQuote(cli()) + " make-demo-side " + shellQuote(side) +
+                                   " --tracks 2 --seed 5",
+                               output),
+              0)
+        << output;
+    const int status = test::runCommand(
+        shellQuote(cli()) + " digitize --virtual-device " +
+            shellQuote("usb=08bb:2900,name=USB Audio CODEC ,file=" + side + ",speed=40") +
+            " --export-dir " + shellQuote(dir.file("exports")) + " --library " +
+            shellQuote(dir.file("Music")) + " --artist Deck --album Side --title First",
+        output);
+    ASSERT_EQ(status, 0) << output;
+    EXPECT_EQ(test::filesBelow(dir.file("Music")),
+              (std::vector<std::string>{"Deck/Side/01 First.mp3", "Deck/Side/02 Unknown.mp3"}))
+        << output;
+    const auto tags = test::probeTags(dir.file("Music/Deck/Side/02 Unknown.mp3"));
+    EXPECT_EQ(tags.at("track"), "2");
+    EXPECT_EQ(tags.at("artist"), "Deck");
+}
+
+} // namespace
+} // namespace waxline
