@@ -16,6 +16,9 @@ int exportRecording(const ExportOptions& options) {
     if (tracks < 0) {
         const std::optional<int> counted = countedTracks(folder);
         tracks = counted ? *counted : trackFilesPresent(folder);
+        if (!counted && tracks > 0)
+            std::printf("No track count beside the files in %s: exporting all %d track files\n",
+                        folder.c_str(), tracks);
     }
     if (tracks == 0) {
         std::fprintf(stderr, "No recorded tracks to export in %s\n", folder.c_str());
