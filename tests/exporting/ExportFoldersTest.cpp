@@ -1,0 +1,76 @@
+#include "exporting/ExportFolders.h"
+
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+namespace waxline::exporting {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(ExportFolders, CountFileIsReadOnlyWhenItHoldsACount) {
+    struct Case {
+        const char* content; // nullptr: no file
+        std::optional<int> expected;
+    };
+    const Case cases[] = {{"3\n", 3},
+                          {"0", 0},
+                          {"12 tracks", 12},
+                          {"", std::nullopt},
+                          {"abc", std::nullopt},
+                          {"-1", std::nullopt},
+                          {nullptr, std::nullopt}};
+    for (const auto& c : cases) {
+        test::TempDir dir;
+        if (c.content)
+            std::ofstream(dir.file("WXRTTmpFile.count")) << c.content;
+        EXPECT_EQ(countedTracks(dir.path()), c.expected) << (c.content ? c.content : "(none)");
+    }
+}
+
+TEST(ExportFolders, TrackFilesAreCountedInARowFromOne) {
+    test::TempDir dir;
+    EXPECT_EQ(trackFilesPresent(dir.path()), 0);
+    for (int n : {1, 2, 3, 5})
+        std::ofstream(dir.file("WXRTTmpFile." + std::to_string(n) + ".wav")) << "x";
+    EXPECT_EQ(trackFilesPresent(dir.path()), 3);
+    EXPECT_EQ(trackFileName("/e", 12), "/e/WXRTTmpFile.12.wav");
+    EXPECT_EQ(mp3PathFor("/e/it's.dir/WXRTTmpFile.2.wav"), "/e/it's.dir/WXRTTmpFile.2.mp3");
+}
+
+TEST(ExportFolders, ClearTmpFolderEmptiesButKeepsTheFolder) {
+    test::TempDir dir;
+    const std::string exports = dir.file("Exports");
+    fs::create_directories(exports + "/sub/deeper");
+    std::ofstream(exports + "/WXRTTmpFile.1.wav") << "x";
+    std::ofstream(exports + "/.hidden") << "x";
+    std::ofstream(exports + "/sub/deeper/f") << "x";
+    std::ofstream(dir.file("beside")) << "x";
+    clearTmpFolder(exports);
+    EXPECT_TRUE(fs::is_directory(exports));
+    EXPECT_TRUE(fs::is_empty(exports));
+    EXPECT_TRUE(fs::exists(dir.file("beside")));
+    clearTmpFolder(dir.file("missing")); // nothing to do, no failure
+}
+
+TEST(ExportFolders, EnvironmentOverridesTheStandardLocations) {
+    setenv("WAXLINE_EXPORT_DIR", "/somewhere/exports", 1);
+    setenv("WAXLINE_MUSIC_DIR", "/somewhere/music", 1);
+    EXPECT_EQ(exportFolder(), "/somewhere/exports");
+    EXPECT_EQ(musicFolder(), "/somewhere/music");
+    unsetenv("WAXLINE_EXPORT_DIR");
+    unsetenv("WAXLINE_MUSIC_DIR");
+    const std::string standard = exportFolder();
+    EXPECT_EQ(standard.size() >= 16 ? standard.substr(standard.size() - 16) : standard,
+              "/Waxline/Exports");
+    EXPECT_FALSE(musicFolder().empty());
+}
+
+} // namespace
+} // namespace waxline::exporting
