@@ -12,8 +12,11 @@ namespace waxline {
 
 namespace {
 
-// The header is rewritten at least this often, so a killed process loses at most this much.
+// The header is rewritten at least this often, so a killed process loses at most this much;
+// and after every half second of audio written, which matters when input runs faster than real
+// time (a virtual deck, or the writer catching up after a stall).
 constexpr auto kHeaderInterval = std::chrono::milliseconds(500);
+constexpr double kHeaderAudioSeconds = 0.5;
 constexpr auto kIdleWait = std::chrono::milliseconds(2);
 
 int16_t toPcm16(float x) {
@@ -28,6 +31,8 @@ struct RecorderEngine::TrackFile {
     float gain = 1;
     std::string path;
     std::chrono::steady_clock::time_point headerWritten;
+    sf_count_t framesPerHeader = 0;
+    sf_count_t framesSinceHeader = 0;
 };
 
 RecorderEngine::RecorderEngine(platform::AudioSystem& audioSystem, platform::AudioObjectID input,
@@ -64,6 +69,8 @@ bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float
     file->gain = std::pow(10.0f, gainDb / 20.0f);
     file->path = path;
     file->headerWritten = std::chrono::steady_clock::now();
+    file->framesPerHeader =
+        std::max<sf_count_t>(1, static_cast<sf_count_t>(info.samplerate * kHeaderAudioSeconds));
     if (!files.tryPush(file)) {
         sf_close(sf);
         delete file;
@@ -190,6 +197,7 @@ void RecorderEngine::writerLoop() {
             std::chrono::steady_clock::now() - current->headerWritten >= kHeaderInterval) {
             sf_command(current->sf, SFC_UPDATE_HEADER_NOW, nullptr, 0);
             current->headerWritten = std::chrono::steady_clock::now();
+            current->framesSinceHeader = 0;
         }
         if (!any)
             std::this_thread::sleep_for(kIdleWait);
@@ -210,8 +218,15 @@ void RecorderEngine::writeBlock(const Block& block) {
         pcm[i] = toPcm16(block.samples[i] * current->gain);
     errno = 0;
     const sf_count_t n = sf_writef_short(current->sf, pcm.get(), block.frames);
-    if (n > 0)
+    if (n > 0) {
         writtenFrames.fetch_add(static_cast<uint64_t>(n), std::memory_order_relaxed);
+        current->framesSinceHeader += n;
+        if (current->framesSinceHeader >= current->framesPerHeader) {
+            sf_command(current->sf, SFC_UPDATE_HEADER_NOW, nullptr, 0);
+            current->headerWritten = std::chrono::steady_clock::now();
+            current->framesSinceHeader = 0;
+        }
+    }
     if (n != static_cast<sf_count_t>(block.frames)) {
         const int err = errno;
         std::string reason = sf_strerror(current->sf);
