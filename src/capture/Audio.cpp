@@ -4,6 +4,7 @@
 #include "capture/FilterSwap.h"
 #include "capture/InputChain.h"
 #include "capture/SpscFifo.h"
+#include "capture/TrackFiles.h"
 #include "capture/UsbEnumeration.h"
 
 #include <QStandardPaths>
@@ -64,7 +65,7 @@ Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObjec
     , mPlatform(platform)
     , mMonitorFactory(monitorFactory ? std::move(monitorFactory)
                                      : MonitorFactory(makePlayThroughHost)) {
-    gapDetectorListener = new GapDetectorListener(*this);
+    gapDetectorListener = std::make_unique<GapDetectorListener>(*this);
     mGapDetector = std::make_unique<GapDetector>(*gapDetectorListener, 44100);
     mGapDetector->SetDiagnosticWriter(queueDiagnostic);
     gapDetector.store(mGapDetector.get(), std::memory_order_release);
@@ -77,7 +78,7 @@ Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObjec
     setExportFolder(defaultExportFolder());
 
     // Platform thread: only flag it; the poll rebuilds the list and detects again.
-    mPlatform.audio->onDeviceListChanged(
+    mDeviceListListener = mPlatform.audio->onDeviceListChanged(
         [this] { mPendingDeviceListChange.store(true, std::memory_order_release); });
 
     mPoll.setInterval(kPollInterval);
@@ -86,26 +87,22 @@ Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObjec
 }
 
 Audio::~Audio() {
+    // The platform may outlive this object: its notifications must not reach it any more.
+    mPlatform.audio->removeListener(mDeviceListListener);
     mPoll.stop();
     _recorderEngine.reset();
     _playThru.reset();
     gapDetector.store(nullptr, std::memory_order_release);
     mGapDetector.reset();
-    gapDetectorListener = nullptr;
+    gapDetectorListener.reset();
 }
 
 std::string Audio::defaultExportFolder() {
-    if (const char* env = std::getenv("WAXLINE_EXPORT_DIR"); env && *env)
-        return env;
-    const QStringList paths =
-        QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
-    const std::string base = paths.isEmpty() ? std::string(".") : paths.first().toStdString();
-    return base + "/Waxline/Exports";
+    return waxline::defaultExportFolder();
 }
 
 void Audio::setExportFolder(const std::string& folder) {
     _outputFolderPathBase = folder;
-    _outputFilePathBase = folder + "/WXRTTmpFile";
 }
 
 void Audio::log(const char* format, const char* what) {
@@ -228,7 +225,7 @@ void Audio::stopPlayThru() {
 }
 
 std::string Audio::fileNameForTrack(int track) const {
-    return _outputFilePathBase + "." + std::to_string(track) + ".wav";
+    return trackFilePath(_outputFolderPathBase, track);
 }
 
 // Audio input thread.
@@ -428,7 +425,7 @@ void Audio::stopRecording() {
 }
 
 void Audio::writeTrackCount() {
-    std::ofstream count(_outputFolderPathBase + "/WXRTTmpFile.count", std::ios::trunc);
+    std::ofstream count(trackCountPath(_outputFolderPathBase), std::ios::trunc);
     count << _tracks << '\n';
 }
 

@@ -118,12 +118,13 @@ private:
     uint64_t _startHostTime = 0;
     int _tracks = 0;
     std::string _outputFilePath;
-    GapDetectorListener* gapDetectorListener = nullptr; // deliberately never freed
+    // Declared before the detector, so it outlives it: the detector holds a reference to it.
+    std::unique_ptr<GapDetectorListener> gapDetectorListener;
     std::unique_ptr<Sonra::Audio::Filters::GapDetector> mGapDetector;
+    platform::AudioSystem::ListenerToken mDeviceListListener = -1;
     std::atomic<bool> automaticTrackSplit{false};
     AudioDelegate* mDelegate = nullptr;
     std::string _outputFolderPathBase;
-    std::string _outputFilePathBase;
     double mFileSampleRate = 0;
     RecorderEngine::Counters mLastCounters; // of the last recording, once stopped
 

@@ -1,5 +1,7 @@
 #include "exporting/ExportFolders.h"
 
+#include "capture/TrackFiles.h"
+
 #include <QStandardPaths>
 #include <QString>
 
@@ -26,10 +28,7 @@ std::string firstLocation(QStandardPaths::StandardLocation location) {
 } // namespace
 
 std::string exportFolder() {
-    std::string folder = fromEnvironment("WAXLINE_EXPORT_DIR");
-    if (!folder.empty())
-        return folder;
-    return firstLocation(QStandardPaths::GenericDataLocation) + "/Waxline/Exports";
+    return defaultExportFolder();
 }
 
 std::string musicFolder() {
@@ -45,7 +44,7 @@ std::string musicFolder() {
 }
 
 std::string trackFileName(const std::string& folder, int track) {
-    return folder + "/WXRTTmpFile." + std::to_string(track) + ".wav";
+    return trackFilePath(folder, track);
 }
 
 std::string mp3PathFor(const std::string& wavPath) {
@@ -53,7 +52,7 @@ std::string mp3PathFor(const std::string& wavPath) {
 }
 
 std::optional<int> countedTracks(const std::string& folder) {
-    std::ifstream in(folder + "/WXRTTmpFile.count");
+    std::ifstream in(trackCountPath(folder));
     long count = -1;
     if (!(in >> count) || count < 0 || count > 100000)
         return std::nullopt;

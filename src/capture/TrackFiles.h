@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+// Where a recording's track files lie and how they are named: the one rule that the recorder
+// writes by and the export reads by.
+namespace waxline {
+
+// $WAXLINE_EXPORT_DIR when set, else the first generic data location followed by
+// "/Waxline/Exports". Not created here.
+std::string defaultExportFolder();
+
+// "<folder>/WXRTTmpFile.<track>.wav"; the number is written as it is, 0 and negatives included.
+std::string trackFilePath(const std::string& folder, int track);
+
+// "<folder>/WXRTTmpFile.count": the count of counted tracks, left beside the files.
+std::string trackCountPath(const std::string& folder);
+
+} // namespace waxline
