@@ -287,12 +287,16 @@ bool Audio::recording() const {
     return _recorderEngine && _recorderEngine->isRunning();
 }
 
-std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path) {
+void Audio::makeExportFolder() {
     std::error_code ec;
     if (!std::filesystem::exists(_outputFolderPathBase, ec) &&
         !std::filesystem::create_directories(_outputFolderPathBase, ec))
         std::fprintf(stderr, "Error: Create folder failed %s\n", "WXRTTmp");
+}
 
+// Sets the detector to the input device's rate (or resets it when the rate is unknown) and
+// returns that rate, 0 when it could not be read.
+double Audio::setDetectorToInputRate() {
     double rate = 0;
     if (auto in = mPlatform.audio->device(mInputDeviceID, platform::Direction::Input))
         rate = in->actualSampleRate;
@@ -303,6 +307,12 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
         mGapDetector->SetSampleRate(static_cast<unsigned>(rate));
     else
         mGapDetector->Reset();
+    return rate;
+}
+
+std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path) {
+    makeExportFolder();
+    double rate = setDetectorToInputRate();
     // The file takes the output device's rate when it can be read: required as it stands.
     if (auto out = mPlatform.audio->device(mOutputDeviceID, platform::Direction::Output))
         rate = out->actualSampleRate;
@@ -328,28 +338,16 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
 }
 
 std::unique_ptr<CAAudioFileRecorder> Audio::newRecorder(const std::string& path) {
-    std::error_code ec;
-    if (!std::filesystem::exists(_outputFolderPathBase, ec) &&
-        !std::filesystem::create_directories(_outputFolderPathBase, ec))
-        std::fprintf(stderr, "Error: Create folder failed %s\n", "WXRTTmp");
+    makeExportFolder();
     ::unlink(path.c_str());
-
-    double rate = 0;
-    if (auto in = mPlatform.audio->device(mInputDeviceID, platform::Direction::Input))
-        rate = in->actualSampleRate;
-    else
-        std::fprintf(stderr, "Get sample rate failed (%u)\n",
-                     unsigned(platform::kErrorUnknownDevice));
-    if (rate != 0)
-        mGapDetector->SetSampleRate(static_cast<unsigned>(rate));
-    else
-        mGapDetector->Reset();
+    const double rate = setDetectorToInputRate();
 
     try {
         auto recorder =
             std::make_unique<CAAudioFileRecorder>(*mPlatform.audio, mInputDeviceID, 3, 32768);
         const std::filesystem::path file(path);
         const std::filesystem::path folder = file.parent_path();
+        std::error_code ec;
         if (folder.empty() || !file.has_filename() || !std::filesystem::is_directory(folder, ec))
             throw CAXException("couldn't find output directory", ENOENT);
         recorder->SetInputGain(m_gainDb);

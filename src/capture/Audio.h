@@ -100,6 +100,8 @@ public:
     void processPendingEvents();
 
 private:
+    void makeExportFolder();
+    double setDetectorToInputRate();
     void writeTrackCount();
     void endRecordingWith(const std::string& reason);
     void log(const char* format, const char* what);

@@ -132,14 +132,14 @@ namespace {
 
 using Shared = VirtualAudioSystem::Shared;
 
-class VirtualInputStream : public Stream {
+// Start, stop and closing are the same for both directions: they flip the entry's flags under
+// the shared lock and wake the pacing thread.
+template <class EntryType> class VirtualStream : public Stream {
 public:
-    VirtualInputStream(std::shared_ptr<Shared> shared, std::shared_ptr<InputEntry> entry,
-                       double rate)
+    VirtualStream(std::shared_ptr<Shared> shared, std::shared_ptr<EntryType> entry)
         : shared(std::move(shared))
-        , entry(std::move(entry))
-        , rate(rate) {}
-    ~VirtualInputStream() override {
+        , entry(std::move(entry)) {}
+    ~VirtualStream() override {
         std::lock_guard lock(shared->mutex);
         entry->running = false;
         entry->closed = true;
@@ -164,6 +164,18 @@ public:
         std::lock_guard lock(shared->mutex);
         return entry->running;
     }
+
+protected:
+    std::shared_ptr<Shared> shared;
+    std::shared_ptr<EntryType> entry;
+};
+
+class VirtualInputStream : public VirtualStream<InputEntry> {
+public:
+    VirtualInputStream(std::shared_ptr<Shared> shared, std::shared_ptr<InputEntry> entry,
+                       double rate)
+        : VirtualStream(std::move(shared), std::move(entry))
+        , rate(rate) {}
     StreamFormat format() const override { return {rate, entry->channels}; }
     uint64_t xrunCount() const override {
         std::lock_guard lock(shared->mutex);
@@ -171,46 +183,13 @@ public:
     }
 
 private:
-    std::shared_ptr<Shared> shared;
-    std::shared_ptr<InputEntry> entry;
     double rate;
 };
 
-class VirtualOutputStream : public Stream {
+class VirtualOutputStream : public VirtualStream<OutputEntry> {
 public:
-    VirtualOutputStream(std::shared_ptr<Shared> shared, std::shared_ptr<OutputEntry> entry)
-        : shared(std::move(shared))
-        , entry(std::move(entry)) {}
-    ~VirtualOutputStream() override {
-        std::lock_guard lock(shared->mutex);
-        entry->running = false;
-        entry->closed = true;
-        entry->handler = nullptr;
-        shared->wake.notify_all();
-    }
-    Status start() override {
-        std::lock_guard lock(shared->mutex);
-        if (entry->ended)
-            return kErrorUnknownDevice;
-        entry->running = true;
-        shared->wake.notify_all();
-        return kNoError;
-    }
-    Status stop() override {
-        std::lock_guard lock(shared->mutex);
-        entry->running = false;
-        shared->wake.notify_all();
-        return kNoError;
-    }
-    bool isRunning() const override {
-        std::lock_guard lock(shared->mutex);
-        return entry->running;
-    }
+    using VirtualStream::VirtualStream;
     StreamFormat format() const override { return {entry->rate, entry->channels}; }
-
-private:
-    std::shared_ptr<Shared> shared;
-    std::shared_ptr<OutputEntry> entry;
 };
 
 std::string sndfileError(SNDFILE* file) {
