@@ -8,17 +8,7 @@ namespace waxline::cli {
 
 int digitizeCommand(Arguments& args) {
     ExportOptions exportOptions = exportNamingOptions(args);
-    RecordOptions record;
-    record.virtualDevice = args.option("--virtual-device").value_or("");
-    record.input = args.option("--input").value_or("");
-    record.preset = args.option("--preset").value_or("auto");
-    if (record.preset != "auto" && record.preset != "none" && record.preset != "riaa" &&
-        record.preset != "chrome" && record.preset != "brightspin")
-        throw UsageError("--preset must be auto, none, riaa, chrome or brightspin");
-    record.maxSeconds = args.numberOption("--max-seconds").value_or(0);
-    if (record.maxSeconds < 0)
-        throw UsageError("--max-seconds must not be negative");
-    record.exportDir = args.option("--export-dir").value_or("");
+    const RecordOptions record = recordOptionsFrom(args);
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
 

@@ -3,7 +3,7 @@
 
 namespace waxline::cli {
 
-int recordCommand(Arguments& args) {
+RecordOptions recordOptionsFrom(Arguments& args) {
     RecordOptions options;
     options.virtualDevice = args.option("--virtual-device").value_or("");
     options.input = args.option("--input").value_or("");
@@ -23,6 +23,11 @@ int recordCommand(Arguments& args) {
     if (options.maxSeconds < 0)
         throw UsageError("--max-seconds must not be negative");
     options.exportDir = args.option("--export-dir").value_or("");
+    return options;
+}
+
+int recordCommand(Arguments& args) {
+    const RecordOptions options = recordOptionsFrom(args);
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
     RecordResult result;

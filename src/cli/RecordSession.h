@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/CommandLine.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -34,6 +36,7 @@ struct RecordResult {
         double seconds = 0;
         bool counted = true; // false for the run-out file left after an album end
     };
+
     std::vector<TrackFile> files;
     int countedTracks = 0;
     uint64_t capturedFrames = 0; // every frame the recorder's stream delivered
@@ -41,6 +44,10 @@ struct RecordResult {
     uint64_t droppedFrames = 0;
     std::string endedBy; // "album end", "time limit", "interrupted", or the failure reason
 };
+
+// The recording options of `record` and `digitize`, taken from the command line; throws
+// UsageError for a bad value.
+RecordOptions recordOptionsFrom(Arguments& args);
 
 // Records one side exactly as the application does: detects the device (or takes the named
 // input), starts the monitor, and records through the capture controller until the album end,

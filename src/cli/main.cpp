@@ -27,7 +27,8 @@ const Command kCommands[] = {
      "[--library DIR] [--jobs N]"},
     {"digitize", waxline::cli::digitizeCommand,
      "digitize [--virtual-device SPEC] [--input INPUT] --artist A --album B [--title T]... "
-     "[--preset auto|none|riaa|chrome|brightspin] [--max-seconds N] [--normalise] "
+     "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
+     "[--normalise] "
      "[--export-dir DIR] [--library DIR] [--jobs N]"},
 };
 
