@@ -186,9 +186,13 @@ private:
     }
 
     // One sample through the Q13 biquad with 64-bit accumulators; returns the full output.
+    // Wrapping arithmetic as the machine does it: only a degenerate design (a zero rate) can
+    // overflow, and that must not be undefined behaviour.
     static int64_t filterStep(FilterParams& f, int64_t x) {
-        const int64_t acc = (f.b0 * x + f.b1 * f.x1 + f.b2 * f.x2) - (f.a2 * f.y2 + f.a1 * f.y1);
-        const int64_t y = acc >> kQ13Shift;
+        using U = uint64_t;
+        const U forward = U(f.b0) * U(x) + U(f.b1) * U(f.x1) + U(f.b2) * U(f.x2);
+        const U feedback = U(f.a2) * U(f.y2) + U(f.a1) * U(f.y1);
+        const int64_t y = static_cast<int64_t>(forward - feedback) >> kQ13Shift;
         f.x2 = f.x1;
         f.x1 = x;
         f.y2 = f.y1;
