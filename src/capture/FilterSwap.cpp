@@ -18,7 +18,7 @@ std::atomic<AudioFilter*> inUse{nullptr};
 
 } // namespace
 
-void applyActiveFilter(float* left, float* right, unsigned long frames) {
+ActiveFilter::ActiveFilter() {
     // Announce the pointer, then confirm it is still current: after that the main thread sees
     // the announcement before it could free the object (both sequentially consistent).
     AudioFilter* p = active.load();
@@ -29,7 +29,10 @@ void applyActiveFilter(float* left, float* right, unsigned long frames) {
             break;
         p = again;
     }
-    (*p)(left, right, frames);
+    filter = p;
+}
+
+ActiveFilter::~ActiveFilter() {
     inUse.store(nullptr, std::memory_order_release);
 }
 

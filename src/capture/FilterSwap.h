@@ -8,7 +8,19 @@ namespace waxline {
 // is freed here once the audio thread no longer uses it. Safe while the input callback runs.
 void setFilterType(Sonra::Audio::Filters::AudioFilter::Type type);
 
-// Audio input thread: applies the preset in force. No allocation, no lock.
-void applyActiveFilter(float* left, float* right, unsigned long frames);
+// Audio input thread: the preset in force, held for as long as the object lives; the main thread
+// does not free it meanwhile. No allocation, no lock.
+class ActiveFilter {
+public:
+    ActiveFilter();
+    ~ActiveFilter();
+    ActiveFilter(const ActiveFilter&) = delete;
+    ActiveFilter& operator=(const ActiveFilter&) = delete;
+    Sonra::Audio::Filters::AudioFilter& operator*() const { return *filter; }
+    Sonra::Audio::Filters::AudioFilter* operator->() const { return filter; }
+
+private:
+    Sonra::Audio::Filters::AudioFilter* filter;
+};
 
 } // namespace waxline

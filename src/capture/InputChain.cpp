@@ -2,6 +2,7 @@
 
 #include "capture/FilterSwap.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace waxline {
@@ -63,9 +64,22 @@ void InputProcCallback(AudioBufferList* buffers, uint32_t frames, int64_t /*samp
     raise(ssVUMaxR, q);
     raise(ssVUMax, q);
 
-    applyActiveFilter(left, right, frames);
-    if (auto* detector = gapDetector.load(std::memory_order_acquire))
-        (*detector)(left, right, frames);
+    const ActiveFilter equaliser;
+    auto* detector = gapDetector.load(std::memory_order_acquire);
+    if (!detector) {
+        (*equaliser)(left, right, frames);
+        return;
+    }
+    // The detector takes each equalised frame in the same pass, so its recursion runs alongside
+    // the equaliser's; runs end at the detector's frame boundaries, where a frame is judged.
+    Sonra::Audio::Filters::GapDetector::Feed feed(*detector);
+    for (uint32_t i = 0; i < frames;) {
+        const auto n = static_cast<uint32_t>(std::min<uint64_t>(frames - i, feed.room()));
+        equaliser->process(left + i, right + i, n, [&feed](float l, float r) { feed.add(l, r); });
+        feed.endRun();
+        i += n;
+    }
+    feed.finish();
 }
 
 void ResetVUMax() {

@@ -1,7 +1,5 @@
 #include "filters/AudioFilter.h"
 
-#include "filters/StereoBiQuad.h"
-
 namespace Sonra::Audio::Filters {
 namespace {
 
@@ -47,48 +45,6 @@ void AudioFilter::Set(Type type) {
     default:
         break;
     }
-}
-
-void AudioFilter::operator()(float* left, float* right, unsigned long count) {
-    BiQuad* l0 = slots[0].get();
-    BiQuad* l1 = slots[1].get();
-    BiQuad* r0 = slots[2].get();
-    BiQuad* r1 = slots[3].get();
-
-    // The presets have the same chain on both channels. The channels' recursions are independent
-    // and section 1 only consumes section 0's output of the same sample, so running everything
-    // side by side, sample by sample, gives exactly the block-by-block, section-after-section
-    // result while keeping several recursions in flight.
-    if (l0 && r0 && !l1 && !r1) {
-        StereoBiQuad s0(*l0, *r0);
-        for (unsigned long i = 0; i < count; ++i) {
-            const StereoBiQuad::Pair y = s0.step(StereoBiQuad::Pair{left[i], right[i]});
-            left[i] = y[0];
-            right[i] = y[1];
-        }
-        s0.keepState(*l0, *r0);
-        return;
-    }
-    if (l0 && l1 && r0 && r1) {
-        StereoBiQuad s0(*l0, *r0), s1(*l1, *r1);
-        for (unsigned long i = 0; i < count; ++i) {
-            const StereoBiQuad::Pair y = s1.step(s0.step(StereoBiQuad::Pair{left[i], right[i]}));
-            left[i] = y[0];
-            right[i] = y[1];
-        }
-        s0.keepState(*l0, *r0);
-        s1.keepState(*l1, *r1);
-        return;
-    }
-
-    if (l0)
-        (*l0)(left, count);
-    if (l1)
-        (*l1)(left, count);
-    if (r0)
-        (*r0)(right, count);
-    if (r1)
-        (*r1)(right, count);
 }
 
 } // namespace Sonra::Audio::Filters

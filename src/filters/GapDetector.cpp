@@ -1,5 +1,6 @@
 #include "filters/GapDetector.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -85,8 +86,12 @@ short GapDetector::ApplyFilter(long sample) {
 
 bool GapDetector::operator()(const float* left, const float* right, unsigned long count) {
     Feed feed(*this);
-    for (unsigned long i = 0; i < count; ++i)
-        feed.push(left[i], right[i]);
+    for (unsigned long i = 0; i < count;) {
+        const unsigned long n = std::min<unsigned long>(count - i, feed.room());
+        for (unsigned long end = i + n; i < end; ++i)
+            feed.add(left[i], right[i]);
+        feed.endRun();
+    }
     return feed.finish();
 }
 

@@ -106,8 +106,9 @@ public:
     static void ReduceZones(std::vector<ZoneItem>& zones);
 
     // Feeds stereo samples one at a time with the detector's state held in locals; finish()
-    // writes it back. operator() is a Feed over a whole buffer; a caller that produces samples in
-    // a loop of its own (the input chain) can feed them in the same pass.
+    // writes it back. Samples go in runs of at most room(), each closed by endRun(), so that the
+    // per-sample path has no frame check. operator() is a Feed over a whole buffer; a caller with
+    // a loop of its own (the input chain's equaliser) can feed its samples in the same pass.
     class Feed {
     public:
         explicit Feed(GapDetector& d)
@@ -118,19 +119,32 @@ public:
             , buffer(d.frameBuffer.get())
             , size(static_cast<uint64_t>(d.frameSize)) {}
 
-        void push(float left, float right) {
+        // Samples the current frame still takes (at least one).
+        uint64_t room() const { return size > fill ? size - fill : 1; }
+
+        // Adds one sample; never more than room() before endRun().
+        void add(float left, float right) {
             const int16_t l = wrapTo16(left * kFullScale16);
             const int16_t r = wrapTo16(right * kFullScale16);
             const int64_t mono = (static_cast<int64_t>(l) + r) >> 1;
             const int64_t y = filterStep(f, mono);
             sum += y;
-            buffer[fill] = static_cast<int16_t>(y);
-            if (++fill >= size) {
+            buffer[fill++] = static_cast<int16_t>(y);
+        }
+
+        // Judges the frame when it is full.
+        void endRun() {
+            if (fill >= size) {
                 store();
                 verdict = detector.ProcessFrameBuffer();
                 fill = 0;
                 sum = 0;
             }
+        }
+
+        void push(float left, float right) {
+            add(left, right);
+            endRun();
         }
 
         // The verdict of the last frame finished, false when none finished.
