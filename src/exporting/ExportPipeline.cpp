@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <set>
 #include <thread>
 
 namespace waxline::exporting {
@@ -174,21 +175,40 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         peak = request.recordingPeak ? request.recordingPeak()
                                      : peakOfFiles(request.exportFolder, count());
 
-    // Encoders take the next track as soon as they are free, however long the track before
+    // Encoders take another track as soon as they are free, however long the track before
     // them is still being finished in order; the export thread picks the results up in order.
+    // The longest waiting track goes first, so that no core is left with a long one at the end.
     std::mutex mutex;
     std::condition_variable changed;
     std::map<int, Encoded> encodedTracks;
-    int nextToEncode = 1;
+    std::set<int> started;
     int encodeLimit = 0;
     bool stopping = false;
+    auto nextToEncode = [&] {
+        int best = 0;
+        std::uintmax_t bestSize = 0;
+        for (int track = 1; track <= encodeLimit; ++track) {
+            if (started.count(track))
+                continue;
+            std::error_code ec;
+            const std::uintmax_t size =
+                fs::file_size(trackFileName(request.exportFolder, track), ec);
+            if (best == 0 || (!ec && size > bestSize)) {
+                best = track;
+                bestSize = ec ? 0 : size;
+            }
+        }
+        return best;
+    };
     auto worker = [&] {
         std::unique_lock lock(mutex);
         for (;;) {
-            changed.wait(lock, [&] { return stopping || nextToEncode <= encodeLimit; });
+            changed.wait(
+                lock, [&] { return stopping || static_cast<int>(started.size()) < encodeLimit; });
             if (stopping)
                 return;
-            const int track = nextToEncode++;
+            const int track = nextToEncode();
+            started.insert(track);
             lock.unlock();
             Encoded encoded = encodeTrack(trackFileName(request.exportFolder, track));
             lock.lock();
