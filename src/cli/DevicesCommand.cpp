@@ -44,7 +44,7 @@ void listDevices(platform::AudioSystem& system, platform::Direction direction) {
 } // namespace
 
 int devicesCommand(Arguments& args) {
-    const std::string spec = args.option("--virtual-device").value_or("");
+    const std::string setup = args.option("--virtual-device").value_or("");
     const bool latency = args.flag("--latency");
     const std::string input = args.option("--input").value_or("");
     if (!input.empty() && !latency)
@@ -59,7 +59,7 @@ int devicesCommand(Arguments& args) {
         static char* argv[] = {name, nullptr};
         app = std::make_unique<QCoreApplication>(argc, argv);
     }
-    platform::Platform platform = platform::openPlatform(spec);
+    platform::Platform platform = platform::openPlatform(setup);
 
     std::printf("USB devices:\n");
     const auto usb = platform.usb->devices();

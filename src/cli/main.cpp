@@ -18,15 +18,15 @@ const Command kCommands[] = {
     {"make-demo-side", waxline::cli::makeDemoSideCommand,
      "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS]"},
     {"devices", waxline::cli::devicesCommand,
-     "devices [--virtual-device SPEC] [--latency [--input INPUT]]"},
+     "devices [--virtual-device SETUP] [--latency [--input INPUT]]"},
     {"record", waxline::cli::recordCommand,
-     "record [--virtual-device SPEC] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
+     "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
      "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR]"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
      "[--library DIR] [--jobs N]"},
     {"digitize", waxline::cli::digitizeCommand,
-     "digitize [--virtual-device SPEC] [--input INPUT] --artist A --album B [--title T]... "
+     "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
      "[--export-dir DIR] [--library DIR] [--jobs N]"},

@@ -11,16 +11,16 @@ namespace waxline::platform {
 std::unique_ptr<AudioSystem> openPulseAudio();
 std::unique_ptr<UsbBus> openUdev();
 
-Platform openPlatform(const std::string& virtualSpec) {
-    std::string spec = virtualSpec;
-    if (spec.empty())
+Platform openPlatform(const std::string& virtualSetup) {
+    std::string setup = virtualSetup;
+    if (setup.empty())
         if (const char* env = std::getenv("WAXLINE_VIRTUAL_DEVICE"))
-            spec = env;
+            setup = env;
     Platform platform;
-    if (!spec.empty()) {
-        VirtualSpec parsed;
+    if (!setup.empty()) {
+        VirtualSetup parsed;
         try {
-            parsed = parseVirtualSpec(spec);
+            parsed = parseVirtualSetup(setup);
         } catch (const std::invalid_argument& error) {
             throw std::runtime_error(error.what());
         }

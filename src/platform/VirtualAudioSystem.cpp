@@ -198,24 +198,24 @@ std::string sndfileError(SNDFILE* file) {
 
 } // namespace
 
-VirtualAudioSystem::VirtualAudioSystem(const VirtualSpec& spec)
-    : config(spec)
+VirtualAudioSystem::VirtualAudioSystem(const VirtualSetup& setup)
+    : config(setup)
     , shared(std::make_shared<Shared>()) {
     Shared& s = *shared;
-    s.inputRate = spec.rate;
-    s.channels = spec.channels;
-    s.period = spec.bufferFrames;
-    s.inputClock = spec.clock;
+    s.inputRate = setup.rate;
+    s.channels = setup.channels;
+    s.period = setup.bufferFrames;
+    s.inputClock = setup.clock;
 
-    if (!spec.file.empty()) {
+    if (!setup.file.empty()) {
         SF_INFO info{};
-        s.file = sf_open(spec.file.c_str(), SFM_READ, &info);
+        s.file = sf_open(setup.file.c_str(), SFM_READ, &info);
         if (!s.file)
-            throw std::runtime_error("virtual deck: cannot read \"" + spec.file +
+            throw std::runtime_error("virtual deck: cannot read \"" + setup.file +
                                      "\": " + sndfileError(nullptr));
-        if (spec.rateGiven && spec.rate != info.samplerate) {
+        if (setup.rateGiven && setup.rate != info.samplerate) {
             sf_close(s.file);
-            throw std::runtime_error("virtual deck: rate=" + std::to_string(spec.rate) +
+            throw std::runtime_error("virtual deck: rate=" + std::to_string(setup.rate) +
                                      " contradicts the file's rate of " +
                                      std::to_string(info.samplerate) + " Hz");
         }
@@ -224,33 +224,33 @@ VirtualAudioSystem::VirtualAudioSystem(const VirtualSpec& spec)
         s.fileFrames = info.frames;
         s.interleaved.assign(static_cast<size_t>(s.fileChannels) * s.period, 0.0f);
     }
-    s.outputRate = spec.outRate > 0 ? spec.outRate : s.inputRate;
+    s.outputRate = setup.outRate > 0 ? setup.outRate : s.inputRate;
     s.periodBuffers.assign(s.channels, std::vector<float>(s.period, 0.0f));
     s.silence.assign(s.period, 0.0f);
     s.mix.assign(2 * static_cast<size_t>(s.period), 0.0f);
     s.mixInterleaved.assign(2 * static_cast<size_t>(s.period), 0.0f);
 
-    if (!spec.output.empty()) {
+    if (!setup.output.empty()) {
         SF_INFO info{};
         info.samplerate = static_cast<int>(std::lround(s.outputRate));
         info.channels = 2;
         info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-        s.heard = sf_open(spec.output.c_str(), SFM_WRITE, &info);
+        s.heard = sf_open(setup.output.c_str(), SFM_WRITE, &info);
         if (!s.heard) {
             if (s.file)
                 sf_close(s.file);
-            throw std::runtime_error("virtual output: cannot write \"" + spec.output +
+            throw std::runtime_error("virtual output: cannot write \"" + setup.output +
                                      "\": " + sndfileError(nullptr));
         }
     }
 
     s.deck = s.nextInputId++;
     s.defaultInput = s.deck;
-    for (size_t i = 0; i < spec.extraInputs.size(); ++i)
+    for (size_t i = 0; i < setup.extraInputs.size(); ++i)
         s.extraIds.push_back(s.nextInputId++);
     s.steppedHostBase = hostTime();
 
-    if (!spec.stepped())
+    if (!setup.stepped())
         pacer = std::thread([this] { paceLoop(); });
 }
 
@@ -739,7 +739,7 @@ bool plugVirtualDeck(Platform& platform) {
     if (!audio || !usb)
         return false;
     usb->detachAll();
-    for (const auto& device : audio->spec().usb)
+    for (const auto& device : audio->setup().usb)
         usb->attach(device);
     audio->addInput();
     return true;

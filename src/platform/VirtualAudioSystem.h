@@ -2,7 +2,7 @@
 
 #include "platform/AudioSystem.h"
 #include "platform/Platform.h"
-#include "platform/VirtualSpec.h"
+#include "platform/VirtualSetup.h"
 
 #include <chrono>
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace waxline::platform {
 
-// The virtual turntable and output behind the AudioSystem interface. The deck plays the SPEC's
+// The virtual turntable and output behind the AudioSystem interface. The deck plays the SETUP's
 // file (then silence) on one timeline shared by all its input streams, so every stream sees the
 // same frame at the same sample time; the output consumes at the same pace and can write what it
 // hears to a float WAV whose frame k is what the output heard at its sample time k.
@@ -26,7 +26,7 @@ namespace waxline::platform {
 class VirtualAudioSystem : public AudioSystem {
 public:
     // Throws std::runtime_error when the file cannot be read or the output cannot be written.
-    explicit VirtualAudioSystem(const VirtualSpec& spec);
+    explicit VirtualAudioSystem(const VirtualSetup& setup);
     ~VirtualAudioSystem() override;
     VirtualAudioSystem(const VirtualAudioSystem&) = delete;
     VirtualAudioSystem& operator=(const VirtualAudioSystem&) = delete;
@@ -45,7 +45,7 @@ public:
     void removeListener(ListenerToken token) override;
 
     // --- Test control (any thread, never from inside a callback) ---
-    const VirtualSpec& spec() const { return config; }
+    const VirtualSetup& setup() const { return config; }
     AudioObjectID deckId() const;   // kNoDevice while the deck is removed
     AudioObjectID outputId() const; // kNoDevice while the output is removed
     // Stepped mode only: the deck produces `inputFrames` frames, the output consumes what falls
@@ -80,7 +80,7 @@ private:
     void fireFormatChanged(AudioObjectID id);
     std::vector<DeviceInfo> listLocked(Direction direction) const;
 
-    VirtualSpec config;
+    VirtualSetup config;
     std::shared_ptr<Shared> shared;
     std::thread pacer;
 };

@@ -7,7 +7,7 @@
 
 namespace waxline::platform {
 
-// A USB bus that holds what the test (or the SPEC) attached. Thread-safe.
+// A USB bus that holds what the test (or the SETUP) attached. Thread-safe.
 class VirtualUsbBus : public UsbBus {
 public:
     explicit VirtualUsbBus(std::vector<UsbDevice> attached = {});

@@ -36,7 +36,7 @@ Listed listed(const std::string& text, unsigned id) {
 
 TEST(DevicesCommand, LatencyLiesBetweenOneBufferAndBothDevicesBuffers) {
     const struct {
-        const char* spec;
+        const char* setup;
         const char* extraArgs;
     } cases[] = {
         {"usb=08bb:2900,buffer=128", ""},
@@ -45,10 +45,10 @@ TEST(DevicesCommand, LatencyLiesBetweenOneBufferAndBothDevicesBuffers) {
         {"usb=none,extra=Line In,buffer=256", " --input 'Line In'"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.spec);
+        SCOPED_TRACE(c.setup);
         std::string text;
         const int status = test::runCommand(cli() + " devices --latency --virtual-device " +
-                                                test::shellQuote(c.spec) + c.extraArgs,
+                                                test::shellQuote(c.setup) + c.extraArgs,
                                             text);
         ASSERT_EQ(status, 0) << text;
         const std::regex report(

@@ -274,7 +274,7 @@ TEST(OpenPlatformReal, ExplainsInOneLineWhenNoServerAnswers) {
         ::unsetenv("PULSE_SERVER");
 }
 
-TEST(OpenPlatformReal, GivesPulseAudioAndUdevWithoutASpec) {
+TEST(OpenPlatformReal, GivesPulseAudioAndUdevWithoutASetup) {
     PulseDaemon pulse;
     if (!pulse.running())
         GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();

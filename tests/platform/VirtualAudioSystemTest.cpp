@@ -101,7 +101,7 @@ protected:
     void SetUp() override { writeWav(wav, kRate, 2, kFrames, SF_FORMAT_PCM_16); }
 
     std::unique_ptr<VirtualAudioSystem> make(const std::string& extra) {
-        return std::make_unique<VirtualAudioSystem>(parseVirtualSpec("file=" + wav + "," + extra));
+        return std::make_unique<VirtualAudioSystem>(parseVirtualSetup("file=" + wav + "," + extra));
     }
 };
 
@@ -200,7 +200,7 @@ TEST_F(VirtualAudioSystemTest, MonoFilesFeedEveryChannelAndOverflowSkipsFrames) 
     const std::string mono = dir.file("mono.wav");
     writeWav(mono, 22050, 1, 5000, SF_FORMAT_FLOAT);
     const Frames file = readWav(mono);
-    VirtualAudioSystem audio(parseVirtualSpec("file=" + mono + ",speed=step"));
+    VirtualAudioSystem audio(parseVirtualSetup("file=" + mono + ",speed=step"));
     Recorder rec;
     Status status;
     auto stream = audio.openInput(0, 512, rec, status);
@@ -374,7 +374,7 @@ TEST_F(VirtualAudioSystemTest, StreamsMayOutliveTheSystem) {
 }
 
 TEST(VirtualAudioSystem, StepIsRefusedWhenPaced) {
-    VirtualAudioSystem audio(parseVirtualSpec("speed=5"));
+    VirtualAudioSystem audio(parseVirtualSetup("speed=5"));
     EXPECT_THROW(audio.step(10), std::logic_error);
 }
 

@@ -16,7 +16,7 @@ std::vector<std::pair<int, int>> ids(UsbBus& bus) {
     return result;
 }
 
-TEST(VirtualUsbBus, HoldsTheSpecsDevicesAndFollowsAttachAndDetach) {
+TEST(VirtualUsbBus, HoldsTheSetupsDevicesAndFollowsAttachAndDetach) {
     Platform platform = openPlatform("usb=08bb:2900+0d8c:0131,usb=08bb:2900");
     auto& bus = dynamic_cast<VirtualUsbBus&>(*platform.usb);
     using P = std::vector<std::pair<int, int>>;
@@ -48,7 +48,7 @@ TEST(VirtualUsbBus, UnplugAndPlugTheDeckTogether) {
     EXPECT_EQ(listChanges, 2);
 }
 
-TEST(OpenPlatform, TakesTheEnvironmentWhenNoSpecIsGivenAndReportsBadSpecs) {
+TEST(OpenPlatform, TakesTheEnvironmentWhenNoSetupIsGivenAndReportsBadSetups) {
     ::setenv("WAXLINE_VIRTUAL_DEVICE", "usb=none,name=From the environment", 1);
     Platform fromEnvironment = openPlatform();
     ::unsetenv("WAXLINE_VIRTUAL_DEVICE");

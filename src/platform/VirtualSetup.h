@@ -8,7 +8,7 @@
 
 namespace waxline::platform {
 
-// What the virtual devices look like, parsed from a comma-separated SPEC of key=value items:
+// What the virtual devices look like, parsed from a comma-separated SETUP of key=value items:
 //   usb=VVVV:PPPP[:RRRR]  an attached USB device (hex ids, optional hex release); repeat the key
 //                         or join several with '+'; usb=none for an empty bus
 //   name=TEXT             the virtual deck's input name, kept exactly (trailing blanks matter)
@@ -26,7 +26,7 @@ namespace waxline::platform {
 //   extra=TEXT            one more (silent) input device with that name; repeatable
 // Without usb= the bus holds 08bb:2900 and the deck is named "USB Audio CODEC " (a supported
 // turntable), so a bare "file=side.wav" behaves like the usual deck.
-struct VirtualSpec {
+struct VirtualSetup {
     std::vector<UsbDevice> usb{UsbDevice{0x08bb, 0x2900, 0x0100, "USB Audio CODEC"}};
     std::string name = "USB Audio CODEC ";
     std::string file;
@@ -46,6 +46,6 @@ struct VirtualSpec {
 };
 
 // Throws std::invalid_argument with a one-line message naming the offending item.
-VirtualSpec parseVirtualSpec(const std::string& spec);
+VirtualSetup parseVirtualSetup(const std::string& setup);
 
 } // namespace waxline::platform

@@ -1,24 +1,24 @@
-#include "platform/VirtualSpec.h"
+#include "platform/VirtualSetup.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
 
-using waxline::platform::parseVirtualSpec;
-using waxline::platform::VirtualSpec;
+using waxline::platform::parseVirtualSetup;
+using waxline::platform::VirtualSetup;
 
 namespace {
 
 struct GoodCase {
-    const char* spec;
-    void (*check)(const VirtualSpec&);
+    const char* setup;
+    void (*check)(const VirtualSetup&);
 };
 
-TEST(VirtualSpec, ParsesGoodSpecs) {
+TEST(VirtualSetup, ParsesGoodSetups) {
     const GoodCase cases[] = {
         {"usb=08bb:2900,name=USB Audio CODEC ,file=side.wav,speed=1",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              ASSERT_EQ(s.usb.size(), 1u);
              EXPECT_EQ(s.usb[0].vendorId, 0x08bb);
              EXPECT_EQ(s.usb[0].productId, 0x2900);
@@ -28,7 +28,7 @@ TEST(VirtualSpec, ParsesGoodSpecs) {
              EXPECT_FALSE(s.stepped());
          }},
         {"usb=0D8C:0131+0c76:161f,usb=15e4:0179:0203",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              ASSERT_EQ(s.usb.size(), 3u);
              EXPECT_EQ(s.usb[0].vendorId, 0x0d8c);
              EXPECT_EQ(s.usb[0].productId, 0x0131);
@@ -37,55 +37,55 @@ TEST(VirtualSpec, ParsesGoodSpecs) {
              EXPECT_EQ(s.usb[2].productId, 0x0179);
              EXPECT_EQ(s.usb[2].release, 0x0203);
          }},
-        {"usb=none", [](const VirtualSpec& s) { EXPECT_TRUE(s.usb.empty()); }},
+        {"usb=none", [](const VirtualSetup& s) { EXPECT_TRUE(s.usb.empty()); }},
         {"file=a.wav",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              // Without usb= the deck is a supported turntable.
              ASSERT_EQ(s.usb.size(), 1u);
              EXPECT_EQ(s.usb[0].vendorId, 0x08bb);
              EXPECT_EQ(s.name, "USB Audio CODEC ");
          }},
-        {"speed=step", [](const VirtualSpec& s) { EXPECT_TRUE(s.stepped()); }},
-        {"speed=0", [](const VirtualSpec& s) { EXPECT_TRUE(s.stepped()); }},
-        {"speed=20", [](const VirtualSpec& s) { EXPECT_DOUBLE_EQ(s.speed, 20.0); }},
+        {"speed=step", [](const VirtualSetup& s) { EXPECT_TRUE(s.stepped()); }},
+        {"speed=0", [](const VirtualSetup& s) { EXPECT_TRUE(s.stepped()); }},
+        {"speed=20", [](const VirtualSetup& s) { EXPECT_DOUBLE_EQ(s.speed, 20.0); }},
         {"speed=max",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              EXPECT_TRUE(s.asFastAsPossible);
              EXPECT_FALSE(s.stepped());
          }},
         {"clock=1.001,outrate=48000,output=heard.wav",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              EXPECT_DOUBLE_EQ(s.clock, 1.001);
              EXPECT_DOUBLE_EQ(s.outRate, 48000);
              EXPECT_EQ(s.output, "heard.wav");
          }},
         {"rate=48000,channels=1,buffer=256",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              EXPECT_DOUBLE_EQ(s.rate, 48000);
              EXPECT_EQ(s.channels, 1u);
              EXPECT_EQ(s.bufferFrames, 256u);
          }},
         {"extra=USB Audio CODEC,extra=Built-in Audio,outname=Speakers",
-         [](const VirtualSpec& s) {
+         [](const VirtualSetup& s) {
              ASSERT_EQ(s.extraInputs.size(), 2u);
              EXPECT_EQ(s.extraInputs[0], "USB Audio CODEC");
              EXPECT_EQ(s.extraInputs[1], "Built-in Audio");
              EXPECT_EQ(s.outName, "Speakers");
          }},
-        {"name=", [](const VirtualSpec& s) { EXPECT_EQ(s.name, ""); }},
-        {" speed = 2 ,,", [](const VirtualSpec& s) { EXPECT_DOUBLE_EQ(s.speed, 2.0); }},
+        {"name=", [](const VirtualSetup& s) { EXPECT_EQ(s.name, ""); }},
+        {" speed = 2 ,,", [](const VirtualSetup& s) { EXPECT_DOUBLE_EQ(s.speed, 2.0); }},
         {"name=0123456789012345678901234567890123456789012345678901234567890123456789",
-         [](const VirtualSpec& s) { EXPECT_EQ(s.name.size(), 63u); }},
+         [](const VirtualSetup& s) { EXPECT_EQ(s.name.size(), 63u); }},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.spec);
-        c.check(parseVirtualSpec(c.spec));
+        SCOPED_TRACE(c.setup);
+        c.check(parseVirtualSetup(c.setup));
     }
 }
 
-TEST(VirtualSpec, RejectsBadSpecsWithOneLineNamingTheItem) {
+TEST(VirtualSetup, RejectsBadSetupsWithOneLineNamingTheItem) {
     const struct {
-        const char* spec;
+        const char* setup;
         const char* mentioned;
     } cases[] = {
         {"usb=08bb", "usb=08bb"},
@@ -105,9 +105,9 @@ TEST(VirtualSpec, RejectsBadSpecsWithOneLineNamingTheItem) {
         {"justtext", "justtext"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.spec);
+        SCOPED_TRACE(c.setup);
         try {
-            parseVirtualSpec(c.spec);
+            parseVirtualSetup(c.setup);
             ADD_FAILURE() << "accepted";
         } catch (const std::invalid_argument& error) {
             const std::string message = error.what();

@@ -1,4 +1,4 @@
-#include "platform/VirtualSpec.h"
+#include "platform/VirtualSetup.h"
 
 #include <cerrno>
 #include <cmath>
@@ -71,15 +71,15 @@ UsbDevice parseUsbDevice(const std::string& item, const std::string& text) {
 
 } // namespace
 
-VirtualSpec parseVirtualSpec(const std::string& spec) {
-    VirtualSpec result;
+VirtualSetup parseVirtualSetup(const std::string& setup) {
+    VirtualSetup result;
     bool usbGiven = false;
     size_t pos = 0;
-    while (pos <= spec.size()) {
-        auto comma = spec.find(',', pos);
+    while (pos <= setup.size()) {
+        auto comma = setup.find(',', pos);
         if (comma == std::string::npos)
-            comma = spec.size();
-        const std::string item = spec.substr(pos, comma - pos);
+            comma = setup.size();
+        const std::string item = setup.substr(pos, comma - pos);
         pos = comma + 1;
         if (trimmed(item).empty())
             continue;
