@@ -21,7 +21,7 @@ struct Collected {
 };
 
 DeviceInfo describe(uint32_t index, Direction direction, const char* name, const char* description,
-                    const pa_sample_spec& setup, pa_proplist* properties) {
+                    const pa_sample_spec& format, pa_proplist* properties) {
     DeviceInfo info;
     info.id = index;
     info.direction = direction;
@@ -30,9 +30,9 @@ DeviceInfo describe(uint32_t index, Direction direction, const char* name, const
     info.name = PulseAudioSystem::deviceName(pa_proplist_gets(properties, "alsa.card_name"),
                                              pa_proplist_gets(properties, "device.product.name"),
                                              description);
-    info.channels = setup.channels;
-    info.actualSampleRate = info.nominalSampleRate = setup.rate;
-    info.bufferFrames = pulseFragmentFrames(setup.rate);
+    info.channels = format.channels;
+    info.actualSampleRate = info.nominalSampleRate = format.rate;
+    info.bufferFrames = pulseFragmentFrames(format.rate);
     info.safetyOffsetFrames = 0;
     return info;
 }
@@ -287,12 +287,12 @@ AudioSystem::ListenerToken PulseAudioSystem::onStreamFormatChanged(AudioObjectID
     const auto source = device(input, Direction::Input);
     std::lock_guard lock(listeners->mutex);
     if (source) {
-        pa_sample_spec setup{};
-        setup.format = PA_SAMPLE_FLOAT32LE;
-        setup.rate = static_cast<uint32_t>(source->nominalSampleRate);
-        setup.channels = static_cast<uint8_t>(source->channels);
+        pa_sample_spec format{};
+        format.format = PA_SAMPLE_FLOAT32LE;
+        format.rate = static_cast<uint32_t>(source->nominalSampleRate);
+        format.channels = static_cast<uint8_t>(source->channels);
         // Only rate and channels are compared: they are what a stream's format() reports.
-        listeners->formats.try_emplace(input, setup);
+        listeners->formats.try_emplace(input, format);
     }
     const int token = listeners->nextToken++;
     listeners->byToken[token] = Listener{std::move(notify), true, input};

@@ -145,9 +145,9 @@ public:
 
     Status open(const DeviceInfo& source) {
         PulseLock lock(*connection);
-        const pa_sample_spec setup{PA_SAMPLE_FLOAT32LE, static_cast<uint32_t>(rate),
-                                   static_cast<uint8_t>(channels)};
-        stream = pa_stream_new(connection->context(), "Waxline capture", &setup, nullptr);
+        const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, static_cast<uint32_t>(rate),
+                                    static_cast<uint8_t>(channels)};
+        stream = pa_stream_new(connection->context(), "Waxline capture", &format, nullptr);
         if (!stream) {
             connection->report("create a record stream", pa_context_errno(connection->context()));
             return kErrorOpenFailed;
@@ -223,9 +223,9 @@ public:
 
     Status open(const DeviceInfo& sink) {
         PulseLock lock(*connection);
-        const pa_sample_spec setup{PA_SAMPLE_FLOAT32LE, static_cast<uint32_t>(rate),
-                                   static_cast<uint8_t>(channels)};
-        stream = pa_stream_new(connection->context(), "Waxline monitor", &setup, nullptr);
+        const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, static_cast<uint32_t>(rate),
+                                    static_cast<uint8_t>(channels)};
+        stream = pa_stream_new(connection->context(), "Waxline monitor", &format, nullptr);
         if (!stream) {
             connection->report("create a playback stream", pa_context_errno(connection->context()));
             return kErrorOpenFailed;
