@@ -156,9 +156,16 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         }
     }
 
-    if (preset == "auto")
+    // As the application's wizard: a device that can only be one thing needs no equalisation;
+    // one that might be a turntable or a tape deck would be asked about, and here is taken for
+    // a turntable.
+    if (preset == "auto" && !audio.mightBeTurntableOrTape()) {
+        audio.setNoFilter();
+    } else if (preset == "auto") {
+        std::printf("Taking the device for a turntable; give --preset none or --preset chrome "
+                    "for a cassette deck\n");
         audio.setRIAAFilter();
-    else if (preset == "none")
+    } else if (preset == "none")
         audio.setNoFilter();
     else if (preset == "riaa")
         setFilterType(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
