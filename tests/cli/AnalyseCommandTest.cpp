@@ -17,11 +17,6 @@ using waxline::test::TempDir;
 
 namespace {
 
-std::string cli() {
-    const char* path = std::getenv("WAXLINE_CLI");
-    return path ? path : "waxline-cli";
-}
-
 struct Span {
     double start, end;
 };
@@ -72,9 +67,10 @@ protected:
     static void SetUpTestSuite() {
         dir = new TempDir;
         side = dir->file("side.wav");
-        ASSERT_EQ(
-            runCommand(cli() + " make-demo-side " + side + " --tracks 4 --seed 11", layout, false),
-            0)
+        ASSERT_EQ(runCommand(waxline::test::cliPath() + " make-demo-side " + side +
+                                 " --tracks 4 --seed 11",
+                             layout, false),
+                  0)
             << layout;
     }
     static void TearDownTestSuite() { delete dir; }
@@ -91,7 +87,9 @@ TEST_F(AnalyseDemoSide, FindsEveryGapAndTheEndOfTheSide) {
     for (const char* preset : {"riaa", "none", "chrome"}) {
         SCOPED_TRACE(preset);
         std::string out;
-        ASSERT_EQ(runCommand(cli() + " analyse " + side + " --preset " + preset, out, false), 0);
+        ASSERT_EQ(runCommand(waxline::test::cliPath() + " analyse " + side + " --preset " + preset,
+                             out, false),
+                  0);
         const auto started = eventTimes(out, "silence started");
         // One gap start per gap between tracks, plus the run-out groove.
         ASSERT_EQ(started.size(), gaps.size() + 1) << out;
@@ -105,7 +103,9 @@ TEST_F(AnalyseDemoSide, FindsEveryGapAndTheEndOfTheSide) {
 
 TEST_F(AnalyseDemoSide, ProposesOneTrackPerSongSplitInTheGaps) {
     std::string out;
-    ASSERT_EQ(runCommand(cli() + " analyse " + side + " --preset riaa --tracks", out, false), 0);
+    ASSERT_EQ(runCommand(waxline::test::cliPath() + " analyse " + side + " --preset riaa --tracks",
+                         out, false),
+              0);
     std::regex line(R"(track (\d+)\s+start\s+([0-9.]+) s\s+length\s+([0-9.]+) s)");
     std::vector<double> starts;
     for (std::sregex_iterator it(out.begin(), out.end(), line), end; it != end; ++it)
@@ -120,7 +120,10 @@ TEST_F(AnalyseDemoSide, ProposesOneTrackPerSongSplitInTheGaps) {
 TEST_F(AnalyseDemoSide, OutputIsTheEqualisedStream) {
     const std::string out = dir->file("eq.wav");
     std::string printed;
-    ASSERT_EQ(runCommand(cli() + " analyse " + side + " --preset riaa --output " + out, printed), 0)
+    ASSERT_EQ(
+        runCommand(waxline::test::cliPath() + " analyse " + side + " --preset riaa --output " + out,
+                   printed),
+        0)
         << printed;
     SF_INFO inInfo, outInfo;
     auto input = readInterleaved(side, inInfo);
@@ -158,7 +161,7 @@ TEST(AnalyseCommand, RefusesFilesItCannotUse) {
     };
     for (const auto& [file, message] : cases) {
         std::string out;
-        EXPECT_EQ(runCommand(cli() + " analyse " + file, out), 2) << file;
+        EXPECT_EQ(runCommand(waxline::test::cliPath() + " analyse " + file, out), 2) << file;
         EXPECT_NE(out.find(message), std::string::npos) << out;
         EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1) << "one line: " << out;
     }
@@ -174,7 +177,7 @@ TEST(AnalyseCommand, BadUsageExitsTwoWithTheUsage) {
                            "frobnicate"};
     for (const char* args : cases) {
         std::string out;
-        EXPECT_EQ(runCommand(cli() + " " + args, out), 2) << args;
+        EXPECT_EQ(runCommand(waxline::test::cliPath() + " " + args, out), 2) << args;
         EXPECT_NE(out.find("Usage"), std::string::npos) << args << ": " << out;
     }
 }
@@ -182,14 +185,17 @@ TEST(AnalyseCommand, BadUsageExitsTwoWithTheUsage) {
 TEST(MakeDemoSide, SameSeedSameSideOtherSeedOtherSide) {
     TempDir dir;
     std::string a, b, c;
-    ASSERT_EQ(runCommand(cli() + " make-demo-side " + dir.file("a.wav") + " --seed 5 --tracks 2", a,
-                         false),
+    ASSERT_EQ(runCommand(waxline::test::cliPath() + " make-demo-side " + dir.file("a.wav") +
+                             " --seed 5 --tracks 2",
+                         a, false),
               0);
-    ASSERT_EQ(runCommand(cli() + " make-demo-side " + dir.file("b.wav") + " --seed 5 --tracks 2", b,
-                         false),
+    ASSERT_EQ(runCommand(waxline::test::cliPath() + " make-demo-side " + dir.file("b.wav") +
+                             " --seed 5 --tracks 2",
+                         b, false),
               0);
-    ASSERT_EQ(runCommand(cli() + " make-demo-side " + dir.file("c.wav") + " --seed 6 --tracks 2", c,
-                         false),
+    ASSERT_EQ(runCommand(waxline::test::cliPath() + " make-demo-side " + dir.file("c.wav") +
+                             " --seed 6 --tracks 2",
+                         c, false),
               0);
     std::string cmpSame, cmpOther;
     EXPECT_EQ(runCommand("cmp " + dir.file("a.wav") + " " + dir.file("b.wav"), cmpSame), 0);

@@ -13,11 +13,6 @@
 namespace waxline {
 namespace {
 
-std::string cli() {
-    const char* path = std::getenv("WAXLINE_CLI");
-    return path ? path : "waxline-cli";
-}
-
 struct Listed {
     double rate = 0;
     double buffer = 0;
@@ -47,9 +42,10 @@ TEST(DevicesCommand, LatencyLiesBetweenOneBufferAndBothDevicesBuffers) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.setup);
         std::string text;
-        const int status = test::runCommand(cli() + " devices --latency --virtual-device " +
-                                                test::shellQuote(c.setup) + c.extraArgs,
-                                            text);
+        const int status =
+            test::runCommand(test::cliPath() + " devices --latency --virtual-device " +
+                                 test::shellQuote(c.setup) + c.extraArgs,
+                             text);
         ASSERT_EQ(status, 0) << text;
         const std::regex report(
             R"(Monitor latency: ([\d.]+) ms \((\d+) frames\) from input (\d+) to output (\d+))");
@@ -79,7 +75,7 @@ TEST(DevicesCommand, LatencyWithoutAMonitorIsRefused) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args);
         std::string text;
-        EXPECT_NE(test::runCommand(cli() + c.args, text), 0);
+        EXPECT_NE(test::runCommand(test::cliPath() + c.args, text), 0);
         EXPECT_NE(text.find(c.message), std::string::npos) << text;
     }
 }

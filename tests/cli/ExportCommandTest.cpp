@@ -14,16 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 using test::shellQuote;
 
-// $WAXLINE_CLI, else the one built beside this test in the same build tree.
-std::string cli() {
-    const char* path = std::getenv("WAXLINE_CLI");
-    if (path && *path)
-        return path;
-    std::error_code ec;
-    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
-    return (self.parent_path().parent_path() / "src/cli/waxline-cli").string();
-}
-
 struct CliCase {
     const char* name;
     // Fills the export folder; returns extra arguments and environment for the command.
@@ -54,8 +44,8 @@ TEST_P(ExportCommand, ReportsPerTrackAndExitsWithTheRightStatus) {
         arguments.replace(at, 5, shellQuote(library));
     std::string output;
     const int status =
-        test::runCommand(c.environment + " " + shellQuote(cli()) + " export --export-dir " +
-                             shellQuote(exports) + " " + arguments,
+        test::runCommand(c.environment + " " + shellQuote(test::cliPath()) +
+                             " export --export-dir " + shellQuote(exports) + " " + arguments,
                          output);
     EXPECT_EQ(status, c.expectedStatus) << output;
     for (const auto& piece : c.expectedOutput)
@@ -150,13 +140,13 @@ TEST(DigitizeCommand, RecordsAndExportsASideIntoTheLibrary) {
     test::TempDir dir;
     const std::string side = dir.file("side.wav");
     std::string output;
-    ASSERT_EQ(test::runCommand(shellQuote(cli()) + " make-demo-side " + shellQuote(side) +
+    ASSERT_EQ(test::runCommand(shellQuote(test::cliPath()) + " make-demo-side " + shellQuote(side) +
                                    " --tracks 2 --seed 5",
                                output),
               0)
         << output;
     const int status = test::runCommand(
-        shellQuote(cli()) + " digitize --virtual-device " +
+        shellQuote(test::cliPath()) + " digitize --virtual-device " +
             shellQuote("usb=08bb:2900,name=USB Audio CODEC ,file=" + side + ",speed=40") +
             " --export-dir " + shellQuote(dir.file("exports")) + " --library " +
             shellQuote(dir.file("Music")) + " --artist Deck --album Side --title First",

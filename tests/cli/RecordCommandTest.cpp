@@ -19,26 +19,10 @@
 namespace waxline {
 namespace {
 
-std::string cli() {
-    const char* path = std::getenv("WAXLINE_CLI");
-    return path ? path : "waxline-cli";
-}
-
-std::string makeSide(const test::TempDir& dir, int tracks, int seed) {
-    const std::string side = dir.file("side.wav");
-    std::string output;
-    EXPECT_EQ(test::runCommand(cli() + " make-demo-side " + test::shellQuote(side) + " --tracks " +
-                                   std::to_string(tracks) + " --seed " + std::to_string(seed),
-                               output),
-              0)
-        << output;
-    return side;
-}
-
 // Starts `waxline-cli record ARGS` with its standard output and error into `outFd`; in the
 // child, a file-size limit (0: none) with SIGXFSZ ignored, so writes past it fail with EFBIG.
 pid_t startRecord(const std::vector<std::string>& args, int outFd, rlim_t fileSizeLimit = 0) {
-    const std::string program = cli();
+    const std::string program = test::cliPath();
     std::vector<std::string> all{program, "record"};
     all.insert(all.end(), args.begin(), args.end());
     std::vector<char*> argv;
@@ -82,7 +66,7 @@ long long headerDataBytes(const std::string& path) {
 // says so, and the file holds what fitted with a header that tells its true length.
 TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
     test::TempDir dir;
-    const std::string side = makeSide(dir, 1, 4);
+    const std::string side = test::makeDemoSideFile(dir, 1, 4);
     const std::string exports = dir.file("exports");
     constexpr rlim_t kLimit = 1'000'000; // about 5.7 s of 16-bit stereo at 44.1 kHz
     const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -117,7 +101,7 @@ TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
 // second, so minus half a second), which is read before the kill.
 TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
     test::TempDir dir;
-    const std::string side = makeSide(dir, 1, 6);
+    const std::string side = test::makeDemoSideFile(dir, 1, 6);
     const std::string exports = dir.file("exports");
     int pipeFds[2];
     ASSERT_EQ(pipe(pipeFds), 0);

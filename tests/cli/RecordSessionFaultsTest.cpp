@@ -21,23 +21,6 @@
 namespace waxline {
 namespace {
 
-std::string cli() {
-    const char* path = std::getenv("WAXLINE_CLI");
-    return path ? path : "waxline-cli";
-}
-
-// A synthetic side written by the command line tool.
-std::string makeSide(const test::TempDir& dir, int tracks, int seed) {
-    const std::string side = dir.file("side.wav");
-    std::string output;
-    const int status =
-        test::runCommand(cli() + " make-demo-side " + test::shellQuote(side) + " --tracks " +
-                             std::to_string(tracks) + " --seed " + std::to_string(seed),
-                         output);
-    EXPECT_EQ(status, 0) << output;
-    return side;
-}
-
 // Sends this process's standard output and error into a file while it lives.
 class CapturedOutput {
 public:
@@ -94,7 +77,7 @@ long long framesIn(const cli::RecordResult& result) {
 // pressed, both tracks stay, and nothing the recorder had received is missing from them.
 TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
     test::TempDir dir;
-    const std::string side = makeSide(dir, 3, 5);
+    const std::string side = test::makeDemoSideFile(dir, 3, 5);
     cli::RecordOptions options;
     options.virtualDevice = "file=" + side + ",speed=40";
     options.exportDir = dir.file("exports");
@@ -140,7 +123,7 @@ TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
 // dropped reaches the file.
 TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
     test::TempDir dir;
-    const std::string side = makeSide(dir, 1, 8);
+    const std::string side = test::makeDemoSideFile(dir, 1, 8);
     cli::RecordOptions options;
     // Slow enough that the live line (every five seconds when not on a terminal) appears.
     options.virtualDevice = "file=" + side + ",speed=10";
@@ -195,7 +178,7 @@ TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
 // either) is refused at the first track with a clear message; nothing is left behind.
 TEST(RecordSessionFaults, ExportFolderThatCannotBeMadeIsRefused) {
     test::TempDir dir;
-    const std::string side = makeSide(dir, 1, 2);
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
     std::ofstream(dir.file("plain")) << "not a folder\n";
     cli::RecordOptions options;
     options.virtualDevice = "file=" + side + ",speed=40";

@@ -13,17 +13,6 @@
 
 namespace waxline::test {
 
-std::string shellQuote(const std::string& text) {
-    std::string quoted = "'";
-    for (char c : text) {
-        if (c == '\'')
-            quoted += "'\\''";
-        else
-            quoted += c;
-    }
-    return quoted + "'";
-}
-
 std::map<std::string, std::string> probeTags(const std::string& path) {
     std::string out;
     runCommand("ffprobe -v error -show_entries format_tags -of default=noprint_wrappers=1 " +

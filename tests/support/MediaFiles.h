@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Signals.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -7,9 +9,6 @@
 // Helpers for tests that make and inspect real audio files with the command-line tools the
 // export relies on (ffmpeg, ffprobe) and with libsndfile. Link sndfile when using them.
 namespace waxline::test {
-
-// The text as one single-quoted shell word, safe for any bytes but NUL.
-std::string shellQuote(const std::string& text);
 
 // The format tags of a media file as ffprobe reads them, keys in lower case.
 std::map<std::string, std::string> probeTags(const std::string& path);

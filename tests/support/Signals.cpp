@@ -1,5 +1,7 @@
 #include "support/Signals.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -59,6 +61,36 @@ int runCommand(const std::string& command, std::string& output, bool mergeErrors
         output.append(chunk.data(), n);
     const int status = pclose(pipe);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string shellQuote(const std::string& text) {
+    std::string quoted = "'";
+    for (char c : text) {
+        if (c == '\'')
+            quoted += "'\\''";
+        else
+            quoted += c;
+    }
+    return quoted + "'";
+}
+
+std::string cliPath() {
+    const char* path = std::getenv("WAXLINE_CLI");
+    if (path && *path)
+        return path;
+    std::error_code ec;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ec);
+    return (self.parent_path().parent_path() / "src/cli/waxline-cli").string();
+}
+
+std::string makeDemoSideFile(const TempDir& dir, int tracks, int seed) {
+    const std::string side = dir.file("side.wav");
+    std::string output;
+    const int status = runCommand(cliPath() + " make-demo-side " + shellQuote(side) + " --tracks " +
+                                      std::to_string(tracks) + " --seed " + std::to_string(seed),
+                                  output);
+    EXPECT_EQ(status, 0) << output;
+    return side;
 }
 
 } // namespace waxline::test

@@ -35,4 +35,14 @@ private:
 // it printed on standard output (and standard error when `mergeErrors`).
 int runCommand(const std::string& command, std::string& output, bool mergeErrors = true);
 
+// The text as one single-quoted shell word, safe for any bytes but NUL.
+std::string shellQuote(const std::string& text);
+
+// The waxline-cli under test: $WAXLINE_CLI, else the one built in the same build tree.
+std::string cliPath();
+
+// Writes a synthetic record side with `waxline-cli make-demo-side` as "side.wav" in the folder
+// and returns its path; a failing command fails the test.
+std::string makeDemoSideFile(const TempDir& dir, int tracks, int seed);
+
 } // namespace waxline::test
