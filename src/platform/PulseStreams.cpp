@@ -59,23 +59,7 @@ public:
             pointers[c] = planar.data() + static_cast<size_t>(c) * maxFrames;
     }
 
-    ~PulseStream() override {
-        {
-            std::lock_guard lock(guard->mutex);
-            guard->input = nullptr;
-            guard->output = nullptr;
-        }
-        PulseLock lock(*connection);
-        if (stream) {
-            pa_stream_set_state_callback(stream, nullptr, nullptr);
-            pa_stream_set_read_callback(stream, nullptr, nullptr);
-            pa_stream_set_write_callback(stream, nullptr, nullptr);
-            pa_stream_set_underflow_callback(stream, nullptr, nullptr);
-            pa_stream_set_overflow_callback(stream, nullptr, nullptr);
-            pa_stream_disconnect(stream);
-            pa_stream_unref(stream);
-        }
-    }
+    ~PulseStream() override { close(); }
 
     Status start() override { return cork(false); }
     Status stop() override { return cork(true); }
@@ -87,6 +71,28 @@ public:
     uint64_t xrunCount() const override { return xruns.load(std::memory_order_relaxed); }
 
 protected:
+    // Detaches every callback and disconnects. The callbacks address the derived object, so
+    // each derived destructor calls this first: the main loop must never find a half-destroyed
+    // stream. Idempotent.
+    void close() {
+        {
+            std::lock_guard lock(guard->mutex);
+            guard->input = nullptr;
+            guard->output = nullptr;
+        }
+        PulseLock lock(*connection);
+        if (!stream)
+            return;
+        pa_stream_set_state_callback(stream, nullptr, nullptr);
+        pa_stream_set_read_callback(stream, nullptr, nullptr);
+        pa_stream_set_write_callback(stream, nullptr, nullptr);
+        pa_stream_set_underflow_callback(stream, nullptr, nullptr);
+        pa_stream_set_overflow_callback(stream, nullptr, nullptr);
+        pa_stream_disconnect(stream);
+        pa_stream_unref(stream);
+        stream = nullptr;
+    }
+
     // Main-loop lock held: waits until the stream is ready; reports and fails otherwise.
     bool connected(const char* what) {
         const bool settled = connection->waitFor([this] {
@@ -142,6 +148,7 @@ public:
         , handler(&handler) {
         guard->input = &handler;
     }
+    ~PulseInputStream() override { close(); }
 
     Status open(const DeviceInfo& source) {
         PulseLock lock(*connection);
@@ -220,6 +227,7 @@ public:
         , handler(&handler) {
         guard->output = &handler;
     }
+    ~PulseOutputStream() override { close(); }
 
     Status open(const DeviceInfo& sink) {
         PulseLock lock(*connection);
