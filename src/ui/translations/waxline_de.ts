@@ -1,0 +1,397 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>Localizable</name>
+    <message>
+        <source>IDS_APP_NAME</source>
+        <extracomment>Application name; plain text, no markup</extracomment>
+        <translation>Waxline</translation>
+    </message>
+    <message>
+        <source>IDS_APP_SUMMARY</source>
+        <extracomment>One line for menus and the software centre; plain text, no markup</extracomment>
+        <translation>Schallplatten und Kassetten in MP3-Titel mit Tags verwandeln</translation>
+    </message>
+    <message>
+        <source>IDS_WARNING</source>
+        <extracomment>Title of every warning box; a title: at most about 40 characters</extracomment>
+        <translation>Bitte beachten</translation>
+    </message>
+    <message>
+        <source>IDS_NODEVICE</source>
+        <extracomment>Panel 1's Next found no deck; an alert text, Qt rich text</extracomment>
+        <translation>Waxline findet keinen Plattenspieler und kein Kassettendeck. Ist das USB-Kabel an beiden Enden eingesteckt und das Gerät eingeschaltet? Versuchen Sie sonst einen anderen USB-Anschluss und drücken Sie dann noch einmal &lt;b&gt;Weiter&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_TOOMANYDEVICES</source>
+        <extracomment>Panel 1's Next found several decks; an alert text, Qt rich text</extracomment>
+        <translation>Es ist mehr als ein Gerät angeschlossen. Ziehen Sie alle ab, von denen Sie gerade nicht aufnehmen möchten, bis nur noch eines angeschlossen ist, und drücken Sie dann noch einmal &lt;b&gt;Weiter&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_LIMIT</source>
+        <extracomment>New Track pressed with 40 tracks: the recording stops; an alert text, Qt rich text</extracomment>
+        <translation>Das sind 40 Titel, mehr passen nicht in eine Aufnahme. Waxline hält hier an, damit Sie die Titel benennen und speichern können. Den Rest nehmen Sie danach als weitere Seite auf.</translation>
+    </message>
+    <message>
+        <source>IDS_LASTTRACK</source>
+        <extracomment>New Track pressed with 39 tracks: track 40 starts; an alert text, Qt rich text</extracomment>
+        <translation>Jetzt beginnt Titel 40, der letzte, der in diese Aufnahme passt. Beim nächsten &lt;b&gt;Neuer Titel&lt;/b&gt; endet die Aufnahme.</translation>
+    </message>
+    <message>
+        <source>IDS_ITUNES_ERROR</source>
+        <extracomment>The music folder is missing or cannot be written; OK tries again; an alert text, Qt rich text</extracomment>
+        <translation>Waxline kann nicht in Ihren Musikordner speichern. Prüfen Sie, ob es den Ordner gibt, ob Sie darin schreiben dürfen und ob auf dem Datenträger Platz ist, und drücken Sie dann &lt;b&gt;OK&lt;/b&gt;, um es noch einmal zu versuchen.</translation>
+    </message>
+    <message>
+        <source>IDS_CANCEL_RECORDING</source>
+        <extracomment>Close button: asks before quitting; an alert text, Qt rich text</extracomment>
+        <translation>Waxline beenden? Noch nicht gespeicherte Titel gehen dabei verloren.</translation>
+    </message>
+    <message>
+        <source>IDS_YES</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>IDS_NO</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <source>IDS_CONTINUE</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>IDS_OK</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_TRACK</source>
+        <extracomment>Plain text for a tag and file name; %1 = track number; plain text, no markup</extracomment>
+        <translation>Titel %1</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_ARTIST</source>
+        <extracomment>Plain text for a tag and folder name; plain text, no markup</extracomment>
+        <translation>Unbekannter Interpret</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_ALBUM</source>
+        <extracomment>Plain text for a tag and folder name; plain text, no markup</extracomment>
+        <translation>Unbekanntes Album</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_DEVICE_GONE</source>
+        <extracomment>The deck vanished while recording; an alert text, Qt rich text</extracomment>
+        <translation>Das Gerät wurde getrennt, deshalb endete die Aufnahme. Die bis dahin aufgenommenen Titel bleiben erhalten.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_DISK_FULL</source>
+        <extracomment>%1 = folder; an alert text, Qt rich text</extracomment>
+        <translation>Der Datenträger ist voll, deshalb endete die Aufnahme. Die bis dahin aufgenommenen Titel liegen in %1. Schaffen Sie Platz, bevor Sie weiter aufnehmen.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_FOLDER_GONE</source>
+        <extracomment>%1 = folder; an alert text, Qt rich text</extracomment>
+        <translation>Der Ordner %1 wurde entfernt, deshalb endete die Aufnahme. Starten Sie Waxline neu, um wieder aufzunehmen.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_WRITE_FAILED</source>
+        <extracomment>%1 = file, %2 = reason from the system; an alert text, Qt rich text</extracomment>
+        <translation>Waxline konnte %1 nicht schreiben (%2), deshalb endete die Aufnahme. Was bis dahin aufgenommen war, bleibt erhalten.</translation>
+    </message>
+    <message>
+        <source>IDS_NO_AUDIO_SERVER</source>
+        <extracomment>At start-up; %1 = reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline erreicht das Audiosystem dieses Computers nicht (%1). Prüfen Sie, ob der Ton funktioniert, etwa in den Audio-Einstellungen, und starten Sie Waxline neu.</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_FAILED</source>
+        <extracomment>Listening to the deck failed; Waxline ends after this; %1 = reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline kann das Gerät nicht über Ihre Lautsprecher wiedergeben (%1) und muss sich beenden. Prüfen Sie die Audio-Einstellungen und starten Sie Waxline dann neu.</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_TITLE</source>
+        <extracomment>Start-up found a recording that did not stop cleanly; a title: at most about 40 characters</extracomment>
+        <translation>Unterbrochene Aufnahme gefunden</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline wurde während einer Aufnahme beendet. Erhaltene Titel: %1, Länge %2. Möchten Sie sie benennen und speichern oder verwerfen?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_EXPORT</source>
+        <extracomment>Recover: name and save; a button caption: at most 12 characters</extracomment>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_DISCARD</source>
+        <extracomment>Recover: throw away; a button caption: at most 12 characters</extracomment>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>IDS_FOLDER_BUSY</source>
+        <extracomment>%1 = who holds the export folder; an alert text, Qt rich text</extracomment>
+        <translation>Gerade nimmt ein anderes Waxline-Programm auf oder speichert (%1). Warten Sie, bis es fertig ist, oder beenden Sie es, und versuchen Sie es dann noch einmal.</translation>
+    </message>
+    <message>
+        <source>IDS_INTERNAL_ERROR</source>
+        <extracomment>Title of an alert that should never show; a title: at most about 40 characters</extracomment>
+        <translation>Interner Fehler</translation>
+    </message>
+    <message>
+        <source>IDS_INVALID_PANEL</source>
+        <extracomment>Text of that alert; an alert text, Qt rich text</extracomment>
+        <translation>Wechsel zu einer ungültigen Seite</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NEXT</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_BACK</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Zurück</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_RECORD</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_STOP</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Stopp</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NEWTRACK</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Neuer Titel</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_YES</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NO</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_HELP</source>
+        <extracomment>Accessible name of the round Help button; a button caption: at most 12 characters</extracomment>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_CLOSE</source>
+        <extracomment>Accessible name of the round Close button; a button caption: at most 12 characters</extracomment>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_EXPORT</source>
+        <extracomment>Starts saving the named tracks; a button caption: at most 12 characters</extracomment>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_DONE</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL1_TITLE</source>
+        <extracomment>Panel 1: connect the deck; a title: at most about 40 characters</extracomment>
+        <translation>Plattenspieler oder Tapedeck anschließen</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL1_TEXT</source>
+        <extracomment>What to connect and how; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Stecken Sie das USB-Kabel des Geräts in diesen Computer und schalten Sie das Gerät ein. Legen Sie eine Platte auf oder eine Kassette ein, aber spielen Sie sie noch nicht ab. Mit &lt;b&gt;Weiter&lt;/b&gt; sucht Waxline dann nach dem Gerät.</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTDEVICE_TITLE</source>
+        <extracomment>Panel 11: the deck plays both; a title: at most about 40 characters</extracomment>
+        <translation>Was möchten Sie aufnehmen?</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTDEVICE_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Ihr Gerät spielt Schallplatten und Kassetten. Wählen Sie, was Sie jetzt aufnehmen, damit Waxline den passenden Klang einstellt.</translation>
+    </message>
+    <message>
+        <source>IDS_DEVICE_TURNTABLE</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Schallplatte</translation>
+    </message>
+    <message>
+        <source>IDS_DEVICE_CASSETTE</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Kassette</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTTAPE_TITLE</source>
+        <extracomment>Panel 12; a title: at most about 40 characters</extracomment>
+        <translation>Welche Bandsorte ist es?</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTTAPE_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Sehen Sie auf die Kassette oder ihre Hülle. Auf Chromkassetten steht &lt;b&gt;Chrome&lt;/b&gt;, &lt;b&gt;CrO2&lt;/b&gt; oder &lt;b&gt;Type II&lt;/b&gt;, fast alle anderen sind normale Bänder. Im Zweifel wählen Sie „Normal“.</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_NORMAL</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Normales Band</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_NORMAL_HINT</source>
+        <extracomment>Under the card; a label: at most 24 characters</extracomment>
+        <translation>Typ I, fast alle Bänder</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_CHROME</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Chromband</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_CHROME_HINT</source>
+        <extracomment>Under the card; a label: at most 24 characters</extracomment>
+        <translation>Typ II, Aufschrift CrO2</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL2_TITLE</source>
+        <extracomment>Panel 2: set the level; a title: at most about 40 characters</extracomment>
+        <translation>Aufnahmepegel einstellen</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL2_TEXT</source>
+        <extracomment>How loud is right; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Spielen Sie die lauteste Stelle der Seite ab. Stellen Sie den Regler so, dass die Balken weit ausschlagen, die roten Lampen darüber aber dunkel bleiben: Leuchtet eine, ist es zu laut. Dann zurück zum Anfang und &lt;b&gt;Aufnehmen&lt;/b&gt; drücken.</translation>
+    </message>
+    <message>
+        <source>IDS_GAIN_LABEL</source>
+        <extracomment>Beside the gain slider; a label: at most 24 characters</extracomment>
+        <translation>Pegel</translation>
+    </message>
+    <message>
+        <source>IDS_GAIN_UNIT</source>
+        <extracomment>After the gain read-out; a label: at most 24 characters</extracomment>
+        <translation>dB</translation>
+    </message>
+    <message>
+        <source>IDS_AUTOSPLIT_LABEL</source>
+        <extracomment>Check box: a new track starts at each quiet gap; a label: at most 24 characters</extracomment>
+        <translation>Bei Stille neuer Titel</translation>
+    </message>
+    <message>
+        <source>IDS_METER_LEFT</source>
+        <extracomment>Under the left meter; a label: at most 24 characters</extracomment>
+        <translation>L</translation>
+    </message>
+    <message>
+        <source>IDS_METER_RIGHT</source>
+        <extracomment>Under the right meter; a label: at most 24 characters</extracomment>
+        <translation>R</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_TITLE</source>
+        <extracomment>Panel 3: recording; a title: at most about 40 characters</extracomment>
+        <translation>Aufnahme läuft</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Spielen Sie die Seite jetzt ab. Beim automatischen Trennen beginnt an jeder stillen Stelle ein neuer Titel, sonst drücken Sie bei jedem Stück &lt;b&gt;Neuer Titel&lt;/b&gt;. Am Ende drücken Sie &lt;b&gt;Stopp&lt;/b&gt;; nach einer Minute Stille endet die Aufnahme auch von selbst.</translation>
+    </message>
+    <message>
+        <source>IDS_ELAPSED_LABEL</source>
+        <extracomment>Above the running time of the current track; a label: at most 24 characters</extracomment>
+        <translation>Dieser Titel</translation>
+    </message>
+    <message>
+        <source>IDS_TRACK_LABEL</source>
+        <extracomment>Above the number of the current track; a label: at most 24 characters</extracomment>
+        <translation>Titel Nr.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL4_TITLE</source>
+        <extracomment>Panel 4: one track; a title: at most about 40 characters</extracomment>
+        <translation>Titel benennen</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL4_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Geben Sie Interpret, Album und Titelnamen ein. Daraus werden die Tags der MP3-Datei und die Namen der Ordner, in denen sie landet. Was Sie leer lassen, bekommt einen Platzhalter wie „Unbekannter Interpret“.</translation>
+    </message>
+    <message>
+        <source>IDS_ARTIST_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Interpret</translation>
+    </message>
+    <message>
+        <source>IDS_ALBUM_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Album</translation>
+    </message>
+    <message>
+        <source>IDS_TRACKNAME_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Titelname</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL5_TITLE</source>
+        <extracomment>Panel 5: export running; a title: at most about 40 characters</extracomment>
+        <translation>Titel werden gespeichert</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL5_TEXT</source>
+        <extracomment>Where the tracks go; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Jeder Titel wird zu einer MP3-Datei mit Ihren Angaben als Tags. Sie kommt in Ihren Musikordner, dort in einen Ordner für den Interpreten und darin einen für das Album. Das dauert einige Sekunden pro Titel; danach geht es von selbst weiter.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_TITLE</source>
+        <extracomment>Panel 6: export done; a title: at most about 40 characters</extracomment>
+        <translation>Fertig! Noch eine Seite aufnehmen?</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_TEXT</source>
+        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Ihre Titel liegen jetzt im Musikordner. Wählen Sie &lt;b&gt;Ja&lt;/b&gt;, um die andere Seite oder eine weitere Platte aufzunehmen (bei gleichem Interpreten und Album wird weitergezählt), oder &lt;b&gt;Nein&lt;/b&gt;, um Waxline zu beenden.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL7_TITLE</source>
+        <extracomment>Panel 7: artist, album, tracks 1-10; a title: at most about 40 characters</extracomment>
+        <translation>Titel benennen</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL7_TEXT</source>
+        <extracomment>Above ten fields; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Geben Sie Interpret und Album einmal ein, dann für jeden Titel einen Namen, in der gespielten Reihenfolge.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL8_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Titel 11 bis 20</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL9_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Titel 21 bis 30</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL10_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Titel 31 bis 40</translation>
+    </message>
+    <message>
+        <source>IDS_MORETRACKS_TEXT</source>
+        <extracomment>Panels 8 to 10; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Benennen Sie die nächsten Titel, in der gespielten Reihenfolge.</translation>
+    </message>
+</context>
+</TS>

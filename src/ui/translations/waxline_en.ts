@@ -1,0 +1,397 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en" sourcelanguage="en">
+<context>
+    <name>Localizable</name>
+    <message>
+        <source>IDS_APP_NAME</source>
+        <extracomment>Application name; plain text, no markup</extracomment>
+        <translation>Waxline</translation>
+    </message>
+    <message>
+        <source>IDS_APP_SUMMARY</source>
+        <extracomment>One line for menus and the software centre; plain text, no markup</extracomment>
+        <translation>Turn records and cassettes into tagged MP3 tracks</translation>
+    </message>
+    <message>
+        <source>IDS_WARNING</source>
+        <extracomment>Title of every warning box; a title: at most about 40 characters</extracomment>
+        <translation>Please note</translation>
+    </message>
+    <message>
+        <source>IDS_NODEVICE</source>
+        <extracomment>Panel 1's Next found no deck; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot find a turntable or cassette deck. Check that the USB cable is plugged in at both ends and that the deck is switched on, or try another USB port. Then press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+    </message>
+    <message>
+        <source>IDS_TOOMANYDEVICES</source>
+        <extracomment>Panel 1's Next found several decks; an alert text, Qt rich text</extracomment>
+        <translation>More than one deck is connected. Unplug the ones you do not want to record from, so that only one is left, and press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+    </message>
+    <message>
+        <source>IDS_LIMIT</source>
+        <extracomment>New Track pressed with 40 tracks: the recording stops; an alert text, Qt rich text</extracomment>
+        <translation>That makes 40 tracks, the most one recording can hold. Waxline stops here so that you can name and save them. Record the rest afterwards as another side.</translation>
+    </message>
+    <message>
+        <source>IDS_LASTTRACK</source>
+        <extracomment>New Track pressed with 39 tracks: track 40 starts; an alert text, Qt rich text</extracomment>
+        <translation>Track 40 starts now. It is the last one this recording can hold: the next &lt;b&gt;New Track&lt;/b&gt; stops the recording.</translation>
+    </message>
+    <message>
+        <source>IDS_ITUNES_ERROR</source>
+        <extracomment>The music folder is missing or cannot be written; OK tries again; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot save into your music folder. Check that the folder exists and that you may write to it (and that the disk is not full), then press &lt;b&gt;OK&lt;/b&gt; to try again.</translation>
+    </message>
+    <message>
+        <source>IDS_CANCEL_RECORDING</source>
+        <extracomment>Close button: asks before quitting; an alert text, Qt rich text</extracomment>
+        <translation>Close Waxline? Tracks that are not saved yet will be lost.</translation>
+    </message>
+    <message>
+        <source>IDS_YES</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>Yes</translation>
+    </message>
+    <message>
+        <source>IDS_NO</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>No</translation>
+    </message>
+    <message>
+        <source>IDS_CONTINUE</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>Continue</translation>
+    </message>
+    <message>
+        <source>IDS_OK</source>
+        <extracomment>Alert button; a button caption: at most 12 characters</extracomment>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_TRACK</source>
+        <extracomment>Plain text for a tag and file name; %1 = track number; plain text, no markup</extracomment>
+        <translation>Track %1</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_ARTIST</source>
+        <extracomment>Plain text for a tag and folder name; plain text, no markup</extracomment>
+        <translation>Unknown Artist</translation>
+    </message>
+    <message>
+        <source>IDS_UNKNOWN_ALBUM</source>
+        <extracomment>Plain text for a tag and folder name; plain text, no markup</extracomment>
+        <translation>Unknown Album</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_DEVICE_GONE</source>
+        <extracomment>The deck vanished while recording; an alert text, Qt rich text</extracomment>
+        <translation>The deck was disconnected, so the recording stopped. The tracks recorded up to then are kept.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_DISK_FULL</source>
+        <extracomment>%1 = folder; an alert text, Qt rich text</extracomment>
+        <translation>The disk is full, so the recording stopped. The tracks recorded up to then are kept in %1. Free some space before you record again.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_FOLDER_GONE</source>
+        <extracomment>%1 = folder; an alert text, Qt rich text</extracomment>
+        <translation>The folder %1 was removed, so the recording stopped. Start Waxline again to record.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_WRITE_FAILED</source>
+        <extracomment>%1 = file, %2 = reason from the system; an alert text, Qt rich text</extracomment>
+        <translation>Waxline could not write %1 (%2), so the recording stopped. What was recorded up to then is kept.</translation>
+    </message>
+    <message>
+        <source>IDS_NO_AUDIO_SERVER</source>
+        <extracomment>At start-up; %1 = reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot reach the sound system of this computer (%1). Check that sound works, for instance in the sound settings, and start Waxline again.</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_FAILED</source>
+        <extracomment>Listening to the deck failed; Waxline ends after this; %1 = reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot play the deck through your speakers (%1) and has to close. Check the sound settings, then start Waxline again.</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_TITLE</source>
+        <extracomment>Start-up found a recording that did not stop cleanly; a title: at most about 40 characters</extracomment>
+        <translation>An unfinished recording was found</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline was closed while it was recording. Tracks kept: %1, length %2. Would you like to name and save them, or throw them away?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_EXPORT</source>
+        <extracomment>Recover: name and save; a button caption: at most 12 characters</extracomment>
+        <translation>Save them</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_DISCARD</source>
+        <extracomment>Recover: throw away; a button caption: at most 12 characters</extracomment>
+        <translation>Discard</translation>
+    </message>
+    <message>
+        <source>IDS_FOLDER_BUSY</source>
+        <extracomment>%1 = who holds the export folder; an alert text, Qt rich text</extracomment>
+        <translation>Another run of Waxline is recording or saving right now (%1). Wait until it has finished, or close it, then try again.</translation>
+    </message>
+    <message>
+        <source>IDS_INTERNAL_ERROR</source>
+        <extracomment>Title of an alert that should never show; a title: at most about 40 characters</extracomment>
+        <translation>Internal error</translation>
+    </message>
+    <message>
+        <source>IDS_INVALID_PANEL</source>
+        <extracomment>Text of that alert; an alert text, Qt rich text</extracomment>
+        <translation>Switch to invalid panel</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NEXT</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Next</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_BACK</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Back</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_RECORD</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Record</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_STOP</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Stop</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NEWTRACK</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>New Track</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_YES</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Yes</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_NO</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>No</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_HELP</source>
+        <extracomment>Accessible name of the round Help button; a button caption: at most 12 characters</extracomment>
+        <translation>Help</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_CLOSE</source>
+        <extracomment>Accessible name of the round Close button; a button caption: at most 12 characters</extracomment>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_EXPORT</source>
+        <extracomment>Starts saving the named tracks; a button caption: at most 12 characters</extracomment>
+        <translation>Save</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_DONE</source>
+        <extracomment>a button caption: at most 12 characters</extracomment>
+        <translation>Done</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL1_TITLE</source>
+        <extracomment>Panel 1: connect the deck; a title: at most about 40 characters</extracomment>
+        <translation>Connect your turntable or cassette deck</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL1_TEXT</source>
+        <extracomment>What to connect and how; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Plug the deck's USB cable into this computer and switch the deck on. Put on a record or insert a cassette, but do not play it yet. Then press &lt;b&gt;Next&lt;/b&gt; and Waxline will look for the deck.</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTDEVICE_TITLE</source>
+        <extracomment>Panel 11: the deck plays both; a title: at most about 40 characters</extracomment>
+        <translation>What would you like to record?</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTDEVICE_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Your deck plays both records and cassettes. Choose the one you are about to record, so that Waxline can give it the right sound.</translation>
+    </message>
+    <message>
+        <source>IDS_DEVICE_TURNTABLE</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Vinyl record</translation>
+    </message>
+    <message>
+        <source>IDS_DEVICE_CASSETTE</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Cassette</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTTAPE_TITLE</source>
+        <extracomment>Panel 12; a title: at most about 40 characters</extracomment>
+        <translation>Which kind of tape is it?</translation>
+    </message>
+    <message>
+        <source>IDS_SELECTTAPE_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Look at the cassette or its case. Chrome tapes say &lt;b&gt;Chrome&lt;/b&gt;, &lt;b&gt;CrO2&lt;/b&gt; or &lt;b&gt;Type II&lt;/b&gt;; nearly all others are normal tapes. If you are not sure, choose normal.</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_NORMAL</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Normal tape</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_NORMAL_HINT</source>
+        <extracomment>Under the card; a label: at most 24 characters</extracomment>
+        <translation>Type I, most cassettes</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_CHROME</source>
+        <extracomment>Card caption; a label: at most 24 characters</extracomment>
+        <translation>Chrome tape</translation>
+    </message>
+    <message>
+        <source>IDS_TAPE_CHROME_HINT</source>
+        <extracomment>Under the card; a label: at most 24 characters</extracomment>
+        <translation>Type II, marked CrO2</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL2_TITLE</source>
+        <extracomment>Panel 2: set the level; a title: at most about 40 characters</extracomment>
+        <translation>Set the recording level</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL2_TEXT</source>
+        <extracomment>How loud is right; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Play the loudest part of the side. Move the slider so that the bars climb high while the red lamps above them stay dark; a lit lamp means too loud. Then go back to the start and press &lt;b&gt;Record&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_GAIN_LABEL</source>
+        <extracomment>Beside the gain slider; a label: at most 24 characters</extracomment>
+        <translation>Level</translation>
+    </message>
+    <message>
+        <source>IDS_GAIN_UNIT</source>
+        <extracomment>After the gain read-out; a label: at most 24 characters</extracomment>
+        <translation>dB</translation>
+    </message>
+    <message>
+        <source>IDS_AUTOSPLIT_LABEL</source>
+        <extracomment>Check box: a new track starts at each quiet gap; a label: at most 24 characters</extracomment>
+        <translation>New track at each gap</translation>
+    </message>
+    <message>
+        <source>IDS_METER_LEFT</source>
+        <extracomment>Under the left meter; a label: at most 24 characters</extracomment>
+        <translation>L</translation>
+    </message>
+    <message>
+        <source>IDS_METER_RIGHT</source>
+        <extracomment>Under the right meter; a label: at most 24 characters</extracomment>
+        <translation>R</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_TITLE</source>
+        <extracomment>Panel 3: recording; a title: at most about 40 characters</extracomment>
+        <translation>Recording</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Play the side now. With automatic splitting, each quiet gap starts a new track by itself; otherwise press &lt;b&gt;New Track&lt;/b&gt; as each song begins. Press &lt;b&gt;Stop&lt;/b&gt; at the end; a minute of silence stops the recording too.</translation>
+    </message>
+    <message>
+        <source>IDS_ELAPSED_LABEL</source>
+        <extracomment>Above the running time of the current track; a label: at most 24 characters</extracomment>
+        <translation>This track</translation>
+    </message>
+    <message>
+        <source>IDS_TRACK_LABEL</source>
+        <extracomment>Above the number of the current track; a label: at most 24 characters</extracomment>
+        <translation>Track</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL4_TITLE</source>
+        <extracomment>Panel 4: one track; a title: at most about 40 characters</extracomment>
+        <translation>Name your track</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL4_TEXT</source>
+        <extracomment>a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Type the artist, the album and the title of the track. They become the MP3's tags and name the folders it is filed in. Anything you leave empty gets a stand-in such as “Unknown Artist”.</translation>
+    </message>
+    <message>
+        <source>IDS_ARTIST_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Artist</translation>
+    </message>
+    <message>
+        <source>IDS_ALBUM_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Album</translation>
+    </message>
+    <message>
+        <source>IDS_TRACKNAME_LABEL</source>
+        <extracomment>a label: at most 24 characters</extracomment>
+        <translation>Title</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL5_TITLE</source>
+        <extracomment>Panel 5: export running; a title: at most about 40 characters</extracomment>
+        <translation>Saving your tracks</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL5_TEXT</source>
+        <extracomment>Where the tracks go; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Each track becomes an MP3 with your names as tags. It goes into your music folder, in a folder for the artist and inside that one for the album. This takes a few seconds a track; Waxline moves on by itself.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_TITLE</source>
+        <extracomment>Panel 6: export done; a title: at most about 40 characters</extracomment>
+        <translation>Done! Record another side?</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_TEXT</source>
+        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Your tracks are in your music folder. Choose &lt;b&gt;Yes&lt;/b&gt; to record the other side or another record (with the same artist and album, the track numbers carry on), or &lt;b&gt;No&lt;/b&gt; to close Waxline.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL7_TITLE</source>
+        <extracomment>Panel 7: artist, album, tracks 1-10; a title: at most about 40 characters</extracomment>
+        <translation>Name your tracks</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL7_TEXT</source>
+        <extracomment>Above ten fields; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Type the artist and the album once, then a title for each track in the order you played them.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL8_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Tracks 11 to 20</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL9_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Tracks 21 to 30</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL10_TITLE</source>
+        <extracomment>a title: at most about 40 characters</extracomment>
+        <translation>Tracks 31 to 40</translation>
+    </message>
+    <message>
+        <source>IDS_MORETRACKS_TEXT</source>
+        <extracomment>Panels 8 to 10; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Name the next tracks, in the order you played them.</translation>
+    </message>
+</context>
+</TS>
