@@ -1,6 +1,6 @@
 // The input chain as it runs per captured buffer: peaks, the RIAA preset on both channels and the
 // gap detector, over 4096-frame stereo buffers of music-like signal.
-#include "capture/InputChain.h"
+#include "capture/chain/InputChain.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,11 +1,12 @@
 #include "capture/Audio.h"
 
-#include "capture/CAXException.h"
-#include "capture/FilterSwap.h"
-#include "capture/InputChain.h"
-#include "capture/SpscFifo.h"
-#include "capture/TrackFiles.h"
-#include "capture/UsbEnumeration.h"
+#include "capture/buffered/CAAudioFileRecorder.h"
+#include "capture/buffered/CAXException.h"
+#include "capture/chain/FilterSwap.h"
+#include "capture/chain/InputChain.h"
+#include "capture/devices/UsbEnumeration.h"
+#include "capture/recorder/TrackFiles.h"
+#include "util/SpscFifo.h"
 
 #include <QStandardPaths>
 

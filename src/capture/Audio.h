@@ -1,11 +1,10 @@
 #pragma once
 
-#include "capture/AudioDeviceList.h"
-#include "capture/CAAudioFileRecorder.h"
-#include "capture/GapDetectorListener.h"
-#include "capture/KnownUsbDevices.h"
-#include "capture/MonitorHost.h"
-#include "capture/RecorderEngine.h"
+#include "capture/chain/GapDetectorListener.h"
+#include "capture/devices/AudioDeviceList.h"
+#include "capture/devices/KnownUsbDevices.h"
+#include "capture/monitor/MonitorHost.h"
+#include "capture/recorder/RecorderEngine.h"
 #include "platform/Platform.h"
 
 #include <QObject>
@@ -17,6 +16,10 @@
 #include <string>
 
 namespace waxline {
+
+// The buffered recorder is only a fallback reached through newRecorder; the live path never
+// needs its definition.
+class CAAudioFileRecorder;
 
 // Receives what the capture controller reports; every call arrives on the main thread.
 class AudioDelegate {

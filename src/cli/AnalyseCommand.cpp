@@ -1,4 +1,4 @@
-#include "capture/InputChain.h"
+#include "capture/chain/InputChain.h"
 #include "cli/Commands.h"
 
 #include <sndfile.h>

@@ -1,6 +1,6 @@
 #include "capture/Audio.h"
-#include "capture/KnownUsbDevices.h"
-#include "capture/MonitorHost.h"
+#include "capture/devices/KnownUsbDevices.h"
+#include "capture/monitor/MonitorHost.h"
 #include "cli/Commands.h"
 #include "platform/Platform.h"
 

@@ -1,8 +1,8 @@
 #include "cli/RecordSession.h"
 
 #include "capture/Audio.h"
-#include "capture/FilterSwap.h"
-#include "capture/InputChain.h"
+#include "capture/chain/FilterSwap.h"
+#include "capture/chain/InputChain.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>

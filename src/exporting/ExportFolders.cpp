@@ -1,6 +1,6 @@
 #include "exporting/ExportFolders.h"
 
-#include "capture/TrackFiles.h"
+#include "capture/recorder/TrackFiles.h"
 
 #include <QStandardPaths>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "platform/Platform.h"
 
-#include "platform/VirtualAudioSystem.h"
-#include "platform/VirtualUsbBus.h"
+#include "platform/virtual/VirtualAudioSystem.h"
+#include "platform/virtual/VirtualUsbBus.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -1,6 +1,6 @@
 #include "platform/LibudevUsbBus.h"
 #include "platform/Platform.h"
-#include "platform/PulseAudioSystem.h"
+#include "platform/pulse/PulseAudioSystem.h"
 
 namespace waxline::platform {
 

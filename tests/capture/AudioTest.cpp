@@ -1,4 +1,5 @@
 #include "capture/Audio.h"
+#include "capture/buffered/CAAudioFileRecorder.h"
 #include "support/FakePlatform.h"
 #include "support/Signals.h"
 

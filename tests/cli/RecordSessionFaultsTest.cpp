@@ -3,7 +3,7 @@
 // recorded.
 #include "capture/Audio.h"
 #include "cli/RecordSession.h"
-#include "platform/VirtualAudioSystem.h"
+#include "platform/virtual/VirtualAudioSystem.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 

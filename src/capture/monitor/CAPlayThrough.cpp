@@ -1,0 +1,544 @@
+#include "capture/monitor/CAPlayThrough.h"
+
+#include <samplerate.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace waxline {
+
+namespace {
+
+constexpr const char* kSourcePath = "src/capture/monitor/CAPlayThrough";
+constexpr uint32_t kDefaultBufferFrames = 512;
+constexpr uint32_t kRingBuffers = 20; // the ring holds this many device buffers
+constexpr uint32_t kResamplerOutFrames = 1024;
+// Distance controller: proportional gain per second, integral gain (critically damped), the
+// largest speed change it may apply, and how far the smoothed distance may wander before a
+// straight play-through switches to resampling.
+constexpr double kKp = 0.2;
+constexpr double kKi = kKp * kKp / 4.0;
+constexpr double kMaxCorrection = 0.005;
+constexpr int kReferenceCycles = 32;
+constexpr double kAverageWeight = 1.0 / 32.0;
+// A clock estimate outside this band is taken as a stepped or paused stream, not a real clock.
+constexpr double kPlausibleScalar = 0.01;
+constexpr double kClockWindowSeconds = 2.0;
+
+void PrintError(long status, int line) {
+    std::printf("CAPlayThrough Error: %ld ->  %s:  %d\n", status, kSourcePath, line);
+    std::fflush(stdout);
+}
+
+void ZeroChannels(float* const* channels, uint32_t count, uint32_t first, uint32_t frames) {
+    for (uint32_t c = first; c < count; ++c) {
+        std::memset(channels[c], 0, frames * sizeof(float));
+    }
+}
+
+} // namespace
+
+class CAPlayThrough::InputSide : public platform::InputHandler {
+public:
+    explicit InputSide(CAPlayThrough& owner)
+        : mOwner(owner) {}
+    void onInput(float* const* channels, uint32_t count, uint32_t frames, int64_t sampleTime,
+                 uint64_t hostTime) override {
+        mOwner.InputProc(channels, count, frames, sampleTime, hostTime);
+    }
+    void onOverflow(uint32_t /*lostFrames*/) override {
+        mOwner.mInputOverflows.fetch_add(1, std::memory_order_relaxed);
+    }
+
+private:
+    CAPlayThrough& mOwner;
+};
+
+class CAPlayThrough::OutputSide : public platform::OutputHandler {
+public:
+    explicit OutputSide(CAPlayThrough& owner)
+        : mOwner(owner) {}
+    void onOutput(float* const* channels, uint32_t count, uint32_t frames, int64_t sampleTime,
+                  uint64_t hostTime) override {
+        mOwner.OutputProc(channels, count, frames, sampleTime, hostTime);
+    }
+
+private:
+    CAPlayThrough& mOwner;
+};
+
+CAPlayThrough::CAPlayThrough(platform::AudioSystem& system, platform::AudioObjectID input,
+                             platform::AudioObjectID output)
+    : mSystem(system)
+    , mInputSide(std::make_unique<InputSide>(*this))
+    , mOutputSide(std::make_unique<OutputSide>(*this)) {
+    mInputDevice.mID = input;
+    mOutputDevice.mID = output;
+    if (Init() != platform::kNoError) {
+        std::fprintf(stderr, "CAPlayThrough ERROR: Cannot Init CAPlayThrough\n");
+        std::exit(1);
+    }
+}
+
+CAPlayThrough::~CAPlayThrough() {
+    Cleanup();
+}
+
+platform::Status CAPlayThrough::Init() {
+    using platform::Direction;
+    // Input: the record stream on the input device, delivering one device buffer at a time.
+    platform::AudioObjectID in = mInputDevice.mID;
+    if (in == 0) {
+        in = mSystem.defaultDevice(Direction::Input);
+    }
+    if (!mInputDevice.Init(mSystem, in, true)) {
+        PrintError(platform::kErrorUnknownDevice, __LINE__);
+        return platform::kErrorUnknownDevice;
+    }
+    if (mInputDevice.mBufferSizeFrames == 0) {
+        mInputDevice.SetBufferSize(kDefaultBufferFrames);
+    }
+    const uint32_t bufferFrames = mInputDevice.mBufferSizeFrames;
+    platform::Status status = platform::kNoError;
+    mInputStream = mSystem.openInput(in, bufferFrames, *mInputSide, status);
+    if (!mInputStream || status != platform::kNoError) {
+        PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
+        return status != platform::kNoError ? status : platform::kErrorOpenFailed;
+    }
+
+    // Output device; it is described even when the lookup fails, and the failure returned.
+    platform::AudioObjectID out = mOutputDevice.mID;
+    if (out == 0) {
+        out = mSystem.defaultDevice(Direction::Output);
+    }
+    if (!mOutputDevice.Init(mSystem, out, false)) {
+        PrintError(platform::kErrorUnknownDevice, __LINE__);
+        return platform::kErrorUnknownDevice;
+    }
+    if (mOutputDevice.mBufferSizeFrames == 0) {
+        mOutputDevice.SetBufferSize(kDefaultBufferFrames);
+    }
+
+    // Working format: the channels both devices have, at each device's nominal rate.
+    mChannels =
+        static_cast<int>(std::min(mInputDevice.CountChannels(), mOutputDevice.CountChannels()));
+    mChannels = std::min<int>(mChannels, AudioBufferList::kMaxBuffers);
+    if (mChannels <= 0) {
+        PrintError(platform::kErrorOpenFailed, __LINE__);
+        return platform::kErrorOpenFailed;
+    }
+    const double inRate = mInputDevice.mFormat.sampleRate;
+    const double outRate = mOutputDevice.mFormat.sampleRate;
+    mRatesDiffer = inRate != outRate;
+
+    mInputStorage.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
+    mInputBuffer.mNumberBuffers = static_cast<uint32_t>(mChannels);
+    for (int c = 0; c < mChannels; ++c) {
+        mInputBuffer.mBuffers[c] = {1, bufferFrames * static_cast<uint32_t>(sizeof(float)),
+                                    mInputStorage.data() +
+                                        static_cast<std::size_t>(c) * bufferFrames};
+    }
+    mBuffer = std::make_unique<AudioRingBuffer>();
+    mBuffer->Allocate(mChannels, sizeof(float), bufferFrames * kRingBuffers);
+
+    // The resampler and its buffers, so varispeed never allocates on the output thread.
+    int srcError = 0;
+    mResampler = src_callback_new(&CAPlayThrough::ResamplerInput, SRC_SINC_FASTEST, mChannels,
+                                  &srcError, this);
+    if (mResampler == nullptr) {
+        PrintError(srcError, __LINE__);
+        return platform::kErrorOpenFailed;
+    }
+    mResamplerIn.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
+    mResamplerOut.assign(static_cast<std::size_t>(mChannels) * kResamplerOutFrames, 0.0f);
+    mFetchStorage.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
+    mFetchBuffer.mNumberBuffers = static_cast<uint32_t>(mChannels);
+    for (int c = 0; c < mChannels; ++c) {
+        mFetchBuffer.mBuffers[c] = {
+            1, 0, mFetchStorage.data() + static_cast<std::size_t>(c) * bufferFrames};
+    }
+
+    mOutputStream =
+        mSystem.openOutput(out, platform::StreamFormat{outRate, static_cast<uint32_t>(mChannels)},
+                           mOutputDevice.mBufferSizeFrames, *mOutputSide, status);
+    if (!mOutputStream || status != platform::kNoError) {
+        PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
+        return status != platform::kNoError ? status : platform::kErrorOpenFailed;
+    }
+
+    mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+    ResetTimes();
+    return platform::kNoError;
+}
+
+uint32_t CAPlayThrough::ComputeThruOffset() const {
+    return mInputDevice.mSafetyOffset + mInputDevice.mBufferSizeFrames +
+           mOutputDevice.mSafetyOffset + mOutputDevice.mBufferSizeFrames;
+}
+
+void CAPlayThrough::ResetTimes() {
+    mFirstInputTime = -1.0;
+    mFirstOutputTime = -1.0;
+    mFetchedOnce = false;
+    mResampling = false;
+    mReadFailed = false;
+    mDistanceSamples = 0;
+    mDistanceIntegral = 0;
+    mVarispeed = mRatesDiffer;
+    mSrcRatio = 1.0;
+    mInputClock = ClockEstimate{};
+    mOutputClock = ClockEstimate{};
+    mInputScalar = 1.0;
+    mOutputScalar = 1.0;
+    if (mResampler != nullptr) {
+        src_reset(mResampler);
+    }
+}
+
+platform::Status CAPlayThrough::Start() {
+    if (IsRunning()) {
+        return platform::kNoError;
+    }
+    // Stream state is reset while no callback can run; the first times again after the start,
+    // so buffers delivered before the output runs do not fix the offset.
+    ResetTimes();
+    platform::Status status = mInputStream->start();
+    if (status != platform::kNoError) {
+        PrintError(status, __LINE__);
+        return status;
+    }
+    status = mOutputStream->start();
+    if (status != platform::kNoError) {
+        PrintError(status, __LINE__);
+        mInputStream->stop();
+        return status;
+    }
+    mFirstInputTime = -1.0;
+    mFirstOutputTime = -1.0;
+    return platform::kNoError;
+}
+
+platform::Status CAPlayThrough::Stop() {
+    if (!IsRunning()) {
+        return platform::kNoError;
+    }
+    platform::Status status = mInputStream->stop();
+    if (status != platform::kNoError) {
+        PrintError(status, __LINE__);
+    }
+    platform::Status outStatus = mOutputStream->stop();
+    if (outStatus != platform::kNoError) {
+        PrintError(outStatus, __LINE__);
+        status = outStatus;
+    }
+    mFirstInputTime = -1.0;
+    mFirstOutputTime = -1.0;
+    return status;
+}
+
+bool CAPlayThrough::IsRunning() const {
+    return (mInputStream && mInputStream->isRunning()) ||
+           (mOutputStream && mOutputStream->isRunning());
+}
+
+void CAPlayThrough::SetInputGain(float dB) {
+    mGainFactor.store(std::pow(10.0f, dB / 20.0f), std::memory_order_relaxed);
+}
+
+double CAPlayThrough::LatencyMilliseconds() const {
+    const double rate = mInputDevice.mFormat.sampleRate;
+    if (rate <= 0) {
+        return 0;
+    }
+    const double frames = mVarispeed.load()
+                              ? mLatencyFrames.load() + mOutputDevice.mBufferSizeFrames
+                              : ThruOffsetFrames();
+    return frames / rate * 1000.0;
+}
+
+uint64_t CAPlayThrough::DroppedBufferCount() const {
+    return mInputOverflows.load() + mStoreErrors.load() + mReAlignments.load();
+}
+
+void CAPlayThrough::Cleanup() {
+    Stop();
+    // Destroying the streams waits until no callback runs; only then go the buffers.
+    mInputStream.reset();
+    mOutputStream.reset();
+    if (mResampler != nullptr) {
+        src_delete(mResampler);
+        mResampler = nullptr;
+    }
+    mBuffer.reset();
+    mInputBuffer.mNumberBuffers = 0;
+    mInputStorage.clear();
+}
+
+// ---- input stream's audio thread -------------------------------------------------------------
+
+void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uint32_t frames,
+                              int64_t sampleTime, uint64_t hostTime) {
+    if (mFirstInputTime.load() < 0) {
+        mFirstInputTime = static_cast<double>(sampleTime);
+    }
+    if (!mInputClock.started) {
+        mInputClock = {true, sampleTime, hostTime};
+    } else {
+        const double seconds =
+            static_cast<double>(platform::hostTimeToNanos(hostTime - mInputClock.host0)) * 1e-9;
+        if (seconds >= kClockWindowSeconds) {
+            mInputScalar = static_cast<double>(sampleTime - mInputClock.sample0) / seconds /
+                           mInputDevice.mFormat.sampleRate;
+        }
+    }
+
+    const uint32_t capacity = mInputDevice.mBufferSizeFrames;
+    const uint32_t used = std::min<uint32_t>(channelCount, static_cast<uint32_t>(mChannels));
+    const float gain = mGainFactor.load(std::memory_order_relaxed);
+    const ProcessingCallback callback = mCallback.load();
+    for (uint32_t done = 0; done < frames;) {
+        const uint32_t n = std::min(capacity, frames - done);
+        for (uint32_t c = 0; c < mInputBuffer.mNumberBuffers; ++c) {
+            AudioBuffer& buffer = mInputBuffer.mBuffers[c];
+            if (c < used) {
+                std::memcpy(buffer.mData, channels[c] + done, n * sizeof(float));
+            } else {
+                std::memset(buffer.mData, 0, n * sizeof(float));
+            }
+            buffer.mDataByteSize = n * static_cast<uint32_t>(sizeof(float));
+            // Only the upper side is clamped; negative peaks pass as they are.
+            if (gain != 1.0f) {
+                for (uint32_t i = 0; i < n; ++i) {
+                    buffer.mData[i] = std::min(1.0f, gain * buffer.mData[i]);
+                }
+            }
+        }
+        const int64_t t = sampleTime + done;
+        // Before the store, so what the callback changes is also what is heard.
+        if (callback != nullptr) {
+            callback(&mInputBuffer, n, t);
+        }
+        if (mBuffer->Store(&mInputBuffer, n, t) != AudioRingBuffer::kOK) {
+            mStoreErrors.fetch_add(1, std::memory_order_relaxed);
+        }
+        done += n;
+    }
+}
+
+// ---- output stream's audio thread ------------------------------------------------------------
+
+void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, uint32_t frames,
+                               int64_t sampleTime, uint64_t hostTime) {
+    const double firstInput = mFirstInputTime.load();
+    if (firstInput < 0) {
+        ZeroChannels(channels, channelCount, 0, frames);
+        return;
+    }
+    if (!mOutputClock.started) {
+        mOutputClock = {true, sampleTime, hostTime};
+    } else {
+        const double seconds =
+            static_cast<double>(platform::hostTimeToNanos(hostTime - mOutputClock.host0)) * 1e-9;
+        if (seconds >= kClockWindowSeconds) {
+            mOutputScalar = static_cast<double>(sampleTime - mOutputClock.sample0) / seconds /
+                            mOutputDevice.mFormat.sampleRate;
+        }
+    }
+
+    const double t = static_cast<double>(sampleTime);
+    if (mFirstOutputTime.load() < 0) {
+        mFirstOutputTime = t;
+        mInToOutSampleOffset = t - firstInput + static_cast<double>(ComputeThruOffset());
+        if (mVarispeed.load()) {
+            // Resampling from the start: play once the thru offset of input is buffered.
+            AudioRingBuffer::SampleTime start = 0, end = 0;
+            mBuffer->GetTimeBounds(start, end);
+            mReadPos = start;
+            mResampling = false;
+        }
+        ZeroChannels(channels, channelCount, 0, frames);
+        return;
+    }
+
+    if (mVarispeed.load()) {
+        OutputResampled(channels, channelCount, frames);
+    } else {
+        OutputDirect(channels, channelCount, frames, t);
+    }
+}
+
+void CAPlayThrough::ReAlign(double outputTime) {
+    AudioRingBuffer::SampleTime start = 0, end = 0;
+    mBuffer->GetTimeBounds(start, end);
+    // The next cycle reads the oldest data the ring still holds.
+    mInToOutSampleOffset = outputTime - static_cast<double>(start);
+    mReadPos = start;
+    if (mFetchedOnce) {
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+    }
+    if (!mVarispeed.load()) {
+        mDistanceSamples = 0;
+    }
+}
+
+void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_t frames,
+                                 double t) {
+    const uint32_t used = std::min<uint32_t>(count, static_cast<uint32_t>(mChannels));
+    AudioBufferList out;
+    out.mNumberBuffers = used;
+    for (uint32_t c = 0; c < used; ++c) {
+        out.mBuffers[c] = {1, frames * static_cast<uint32_t>(sizeof(float)), channels[c]};
+    }
+    const auto read = static_cast<int64_t>(t - mInToOutSampleOffset.load());
+    if (mBuffer->Fetch(&out, frames, read) != AudioRingBuffer::kOK) {
+        ZeroChannels(channels, count, 0, frames);
+        ReAlign(t);
+        return;
+    }
+    mFetchedOnce = true;
+    ZeroChannels(channels, count, used, frames);
+
+    // Watch the distance from the write end to the next read: when the two clocks drift apart it
+    // wanders off, and the play-through hands over to the resampler before the ring overruns.
+    AudioRingBuffer::SampleTime start = 0, end = 0;
+    if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
+        return;
+    }
+    const double distance = static_cast<double>(end - (read + frames));
+    if (mDistanceSamples < kReferenceCycles) {
+        ++mDistanceSamples;
+        mDistanceRef += (distance - mDistanceRef) / mDistanceSamples;
+        if (mDistanceSamples == 1) {
+            mDistanceRef = distance;
+        }
+        mDistanceAvg = mDistanceRef;
+        return;
+    }
+    mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
+    const double threshold = std::max(2.0 * mInputDevice.mBufferSizeFrames, 256.0);
+    if (std::abs(mDistanceAvg - mDistanceRef) > threshold) {
+        mReadPos = read + frames;
+        mResampling = false;
+        src_reset(mResampler);
+        mVarispeed = true;
+    }
+}
+
+void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
+    const double inRate = mInputDevice.mFormat.sampleRate;
+    const double outRate = mOutputDevice.mFormat.sampleRate;
+    const double dt = outputFrames / outRate;
+
+    // Feed-forward: the measured clock ratio, when both estimates look like real clocks.
+    const double inScalar = mInputScalar.load();
+    const double outScalar = mOutputScalar.load();
+    double clockRatio = 1.0;
+    if (std::abs(inScalar - 1.0) < kPlausibleScalar &&
+        std::abs(outScalar - 1.0) < kPlausibleScalar) {
+        clockRatio = inScalar / outScalar;
+    }
+    // Feedback: speed the reading up while the distance is above its reference, slow it down
+    // below; the integral term removes what the estimate misses.
+    if (mDistanceSamples < kReferenceCycles) {
+        mSrcRatio = (outRate / inRate) / clockRatio;
+        return;
+    }
+    const double error = mDistanceAvg - mDistanceRef;
+    const double integralLimit = kMaxCorrection * inRate / kKi;
+    mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
+    const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,
+                                         -kMaxCorrection, kMaxCorrection);
+    mSrcRatio = (outRate / inRate) / (clockRatio * (1.0 + correction));
+}
+
+long CAPlayThrough::ResamplerInput(void* self, float** data) {
+    auto& m = *static_cast<CAPlayThrough*>(self);
+    const uint32_t chunk = m.mInputDevice.mBufferSizeFrames;
+    const auto channels = static_cast<uint32_t>(m.mChannels);
+    for (uint32_t c = 0; c < channels; ++c) {
+        m.mFetchBuffer.mBuffers[c].mDataByteSize = chunk * static_cast<uint32_t>(sizeof(float));
+    }
+    if (m.mReadFailed || m.mBuffer->Fetch(&m.mFetchBuffer, chunk, m.mReadPos) != 0) {
+        m.mReadFailed = true;
+        std::fill(m.mResamplerIn.begin(), m.mResamplerIn.end(), 0.0f);
+    } else {
+        for (uint32_t c = 0; c < channels; ++c) {
+            const float* src = m.mFetchBuffer.mBuffers[c].mData;
+            for (uint32_t i = 0; i < chunk; ++i) {
+                m.mResamplerIn[i * channels + c] = src[i];
+            }
+        }
+        m.mReadPos += chunk;
+    }
+    *data = m.mResamplerIn.data();
+    return static_cast<long>(chunk);
+}
+
+void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint32_t frames) {
+    AudioRingBuffer::SampleTime start = 0, end = 0;
+    if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
+        ZeroChannels(channels, count, 0, frames);
+        return;
+    }
+    const double distance = static_cast<double>(end - mReadPos);
+    if (!mResampling) {
+        // The resampler reads ahead of what it plays: wait for some headroom before it starts.
+        const double headroom =
+            std::max<double>(ComputeThruOffset(), 3.0 * mInputDevice.mBufferSizeFrames);
+        if (distance < headroom) {
+            ZeroChannels(channels, count, 0, frames);
+            return;
+        }
+        mResampling = true;
+        mDistanceSamples = 0;
+        mDistanceIntegral = 0;
+    }
+    // The distance to keep is what the first cycles show, which includes what the resampler
+    // holds inside.
+    if (mDistanceSamples < kReferenceCycles) {
+        ++mDistanceSamples;
+        mDistanceRef = mDistanceSamples == 1
+                           ? distance
+                           : mDistanceRef + (distance - mDistanceRef) / mDistanceSamples;
+        mDistanceAvg = mDistanceRef;
+        mLatencyFrames = mDistanceRef;
+    } else {
+        mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
+    }
+    UpdateRatio(frames);
+    const double ratio = mSrcRatio.load();
+    const uint32_t used = std::min<uint32_t>(count, static_cast<uint32_t>(mChannels));
+    const auto nch = static_cast<uint32_t>(mChannels);
+
+    mReadFailed = false;
+    for (uint32_t done = 0; done < frames;) {
+        const uint32_t want = std::min(kResamplerOutFrames, frames - done);
+        const long got = src_callback_read(mResampler, ratio, want, mResamplerOut.data());
+        if (got <= 0) {
+            mReadFailed = true;
+            break;
+        }
+        for (uint32_t c = 0; c < used; ++c) {
+            float* dst = channels[c] + done;
+            for (long i = 0; i < got; ++i) {
+                dst[i] = mResamplerOut[static_cast<std::size_t>(i) * nch + c];
+            }
+        }
+        done += static_cast<uint32_t>(got);
+    }
+    if (mReadFailed) {
+        ZeroChannels(channels, count, 0, frames);
+        ReAlign(0.0);
+        mResampling = false;
+        mReadFailed = false;
+        src_reset(mResampler);
+        return;
+    }
+    mFetchedOnce = true;
+    ZeroChannels(channels, count, used, frames);
+}
+
+} // namespace waxline

@@ -1,0 +1,142 @@
+#pragma once
+
+#include "capture/devices/AudioDevice.h"
+#include "capture/monitor/AudioBufferList.h"
+#include "capture/monitor/AudioRingBuffer.h"
+#include "platform/AudioSystem.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+struct SRC_STATE_tag;
+
+namespace waxline {
+
+// The play-through monitor: a record stream on the input device feeds the ring buffer after the
+// gain and the processing callback (the input chain); a playback stream on the output device
+// reads the ring a fixed number of frames behind. When the two devices' rates or clocks differ,
+// the output reads through a resampler whose ratio keeps the read position at its distance from
+// the write position.
+//
+// Construction, Start/Stop and the setters run on a control thread. InputProc runs on the input
+// stream's audio thread, OutputProc on the output stream's; both follow the real-time rules.
+class CAPlayThrough {
+public:
+    using ProcessingCallback = void (*)(AudioBufferList* buffers, uint32_t frames,
+                                        int64_t sampleTime);
+
+    // An id of 0 means the default device of that direction. A monitor that cannot be set up
+    // ends the process with status 1 after a message on standard error.
+    CAPlayThrough(platform::AudioSystem& system, platform::AudioObjectID input,
+                  platform::AudioObjectID output);
+    ~CAPlayThrough();
+    CAPlayThrough(const CAPlayThrough&) = delete;
+    CAPlayThrough& operator=(const CAPlayThrough&) = delete;
+
+    platform::Status Start();
+    platform::Status Stop();
+    bool IsRunning() const;
+
+    // Stores 10^(dB/20) as the gain factor.
+    void SetInputGain(float dB);
+    float GainFactor() const { return mGainFactor.load(std::memory_order_relaxed); }
+    void SetProcessingCallback(ProcessingCallback callback) { mCallback.store(callback); }
+
+    platform::AudioObjectID GetInputDeviceID() const { return mInputDevice.mID; }
+    platform::AudioObjectID GetOutputDeviceID() const { return mOutputDevice.mID; }
+    int Channels() const { return mChannels; }
+
+    // Safety offsets and buffer sizes of both devices, in frames.
+    uint32_t ComputeThruOffset() const;
+    // The input-to-output offset in effect: heard frame t is input frame t - offset.
+    double ThruOffsetFrames() const { return mInToOutSampleOffset.load(); }
+    // Input-to-output latency: the offset in effect, or in varispeed the distance kept between
+    // the write and read positions, in milliseconds of input.
+    double LatencyMilliseconds() const;
+
+    // Fetch errors after the first successful fetch since Start: each one is an audible gap.
+    uint64_t ReAlignmentCount() const { return mReAlignments.load(); }
+    // Buffers lost or late: input overflows, failed stores and re-alignments.
+    uint64_t DroppedBufferCount() const;
+    bool VarispeedActive() const { return mVarispeed.load(); }
+    // The resampler's current output/input frame ratio (1 when not resampling).
+    double VarispeedRatio() const { return mSrcRatio.load(); }
+
+    // The stream callbacks; public so tests can drive a monitor without a platform thread.
+    void InputProc(float* const* channels, uint32_t channelCount, uint32_t frames,
+                   int64_t sampleTime, uint64_t hostTime);
+    void OutputProc(float* const* channels, uint32_t channelCount, uint32_t frames,
+                    int64_t sampleTime, uint64_t hostTime);
+
+private:
+    class InputSide;
+    class OutputSide;
+
+    platform::Status Init();
+    void Cleanup();
+    void ResetTimes();
+    // Output thread: plays `frames` from the ring at output time `t` straight or resampled.
+    void OutputDirect(float* const* channels, uint32_t count, uint32_t frames, double t);
+    void OutputResampled(float* const* channels, uint32_t count, uint32_t frames);
+    void ReAlign(double outputTime);
+    void UpdateRatio(uint32_t outputFrames);
+    static long ResamplerInput(void* self, float** data);
+
+    platform::AudioSystem& mSystem;
+    std::unique_ptr<InputSide> mInputSide;
+    std::unique_ptr<OutputSide> mOutputSide;
+    std::unique_ptr<platform::Stream> mInputStream;
+    std::unique_ptr<platform::Stream> mOutputStream;
+
+    AudioBufferList mInputBuffer;
+    std::vector<float> mInputStorage;
+    AudioDevice mInputDevice;
+    AudioDevice mOutputDevice;
+    std::unique_ptr<AudioRingBuffer> mBuffer;
+    int mChannels = 0;
+
+    std::atomic<double> mFirstInputTime{-1.0};
+    std::atomic<double> mFirstOutputTime{-1.0};
+    std::atomic<double> mInToOutSampleOffset{0.0};
+    std::atomic<float> mGainFactor{1.0f};
+    std::atomic<ProcessingCallback> mCallback{nullptr};
+
+    // Varispeed state. The resampler and its buffers are made in Init; the output thread alone
+    // touches them afterwards.
+    SRC_STATE_tag* mResampler = nullptr;
+    bool mRatesDiffer = false;
+    std::atomic<bool> mVarispeed{false};
+    std::atomic<double> mSrcRatio{1.0};
+    std::vector<float> mResamplerIn;  // interleaved chunk handed to the resampler
+    std::vector<float> mResamplerOut; // interleaved resampler output
+    std::vector<float> mFetchStorage; // per-channel fetch area
+    AudioBufferList mFetchBuffer;
+    int64_t mReadPos = 0;                    // next input frame the resampler will take
+    bool mReadFailed = false;                // a resampler fetch failed during this cycle
+    double mDistanceAvg = 0;                 // smoothed write end minus read position
+    double mDistanceRef = 0;                 // the distance to keep
+    int mDistanceSamples = 0;                // successful cycles measured since the last alignment
+    double mDistanceIntegral = 0;            // integral term of the distance controller
+    bool mFetchedOnce = false;               // a fetch succeeded since Start
+    bool mResampling = false;                // the resampler has enough input buffered and plays
+    std::atomic<double> mLatencyFrames{0.0}; // the distance kept, for reports
+
+    // Rate scalars estimated from sample times against host times (1 = nominal).
+    struct ClockEstimate {
+        bool started = false;
+        int64_t sample0 = 0;
+        uint64_t host0 = 0;
+    };
+    ClockEstimate mInputClock;  // input thread only
+    ClockEstimate mOutputClock; // output thread only
+    std::atomic<double> mInputScalar{1.0};
+    std::atomic<double> mOutputScalar{1.0};
+
+    std::atomic<uint64_t> mReAlignments{0};
+    std::atomic<uint64_t> mStoreErrors{0};
+    std::atomic<uint64_t> mInputOverflows{0};
+};
+
+} // namespace waxline

@@ -1,0 +1,157 @@
+#include "capture/chain/InputChain.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using Sonra::Audio::Filters::AudioFilter;
+using Sonra::Audio::Filters::GapDetector;
+using waxline::AudioBufferList;
+using waxline::test::sine;
+
+namespace {
+
+struct CountingListener : GapDetector::Listener {
+    int events = 0;
+    void TrackSilenceStarted() override { ++events; }
+    void TrackSilenceEnded() override { ++events; }
+    void AlbumEnded() override { ++events; }
+};
+
+// Starts every test from empty cells, a pass-through preset and no detector.
+class InputChain : public testing::Test {
+protected:
+    void SetUp() override {
+        waxline::ResetVUMax();
+        waxline::GetVUMaxL();
+        waxline::GetVUMaxR();
+        waxline::filter.Set(AudioFilter::NoFilter);
+        waxline::gapDetector.store(nullptr);
+    }
+    void TearDown() override {
+        waxline::gapDetector.store(nullptr);
+        waxline::filter.Set(AudioFilter::NoFilter);
+    }
+
+    static AudioBufferList listOf(std::vector<std::vector<float>>& channels) {
+        AudioBufferList list;
+        list.mNumberBuffers = static_cast<uint32_t>(channels.size());
+        for (size_t c = 0; c < channels.size(); ++c)
+            list.mBuffers[c].mData = channels[c].data();
+        return list;
+    }
+};
+
+TEST_F(InputChain, PeaksAreMeasuredBeforeEqualisation) {
+    waxline::filter.Set(AudioFilter::RIAAPlayback);
+    std::vector<std::vector<float>> ch = {{0.1f, -0.8f, 0.4f, 0.3f, 0.2f},
+                                          {0.05f, 0.6f, -0.1f, 0.0f, 0.0f}};
+    auto list = listOf(ch);
+    waxline::InputProcCallback(&list, 5, 0);
+    EXPECT_EQ(waxline::GetVUMax(), 0.8f);
+    EXPECT_EQ(waxline::GetVUMaxL(), 0.8f);
+    EXPECT_EQ(waxline::GetVUMaxR(), 0.6f);
+    EXPECT_NE(ch[0][0], 0.1f) << "equalised in place afterwards";
+}
+
+TEST_F(InputChain, LeftAndRightCellsAreReadAndClearedTheOverallCellIsNot) {
+    std::vector<std::vector<float>> ch = {{0.5f, -0.25f}, {0.75f, 0.1f}};
+    auto list = listOf(ch);
+    waxline::InputProcCallback(&list, 2, 0);
+    EXPECT_EQ(waxline::GetVUMaxL(), 0.5f);
+    EXPECT_EQ(waxline::GetVUMaxL(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMaxR(), 0.75f);
+    EXPECT_EQ(waxline::GetVUMaxR(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMax(), 0.75f);
+    EXPECT_EQ(waxline::GetVUMax(), 0.75f);
+    waxline::ResetVUMax();
+    EXPECT_EQ(waxline::GetVUMax(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMaxL3(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMaxR3(), 0.0f);
+}
+
+TEST_F(InputChain, PeakOfALongOddLengthBufferFindsTheLastSample) {
+    std::vector<float> left(4099, 0.01f), right(4099, 0.0f);
+    left[4098] = -0.9f;
+    right[13] = 0.7f;
+    std::vector<std::vector<float>> ch = {left, right};
+    auto list = listOf(ch);
+    waxline::InputProcCallback(&list, 4099, 0);
+    EXPECT_EQ(waxline::GetVUMaxL(), 0.9f);
+    EXPECT_EQ(waxline::GetVUMaxR(), 0.7f);
+}
+
+// Lists of one or of three and more buffers are metered on the left and overall cells only:
+// neither equalised nor handed to the detector.
+TEST_F(InputChain, OnlyStereoIsEqualisedAndDetected) {
+    CountingListener listener;
+    GapDetector detector(listener, 44100);
+    waxline::gapDetector.store(&detector);
+    waxline::filter.Set(AudioFilter::ChromeTape);
+    for (size_t buffers : {1u, 3u, 4u}) {
+        SCOPED_TRACE(buffers);
+        std::vector<std::vector<float>> ch(buffers, sine(500, 0.5, 44100, 30000));
+        ch[0][7] = 0.95f;
+        const auto original = ch;
+        auto list = listOf(ch);
+        waxline::InputProcCallback(&list, 30000, 0);
+        EXPECT_EQ(ch, original);
+        EXPECT_EQ(waxline::GetVUMaxL(), 0.95f);
+        EXPECT_EQ(waxline::GetVUMaxR(), 0.0f);
+        EXPECT_EQ(waxline::GetVUMax(), 0.95f);
+        EXPECT_EQ(detector.framePosition(), 0u);
+        EXPECT_TRUE(detector.history().empty());
+    }
+}
+
+TEST_F(InputChain, ZeroFramesRaiseNoCell) {
+    CountingListener listener;
+    GapDetector detector(listener, 44100);
+    waxline::gapDetector.store(&detector);
+    std::vector<std::vector<float>> ch = {{0.9f}, {0.9f}};
+    auto list = listOf(ch);
+    waxline::InputProcCallback(&list, 0, 0);
+    EXPECT_EQ(waxline::GetVUMax(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMaxL(), 0.0f);
+    EXPECT_EQ(waxline::GetVUMaxR(), 0.0f);
+    EXPECT_EQ(ch[0][0], 0.9f);
+    EXPECT_EQ(detector.framePosition(), 0u);
+}
+
+// The detector hears exactly the equalised signal: the same as a detector fed with audio that
+// was equalised by a separate filter object.
+TEST_F(InputChain, DetectorIsFedTheEqualisedBuffers) {
+    CountingListener a, b;
+    GapDetector chained(a, 44100), reference(b, 44100);
+    waxline::gapDetector.store(&chained);
+    waxline::filter.Set(AudioFilter::RIAAPlayback);
+    AudioFilter separate;
+    separate.Set(AudioFilter::RIAAPlayback);
+
+    auto left = sine(480, 0.4, 44100, 3 * 44100), right = sine(530, 0.3, 44100, 3 * 44100);
+    auto refL = left, refR = right;
+    for (size_t i = 0; i < left.size(); i += 4096) {
+        const auto n = static_cast<uint32_t>(std::min<size_t>(4096, left.size() - i));
+        std::vector<std::vector<float>> ch = {{left.begin() + i, left.begin() + i + n},
+                                              {right.begin() + i, right.begin() + i + n}};
+        auto list = listOf(ch);
+        waxline::InputProcCallback(&list, n, static_cast<int64_t>(i));
+        separate(refL.data() + i, refR.data() + i, n);
+        reference(refL.data() + i, refR.data() + i, n);
+        EXPECT_TRUE(std::equal(ch[0].begin(), ch[0].end(), refL.begin() + i));
+    }
+    ASSERT_EQ(chained.history().size(), 6u);
+    EXPECT_EQ(chained.history(), reference.history());
+}
+
+TEST_F(InputChain, RunsWithoutADetector) {
+    waxline::filter.Set(AudioFilter::BrightSpin);
+    std::vector<std::vector<float>> ch = {sine(50, 0.1, 44100, 4096), sine(50, 0.1, 44100, 4096)};
+    auto list = listOf(ch);
+    waxline::InputProcCallback(&list, 4096, 0);
+    EXPECT_NE(ch[0][100], sine(50, 0.1, 44100, 4096)[100]);
+    EXPECT_EQ(ch[0], ch[1]);
+}
+
+} // namespace

@@ -1,0 +1,286 @@
+#include "capture/monitor/CAPlayThrough.h"
+#include "capture/monitor/CAPlayThroughHost.h"
+#include "filters/AudioFilter.h"
+#include "support/SteppedAudioSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <vector>
+
+namespace waxline {
+namespace {
+
+using test::kBlock;
+using test::kDeck;
+using test::kSpeakers;
+using test::SteppedAudioSystem;
+
+// Two stereo signals that differ, so a swapped channel shows.
+float SourceLeft(int64_t n) {
+    return 0.5f * static_cast<float>(std::sin(2.0 * M_PI * 440.0 * n / 44100.0)) +
+           0.05f * static_cast<float>((n * 7919) % 101 - 50) / 50.0f;
+}
+float SourceRight(int64_t n) {
+    return 0.4f * static_cast<float>(std::sin(2.0 * M_PI * 1000.0 * n / 44100.0));
+}
+
+// Drives a monitor through its stream handlers. Input and output run on separate simulated
+// clocks: each delivers a block when its clock reaches the block's start.
+struct Session {
+    explicit Session(SteppedAudioSystem& s)
+        : system(s) {}
+    SteppedAudioSystem& system;
+    double inputClock = 1.0; // input frames per nominal frame of real time
+    double outputRate = 44100;
+    int64_t inTime = 0, outTime = 0;
+    std::vector<float> heardLeft, heardRight;
+    bool keepHeard = true;
+    uint64_t silentBlocksAfter = 0; // all-zero output blocks once audio flowed
+    bool flowing = false;
+
+    void Run(double seconds) {
+        std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
+        float* in[2] = {inL.data(), inR.data()};
+        float* out[2] = {outL.data(), outR.data()};
+        const double end = seconds;
+        for (;;) {
+            const double tIn = static_cast<double>(inTime) / (44100.0 * inputClock);
+            const double tOut = static_cast<double>(outTime) / outputRate;
+            if (tIn >= end && tOut >= end) {
+                break;
+            }
+            if (tIn <= tOut) {
+                for (uint32_t i = 0; i < kBlock; ++i) {
+                    inL[i] = SourceLeft(inTime + i);
+                    inR[i] = SourceRight(inTime + i);
+                }
+                system.inputHandler->onInput(in, 2, kBlock, inTime,
+                                             static_cast<uint64_t>(tIn * 1e9));
+                inTime += kBlock;
+            } else {
+                system.outputHandler->onOutput(out, 2, kBlock, outTime,
+                                               static_cast<uint64_t>(tOut * 1e9));
+                outTime += kBlock;
+                bool silent = true;
+                for (uint32_t i = 0; i < kBlock; ++i) {
+                    silent = silent && outL[i] == 0.0f && outR[i] == 0.0f;
+                }
+                if (!silent) {
+                    flowing = true;
+                } else if (flowing) {
+                    ++silentBlocksAfter;
+                }
+                if (keepHeard) {
+                    heardLeft.insert(heardLeft.end(), outL.begin(), outL.end());
+                    heardRight.insert(heardRight.end(), outR.begin(), outR.end());
+                }
+            }
+        }
+    }
+};
+
+Sonra::Audio::Filters::AudioFilter* gEqualiser = nullptr;
+
+void Equalise(AudioBufferList* buffers, uint32_t frames, int64_t) {
+    gEqualiser->operator()(buffers->mBuffers[0].mData, buffers->mBuffers[1].mData, frames);
+}
+
+// The listener hears the processed input, one block at a time in order, shifted by the offset
+// the monitor reports; compared with the same filter run separately over the source.
+TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedByTheThruOffset) {
+    SteppedAudioSystem system;
+    CAPlayThrough monitor(system, 0, 0);
+    EXPECT_EQ(monitor.GetInputDeviceID(), kDeck);
+    EXPECT_EQ(monitor.GetOutputDeviceID(), kSpeakers);
+    EXPECT_EQ(monitor.ComputeThruOffset(), 32u + 512u + 64u + 512u);
+
+    Sonra::Audio::Filters::AudioFilter inChain;
+    inChain.Set(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
+    gEqualiser = &inChain;
+    monitor.SetProcessingCallback(Equalise);
+    ASSERT_EQ(monitor.Start(), platform::kNoError);
+    EXPECT_TRUE(monitor.IsRunning());
+
+    Session session(system);
+    session.Run(5.0);
+    EXPECT_EQ(monitor.ReAlignmentCount(), 0u);
+    EXPECT_FALSE(monitor.VarispeedActive());
+    EXPECT_EQ(session.silentBlocksAfter, 0u);
+
+    const auto offset = static_cast<int64_t>(monitor.ThruOffsetFrames());
+    ASSERT_GT(offset, 0);
+    EXPECT_NEAR(monitor.LatencyMilliseconds(), offset / 44.1, 1e-9);
+
+    Sonra::Audio::Filters::AudioFilter reference;
+    reference.Set(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
+    const int64_t total = session.inTime;
+    std::vector<float> refL(total), refR(total);
+    for (int64_t n = 0; n < total; ++n) {
+        refL[n] = SourceLeft(n);
+        refR[n] = SourceRight(n);
+    }
+    for (int64_t n = 0; n < total; n += kBlock) {
+        reference(&refL[n], &refR[n], kBlock);
+    }
+
+    int64_t compared = 0, mismatches = 0;
+    for (int64_t t = 4 * kBlock; t < static_cast<int64_t>(session.heardLeft.size()); ++t) {
+        const int64_t n = t - offset;
+        ASSERT_GE(n, 0);
+        ++compared;
+        if (std::abs(session.heardLeft[t] - refL[n]) > 1e-6f ||
+            std::abs(session.heardRight[t] - refR[n]) > 1e-6f) {
+            ++mismatches;
+        }
+    }
+    EXPECT_GT(compared, 44100 * 4);
+    EXPECT_EQ(mismatches, 0);
+    monitor.Stop();
+    EXPECT_FALSE(monitor.IsRunning());
+}
+
+// 10^(dB/20) with only the positive side clamped to 1.0; 0 dB passes values above 1.0.
+TEST(CAPlayThroughTest, GainScalesAndClampsOnlyThePositiveSide) {
+    struct Case {
+        float dB, in, heard;
+    };
+    const Case cases[] = {
+        {0.0f, 1.5f, 1.5f},     {0.0f, -1.5f, -1.5f},      {6.0f, 0.3f, 0.598579f},
+        {6.0f, 0.7f, 1.0f},     {6.0f, -0.7f, -1.396684f}, {-20.0f, 0.8f, 0.08f},
+        {-20.0f, -2.0f, -0.2f},
+    };
+    for (const Case& c : cases) {
+        SteppedAudioSystem system;
+        CAPlayThrough monitor(system, kDeck, kSpeakers);
+        monitor.SetInputGain(c.dB);
+        EXPECT_NEAR(monitor.GainFactor(), std::pow(10.0, c.dB / 20.0), 1e-6);
+        monitor.Start();
+        std::vector<float> in(kBlock, c.in), out(kBlock * 2, -9.0f);
+        float* inPtr[2] = {in.data(), in.data()};
+        float* outPtr[2] = {out.data(), out.data() + kBlock};
+        // Enough blocks that the output has caught up with the stored input.
+        float heard = 0;
+        for (int64_t b = 0; b < 8; ++b) {
+            system.inputHandler->onInput(inPtr, 2, kBlock, b * kBlock, 0);
+            system.outputHandler->onOutput(outPtr, 2, kBlock, b * kBlock, 0);
+            if (out[0] != 0.0f) {
+                heard = out[0];
+            }
+        }
+        EXPECT_NEAR(heard, c.heard, 1e-5) << c.dB << " dB on " << c.in;
+        EXPECT_EQ(out[0], out[kBlock]) << "both channels get the same gain";
+    }
+}
+
+// The input clock runs 0.1 % fast. Without varispeed the ring overruns within five minutes;
+// with it, ten minutes play without a single re-alignment after the start.
+TEST(CAPlayThroughTest, FastInputClockPlaysTenMinutesWithoutReAlignment) {
+    SteppedAudioSystem system;
+    CAPlayThrough monitor(system, kDeck, kSpeakers);
+    monitor.Start();
+    Session session(system);
+    session.inputClock = 1.001;
+    session.keepHeard = false;
+    session.Run(600.0);
+    EXPECT_TRUE(monitor.VarispeedActive());
+    EXPECT_EQ(monitor.ReAlignmentCount(), 0u);
+    EXPECT_EQ(monitor.DroppedBufferCount(), 0u);
+    EXPECT_EQ(session.silentBlocksAfter, 0u);
+    // It consumes 1.001 input frames per output frame.
+    EXPECT_NEAR(monitor.VarispeedRatio(), 1.0 / 1.001, 2e-4);
+    EXPECT_LT(monitor.LatencyMilliseconds(), 200.0);
+}
+
+// 44.1 kHz in, 48 kHz out: resampled from the start, and a 440 Hz tone stays 440 Hz.
+TEST(CAPlayThroughTest, DifferentRatesAreResampledKeepingThePitch) {
+    SteppedAudioSystem system;
+    system.output.nominalSampleRate = system.output.actualSampleRate = 48000;
+    CAPlayThrough monitor(system, kDeck, kSpeakers);
+    monitor.Start();
+    Session session(system);
+    session.outputRate = 48000;
+    session.Run(20.0);
+    EXPECT_TRUE(monitor.VarispeedActive());
+    EXPECT_EQ(monitor.ReAlignmentCount(), 0u);
+    EXPECT_EQ(session.silentBlocksAfter, 0u);
+    EXPECT_NEAR(monitor.VarispeedRatio(), 48000.0 / 44100.0, 1e-3);
+
+    // Right channel: a pure 1 kHz tone. Count rising zero crossings over the last 10 s.
+    const auto& r = session.heardRight;
+    const std::size_t from = r.size() - 480000;
+    int crossings = 0;
+    for (std::size_t i = from + 1; i < r.size(); ++i) {
+        if (r[i - 1] < 0.0f && r[i] >= 0.0f) {
+            ++crossings;
+        }
+    }
+    EXPECT_NEAR(crossings, 10000, 3);
+}
+
+TEST(CAPlayThroughDeathTest, UnknownDeviceEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            SteppedAudioSystem system;
+            CAPlayThrough monitor(system, 4242, 0);
+        },
+        ::testing::ExitedWithCode(1), "CAPlayThrough ERROR: Cannot Init CAPlayThrough");
+}
+
+TEST(CAPlayThroughHostTest, FormatChangeRebuildsTheMonitorOffTheNotifyingThread) {
+    SteppedAudioSystem system;
+    std::deque<std::function<void()>> posted;
+    CAPlayThroughHost host(system, kDeck, kSpeakers,
+                           [&](std::function<void()> work) { posted.push_back(std::move(work)); });
+    ASSERT_TRUE(host.PlayThroughExists());
+    ASSERT_EQ(system.listeners.size(), 1u);
+    EXPECT_EQ(system.listeners.begin()->second.first, kDeck);
+
+    CAPlayThrough* first = host.PlayThrough();
+    first->SetInputGain(6.0f);
+    first->SetProcessingCallback(Equalise);
+    EXPECT_EQ(host.Start(), platform::kNoError);
+    EXPECT_TRUE(host.IsRunning());
+
+    system.listeners.begin()->second.second(); // the notification
+    EXPECT_EQ(host.ResetCount(), 0) << "nothing is rebuilt on the notifying thread";
+    ASSERT_EQ(posted.size(), 1u);
+    posted.front()();
+    posted.pop_front();
+
+    EXPECT_EQ(host.ResetCount(), 1);
+    ASSERT_TRUE(host.PlayThroughExists());
+    EXPECT_TRUE(host.IsRunning());
+    EXPECT_EQ(host.PlayThrough()->GainFactor(), 1.0f) << "a rebuilt monitor has unity gain";
+    EXPECT_EQ(system.listeners.size(), 1u) << "the old listener was removed";
+
+    host.DeletePlayThrough();
+    EXPECT_FALSE(host.PlayThroughExists());
+    EXPECT_TRUE(system.listeners.empty());
+    EXPECT_EQ(host.Start(), platform::kNoError);
+    EXPECT_FALSE(host.IsRunning());
+    EXPECT_EQ(host.Stop(), platform::kNoError);
+}
+
+TEST(CAPlayThroughHostTest, WithoutAPosterTheHostRebuildsOnItsOwnThread) {
+    SteppedAudioSystem system;
+    {
+        CAPlayThroughHost host(system, kDeck, kSpeakers);
+        host.Start();
+        system.listeners.begin()->second.second();
+        for (int i = 0; i < 2000 && host.ResetCount() == 0; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        EXPECT_EQ(host.ResetCount(), 1);
+        EXPECT_TRUE(host.IsRunning());
+    }
+    EXPECT_TRUE(system.listeners.empty());
+}
+
+} // namespace
+} // namespace waxline

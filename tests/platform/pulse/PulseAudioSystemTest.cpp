@@ -1,0 +1,291 @@
+#include "platform/pulse/PulseAudioSystem.h"
+#include "platform/Platform.h"
+#include "support/PulseDaemon.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+using namespace waxline::platform;
+using waxline::test::PulseDaemon;
+
+namespace {
+
+TEST(PulseAudioDeviceName, FollowsCardThenProductThenDescription) {
+    const std::string long70(70, 'x');
+    // "é" is two bytes; placed across the 63-byte cut it must go entirely.
+    const std::string accented = std::string(62, 'a') + "\xC3\xA9" + "bc";
+    const struct {
+        const char* card;
+        const char* product;
+        const char* description;
+        std::string want;
+    } cases[] = {
+        {"USB Audio CODEC ", "PCM2900", "Burr-Brown Analog Stereo", "USB Audio CODEC "},
+        {nullptr, "USB PnP Audio Device", "Generic Analog Stereo", "USB PnP Audio Device"},
+        {"", "Product", "Description", "Product"},
+        {nullptr, nullptr, "Monitor of Null Output", "Monitor of Null Output"},
+        {nullptr, "", "", ""},
+        {long70.c_str(), nullptr, nullptr, std::string(63, 'x')},
+        {accented.c_str(), nullptr, nullptr, std::string(62, 'a')},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.want);
+        EXPECT_EQ(PulseAudioSystem::deviceName(c.card, c.product, c.description), c.want);
+    }
+}
+
+bool eventually(const std::function<bool()>& done) {
+    // A generous bound so a broken server cannot hang the suite; passing tests never reach it.
+    for (int i = 0; i < 1000 && !done(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return done();
+}
+
+struct Capture : InputHandler {
+    std::mutex mutex;
+    std::vector<float> left, right;
+    uint32_t largest = 0;
+    int64_t next = 0;
+    int gaps = 0;
+    std::atomic<uint32_t> lost{0};
+    std::atomic<int> ended{0};
+    std::atomic<Status> why{kNoError};
+
+    void onInput(float* const* channels, uint32_t count, uint32_t frames, int64_t sampleTime,
+                 uint64_t) override {
+        std::lock_guard lock(mutex);
+        if (count >= 2) {
+            left.insert(left.end(), channels[0], channels[0] + frames);
+            right.insert(right.end(), channels[1], channels[1] + frames);
+        }
+        gaps += sampleTime != next;
+        next = sampleTime + frames;
+        largest = std::max(largest, frames);
+    }
+    void onOverflow(uint32_t frames) override { lost += frames; }
+    void onStreamEnded(Status status) override {
+        why = status;
+        ++ended;
+    }
+};
+
+struct Tone : OutputHandler {
+    double phase = 0;
+    double step = 2 * M_PI * 1000.0 / 44100.0;
+    float amplitude = 0.5f;
+    void onOutput(float* const* channels, uint32_t count, uint32_t frames, int64_t,
+                  uint64_t) override {
+        for (uint32_t i = 0; i < frames; ++i) {
+            const auto s = static_cast<float>(amplitude * std::sin(phase));
+            phase = std::fmod(phase + step, 2 * M_PI);
+            for (uint32_t c = 0; c < count; ++c)
+                channels[c][i] = s;
+        }
+    }
+};
+
+void writeSine(const std::string& path, double amplitude, double seconds) {
+    SF_INFO info{};
+    info.samplerate = 44100;
+    info.channels = 2;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(file, nullptr);
+    const auto frames = static_cast<size_t>(seconds * 44100);
+    std::vector<float> data(frames * 2);
+    for (size_t i = 0; i < frames; ++i)
+        data[2 * i] = data[2 * i + 1] =
+            static_cast<float>(amplitude * std::sin(2 * M_PI * 1000.0 * i / 44100.0));
+    sf_writef_float(file, data.data(), static_cast<sf_count_t>(frames));
+    sf_close(file);
+}
+
+// The middle half-second of the loud part: its 1 kHz level in dB and its frequency measured by
+// zero crossings.
+void measure(const std::vector<float>& samples, double& levelDb, double& frequency) {
+    size_t first = 0, last = 0;
+    for (size_t i = 0; i < samples.size(); ++i)
+        if (std::fabs(samples[i]) > 0.05f) {
+            if (!first)
+                first = i;
+            last = i;
+        }
+    ASSERT_GT(last - first, 44100u) << "less than a second of tone arrived";
+    const size_t from = (first + last) / 2 - 11025;
+    const size_t span = 22050; // 500 whole periods
+    const std::vector<float> middle(samples.begin() + from, samples.begin() + from + span);
+    levelDb = waxline::test::toDb(waxline::test::toneAmplitude(middle, 1000.0, 44100.0));
+    int crossings = 0;
+    for (size_t i = 1; i < middle.size(); ++i)
+        crossings += (middle[i - 1] < 0) != (middle[i] < 0);
+    frequency = crossings / 2.0 / (static_cast<double>(span) / 44100.0);
+}
+
+class PulseAudioSystemTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!pulse.running())
+            GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();
+        audio = std::make_unique<PulseAudioSystem>();
+    }
+    std::optional<DeviceInfo> find(Direction direction, const std::string& serverName) {
+        for (const auto& d : audio->devices(direction))
+            if (d.serverName == serverName)
+                return d;
+        return std::nullopt;
+    }
+
+    PulseDaemon pulse;
+    std::unique_ptr<PulseAudioSystem> audio;
+    waxline::test::TempDir dir;
+};
+
+TEST_F(PulseAudioSystemTest, ListsSourcesAndSinksWithTheirNamesAndFormats) {
+    const auto monitor = find(Direction::Input, "deck.monitor");
+    ASSERT_TRUE(monitor);
+    EXPECT_EQ(monitor->channels, 2u);
+    EXPECT_DOUBLE_EQ(monitor->nominalSampleRate, 44100);
+    EXPECT_DOUBLE_EQ(monitor->actualSampleRate, 44100);
+    EXPECT_GT(monitor->bufferFrames, 0u);
+    const auto sink = find(Direction::Output, "deck");
+    ASSERT_TRUE(sink);
+    EXPECT_EQ(sink->channels, 2u);
+
+    std::atomic<int> listChanges{0};
+    audio->onDeviceListChanged([&] { ++listChanges; });
+    ASSERT_GE(pulse.addRemappedSource("turntable", {{"alsa.card_name", "USB Audio CODEC "},
+                                                    {"device.description", "Turntable"}}),
+              0);
+    ASSERT_GE(pulse.addRemappedSource("described", {{"device.description", "Line In "}}), 0);
+    EXPECT_TRUE(eventually([&] { return listChanges > 0; }));
+    const auto turntable = find(Direction::Input, "turntable");
+    const auto described = find(Direction::Input, "described");
+    ASSERT_TRUE(turntable && described);
+    EXPECT_EQ(turntable->name, "USB Audio CODEC ");
+    EXPECT_EQ(described->name, "Line In ");
+
+    // The process-wide default input moves; the server's default stays.
+    std::string before, after;
+    pulse.pactl("get-default-source", before);
+    EXPECT_EQ(audio->setDefaultInput(turntable->id), kNoError);
+    EXPECT_EQ(audio->defaultDevice(Direction::Input), turntable->id);
+    pulse.pactl("get-default-source", after);
+    EXPECT_EQ(before, after);
+    EXPECT_EQ(audio->setDefaultInput(kNoDevice - 1), kErrorUnknownDevice);
+    EXPECT_EQ(audio->defaultDevice(Direction::Output), sink->id);
+}
+
+TEST_F(PulseAudioSystemTest, RecordsAToneFromTheMonitorAndEndsWhenTheSourceGoes) {
+    const std::string wav = dir.file("tone.wav");
+    const double amplitude = std::pow(10.0, -6.0 / 20);
+    writeSine(wav, amplitude, 2.0);
+
+    const auto monitor = find(Direction::Input, "deck.monitor");
+    ASSERT_TRUE(monitor);
+    Capture capture;
+    Status status = kErrorOpenFailed;
+    auto stream = audio->openInput(monitor->id, 256, capture, status);
+    ASSERT_EQ(status, kNoError);
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->format().channels, 2u);
+    ASSERT_EQ(stream->start(), kNoError);
+    EXPECT_TRUE(stream->isRunning());
+    ASSERT_TRUE(pulse.play(wav));
+    EXPECT_TRUE(eventually([&] {
+        std::lock_guard lock(capture.mutex);
+        return capture.left.size() > 2 * 44100;
+    }));
+
+    std::atomic<int> listChanges{0};
+    audio->onDeviceListChanged([&] { ++listChanges; });
+    ASSERT_TRUE(pulse.unloadModule(pulse.sinkModule()));
+    EXPECT_TRUE(eventually([&] { return capture.ended > 0 && listChanges > 0; }));
+    EXPECT_EQ(capture.ended, 1);
+    EXPECT_EQ(capture.why, kErrorUnknownDevice);
+    EXPECT_FALSE(stream->isRunning());
+
+    std::lock_guard lock(capture.mutex);
+    EXPECT_LE(capture.largest, 256u);
+    EXPECT_EQ(capture.gaps, 0);
+    EXPECT_EQ(capture.lost, 0u);
+    double levelDb = 0, frequency = 0;
+    measure(capture.left, levelDb, frequency);
+    EXPECT_NEAR(levelDb, -6.0, 0.5);
+    EXPECT_NEAR(frequency, 1000.0, 5.0);
+    measure(capture.right, levelDb, frequency);
+    EXPECT_NEAR(levelDb, -6.0, 0.5);
+}
+
+TEST_F(PulseAudioSystemTest, PlaysThroughTheSinkWhatTheOutputHandlerGives) {
+    const auto monitor = find(Direction::Input, "deck.monitor");
+    const auto sink = find(Direction::Output, "deck");
+    ASSERT_TRUE(monitor && sink);
+    Capture capture;
+    Tone tone;
+    Status status = kErrorOpenFailed;
+    auto input = audio->openInput(monitor->id, 441, capture, status);
+    ASSERT_EQ(status, kNoError);
+    auto output = audio->openOutput(sink->id, StreamFormat{44100, 2}, 441, tone, status);
+    ASSERT_EQ(status, kNoError);
+    ASSERT_EQ(input->start(), kNoError);
+    ASSERT_EQ(output->start(), kNoError);
+    EXPECT_TRUE(eventually([&] {
+        std::lock_guard lock(capture.mutex);
+        return capture.left.size() > static_cast<size_t>(1.6 * 44100);
+    }));
+    output->stop();
+    input->stop();
+    std::lock_guard lock(capture.mutex);
+    double levelDb = 0, frequency = 0;
+    measure(capture.left, levelDb, frequency);
+    EXPECT_NEAR(levelDb, waxline::test::toDb(tone.amplitude), 0.5);
+    EXPECT_NEAR(frequency, 1000.0, 5.0);
+}
+
+} // namespace
+
+namespace {
+
+TEST(OpenPlatformReal, ExplainsInOneLineWhenNoServerAnswers) {
+    waxline::test::TempDir empty;
+    const char* saved = std::getenv("PULSE_SERVER");
+    const std::string previous = saved ? saved : "";
+    ::unsetenv("WAXLINE_VIRTUAL_DEVICE");
+    ::setenv("PULSE_SERVER", ("unix:" + empty.file("no-such-socket")).c_str(), 1);
+    try {
+        openPlatform();
+        ADD_FAILURE() << "a platform without a server";
+    } catch (const std::runtime_error& error) {
+        const std::string message = error.what();
+        EXPECT_NE(message.find("PulseAudio"), std::string::npos) << message;
+        EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
+    if (saved)
+        ::setenv("PULSE_SERVER", previous.c_str(), 1);
+    else
+        ::unsetenv("PULSE_SERVER");
+}
+
+TEST(OpenPlatformReal, GivesPulseAudioAndUdevWithoutASetup) {
+    PulseDaemon pulse;
+    if (!pulse.running())
+        GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();
+    ::unsetenv("WAXLINE_VIRTUAL_DEVICE");
+    Platform platform = openPlatform();
+    EXPECT_NE(dynamic_cast<PulseAudioSystem*>(platform.audio.get()), nullptr);
+    ASSERT_NE(platform.usb, nullptr);
+    bool monitorListed = false;
+    for (const auto& d : platform.audio->devices(Direction::Input))
+        monitorListed |= d.serverName == pulse.monitorSource();
+    EXPECT_TRUE(monitorListed);
+}
+
+} // namespace
