@@ -76,8 +76,8 @@ private:
     void consumeOutput(uint32_t frames);
     void catchUpOutput();
     uint64_t hostTimeAt(long double timelineNanos) const;
-    void fireDeviceListChanged();
-    void fireFormatChanged(AudioObjectID id);
+    // Calls, outside every lock, the device-list listeners or the format listeners of `id`.
+    void fireListeners(bool formatListeners, AudioObjectID id);
     std::vector<DeviceInfo> listLocked(Direction direction) const;
 
     VirtualSetup config;

@@ -1,0 +1,121 @@
+// The virtual system's streams: opening them and the Stream objects the caller holds.
+#include "platform/virtual/VirtualAudioSystemShared.h"
+
+namespace waxline::platform {
+
+using namespace virtualaudio;
+
+namespace {
+
+using Shared = VirtualAudioSystem::Shared;
+
+// Start, stop and closing are the same for both directions: they flip the entry's flags under
+// the shared lock and wake the pacing thread.
+template <class EntryType> class VirtualStream : public Stream {
+public:
+    VirtualStream(std::shared_ptr<Shared> shared, std::shared_ptr<EntryType> entry)
+        : shared(std::move(shared))
+        , entry(std::move(entry)) {}
+    ~VirtualStream() override {
+        std::lock_guard lock(shared->mutex);
+        entry->running = false;
+        entry->closed = true;
+        entry->handler = nullptr;
+        shared->wake.notify_all();
+    }
+    Status start() override {
+        std::lock_guard lock(shared->mutex);
+        if (entry->ended)
+            return kErrorUnknownDevice;
+        entry->running = true;
+        shared->wake.notify_all();
+        return kNoError;
+    }
+    Status stop() override {
+        std::lock_guard lock(shared->mutex);
+        entry->running = false;
+        shared->wake.notify_all();
+        return kNoError;
+    }
+    bool isRunning() const override {
+        std::lock_guard lock(shared->mutex);
+        return entry->running;
+    }
+
+protected:
+    std::shared_ptr<Shared> shared;
+    std::shared_ptr<EntryType> entry;
+};
+
+class VirtualInputStream : public VirtualStream<InputEntry> {
+public:
+    VirtualInputStream(std::shared_ptr<Shared> shared, std::shared_ptr<InputEntry> entry,
+                       double rate)
+        : VirtualStream(std::move(shared), std::move(entry))
+        , rate(rate) {}
+    StreamFormat format() const override { return {rate, entry->channels}; }
+    uint64_t xrunCount() const override {
+        std::lock_guard lock(shared->mutex);
+        return entry->xruns;
+    }
+
+private:
+    double rate;
+};
+
+class VirtualOutputStream : public VirtualStream<OutputEntry> {
+public:
+    using VirtualStream::VirtualStream;
+    StreamFormat format() const override { return {entry->rate, entry->channels}; }
+};
+
+} // namespace
+
+// ---- streams (main thread) ----
+
+std::unique_ptr<Stream> VirtualAudioSystem::openInput(AudioObjectID id, uint32_t framesPerBuffer,
+                                                      InputHandler& handler, Status& status) {
+    std::lock_guard lock(shared->mutex);
+    if (id == 0)
+        id = defaultDevice(Direction::Input);
+    if (!device(id, Direction::Input)) {
+        status = kErrorUnknownDevice;
+        return nullptr;
+    }
+    auto entry = std::make_shared<InputEntry>();
+    entry->device = id;
+    entry->handler = &handler;
+    entry->allocate(shared->channels, framesPerBuffer == 0 ? shared->period : framesPerBuffer);
+    shared->sweep();
+    shared->inputs.push_back(entry);
+    status = kNoError;
+    return std::make_unique<VirtualInputStream>(shared, entry, shared->inputRate);
+}
+
+std::unique_ptr<Stream> VirtualAudioSystem::openOutput(AudioObjectID id, StreamFormat format,
+                                                       uint32_t framesPerBuffer,
+                                                       OutputHandler& handler, Status& status) {
+    std::lock_guard lock(shared->mutex);
+    if (id == 0)
+        id = shared->output;
+    if (id == kNoDevice || id != shared->output) {
+        status = kErrorUnknownDevice;
+        return nullptr;
+    }
+    if (format.channels > kMaxChannels) {
+        status = kErrorOpenFailed;
+        return nullptr;
+    }
+    auto entry = std::make_shared<OutputEntry>();
+    entry->device = id;
+    entry->handler = &handler;
+    entry->rate = shared->outputRate;
+    entry->allocate(format.channels == 0 ? 2 : format.channels,
+                    framesPerBuffer == 0 ? shared->period : framesPerBuffer);
+    shared->sweep();
+    shared->outputs.push_back(entry);
+    status = kNoError;
+    return std::make_unique<VirtualOutputStream>(shared, entry);
+}
+
+} // namespace waxline::platform
