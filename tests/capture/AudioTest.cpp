@@ -1,6 +1,7 @@
 #include "capture/Audio.h"
 #include "capture/buffered/CAAudioFileRecorder.h"
 #include "support/FakePlatform.h"
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <QCoreApplication>
@@ -237,16 +238,13 @@ TEST(Audio, NewRecorderWritesFloatStereoAtTheInputRate) {
     EXPECT_NE(errors.find("newRecorder Error: couldn't find output directory"), std::string::npos)
         << errors;
 
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
-    EXPECT_EQ(info.samplerate, 44100); // the input's; the output runs at 48000
-    EXPECT_EQ(info.channels, 2);
-    EXPECT_EQ(info.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
-    ASSERT_EQ(info.frames, 5 * kFrames);
-    std::vector<float> frames(2 * info.frames);
-    sf_readf_float(f, frames.data(), info.frames);
-    sf_close(f);
+    const test::WavContents wav = test::readStereoWav(path);
+    ASSERT_EQ(wav.error, "");
+    EXPECT_EQ(wav.rate, 44100); // the input's; the output runs at 48000
+    EXPECT_EQ(wav.channels, 2);
+    EXPECT_EQ(wav.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
+    ASSERT_EQ(wav.frames(), 5 * kFrames);
+    const std::vector<float>& frames = wav.samples;
     const float gain = static_cast<float>(std::pow(10.0, -6.0 / 20.0));
     for (uint32_t i = 0; i < 5 * kFrames; i += 37) {
         EXPECT_NEAR(frames[2 * i], left[i % kFrames] * gain, 1e-6f) << i;

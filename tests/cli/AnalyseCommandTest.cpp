@@ -1,5 +1,6 @@
 // waxline-cli analyse and make-demo-side, run as a user would run them.
 #include "filters/AudioFilter.h"
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +13,10 @@
 #include <sstream>
 #include <vector>
 
+using waxline::test::readStereoWav;
 using waxline::test::runCommand;
 using waxline::test::TempDir;
+using waxline::test::WavContents;
 
 namespace {
 
@@ -36,18 +39,6 @@ std::vector<double> eventTimes(const std::string& output, const std::string& wha
     for (std::sregex_iterator it(output.begin(), output.end(), line), end; it != end; ++it)
         times.push_back(std::stod((*it)[1]));
     return times;
-}
-
-std::vector<float> readInterleaved(const std::string& path, SF_INFO& info) {
-    info = {};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    EXPECT_NE(f, nullptr) << path;
-    if (!f)
-        return {};
-    std::vector<float> data(static_cast<size_t>(info.frames * info.channels));
-    sf_readf_float(f, data.data(), info.frames);
-    sf_close(f);
-    return data;
 }
 
 void writeWav(const std::string& path, int channels, int rate, size_t frames) {
@@ -125,24 +116,22 @@ TEST_F(AnalyseDemoSide, OutputIsTheEqualisedStream) {
                    printed),
         0)
         << printed;
-    SF_INFO inInfo, outInfo;
-    auto input = readInterleaved(side, inInfo);
-    auto equalised = readInterleaved(out, outInfo);
-    ASSERT_EQ(outInfo.format, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
-    ASSERT_EQ(outInfo.frames, inInfo.frames);
+    const WavContents input = readStereoWav(side);
+    const WavContents equalised = readStereoWav(out);
+    ASSERT_EQ(input.error, "");
+    ASSERT_EQ(equalised.error, "");
+    ASSERT_EQ(equalised.format, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    ASSERT_EQ(equalised.frames(), input.frames());
 
     // The same preset run here on the whole file at once.
-    std::vector<float> left, right;
-    for (size_t i = 0; i < input.size(); i += 2) {
-        left.push_back(input[i]);
-        right.push_back(input[i + 1]);
-    }
+    std::vector<float> left = input.channel(0), right = input.channel(1);
     Sonra::Audio::Filters::AudioFilter f;
     f.Set(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
     f(left.data(), right.data(), left.size());
     size_t differing = 0;
     for (size_t i = 0; i < left.size(); ++i)
-        differing += left[i] != equalised[2 * i] || right[i] != equalised[2 * i + 1];
+        differing +=
+            left[i] != equalised.samples[2 * i] || right[i] != equalised.samples[2 * i + 1];
     EXPECT_EQ(differing, 0u);
 }
 

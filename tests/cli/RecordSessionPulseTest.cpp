@@ -7,7 +7,6 @@
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <atomic>
 #include <cmath>
@@ -20,21 +19,6 @@ namespace {
 constexpr double kToneSeconds = 3.0;
 constexpr double kTonePeak = 0.5; // -6.02 dBFS
 constexpr double kRate = 44100;
-
-std::vector<float> readLeft(const std::string& path, int& rate) {
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (!f)
-        return {};
-    rate = info.samplerate;
-    std::vector<float> all(static_cast<size_t>(info.frames) * info.channels);
-    sf_readf_float(f, all.data(), info.frames);
-    sf_close(f);
-    std::vector<float> left(static_cast<size_t>(info.frames));
-    for (size_t i = 0; i < left.size(); ++i)
-        left[i] = all[i * info.channels];
-    return left;
-}
 
 // A daemon whose default output is a second null sink, so the monitor's playback cannot feed
 // back into "deck".
@@ -94,8 +78,9 @@ TEST(RecordSessionPulse, RecordsAToneFromTheDeckMonitor) {
     ASSERT_EQ(result.files.size(), 1u);
     EXPECT_EQ(result.droppedBuffers, 0u);
 
-    int rate = 0;
-    const std::vector<float> left = readLeft(result.files[0].path, rate);
+    const test::WavContents track = test::readStereoWav(result.files[0].path);
+    const int rate = track.rate;
+    const std::vector<float> left = track.channel(0);
     ASSERT_EQ(rate, 44100);
     // The tone's span: from the first to the last sample above half its peak.
     size_t first = left.size(), last = 0;

@@ -1,5 +1,6 @@
 #include "cli/RecordSession.h"
 #include "cli/DemoSide.h"
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
@@ -10,20 +11,6 @@
 
 namespace waxline {
 namespace {
-
-std::vector<float> readInterleaved(const std::string& path, int& rate) {
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    EXPECT_NE(f, nullptr) << path;
-    if (!f)
-        return {};
-    EXPECT_EQ(info.channels, 2);
-    rate = info.samplerate;
-    std::vector<float> samples(static_cast<size_t>(info.frames) * 2);
-    sf_readf_float(f, samples.data(), info.frames);
-    sf_close(f);
-    return samples;
-}
 
 // Plays a synthetic side through the virtual deck faster than real time and records it with
 // automatic splitting, as `waxline-cli record` does.
@@ -53,8 +40,10 @@ TEST(RecordSession, NothingIsLostAtASplit) {
         }
         sf_close(f);
     }
-    int rate = 0;
-    const std::vector<float> input = readInterleaved(side, rate);
+    const test::WavContents sideWav = test::readStereoWav(side);
+    EXPECT_EQ(sideWav.error, "");
+    EXPECT_EQ(sideWav.channels, 2);
+    const std::vector<float>& input = sideWav.samples;
     const size_t inputFrames = input.size() / 2;
 
     cli::RecordOptions options;
@@ -80,10 +69,11 @@ TEST(RecordSession, NothingIsLostAtASplit) {
     std::vector<size_t> fileStarts;
     for (const auto& f : result.files) {
         fileStarts.push_back(recorded.size() / 2);
-        int fileRate = 0;
-        const auto samples = readInterleaved(f.path, fileRate);
-        EXPECT_EQ(fileRate, 44100);
-        recorded.insert(recorded.end(), samples.begin(), samples.end());
+        const test::WavContents track = test::readStereoWav(f.path);
+        EXPECT_EQ(track.error, "");
+        EXPECT_EQ(track.channels, 2);
+        EXPECT_EQ(track.rate, 44100);
+        recorded.insert(recorded.end(), track.samples.begin(), track.samples.end());
     }
     const size_t recordedFrames = recorded.size() / 2;
     ASSERT_GT(recordedFrames, 44100u * 60);

@@ -78,6 +78,32 @@ bool writeToneWav(const std::string& path, double seconds, double peak, double f
     return writeStereoWav(path, left, right);
 }
 
+WavContents readStereoWav(const std::string& path) {
+    WavContents w;
+    SF_INFO info{};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (!file) {
+        w.error = path + ": " + sf_strerror(nullptr);
+        return w;
+    }
+    w.rate = info.samplerate;
+    w.channels = info.channels;
+    w.format = info.format;
+    w.samples.resize(static_cast<size_t>(info.frames) * static_cast<size_t>(info.channels));
+    const sf_count_t got = sf_readf_float(file, w.samples.data(), info.frames);
+    w.samples.resize(static_cast<size_t>(std::max<sf_count_t>(got, 0)) *
+                     static_cast<size_t>(info.channels));
+    sf_close(file);
+    return w;
+}
+
+std::vector<float> WavContents::channel(int c) const {
+    std::vector<float> one(frames());
+    for (size_t i = 0; i < one.size(); ++i)
+        one[i] = samples[i * static_cast<size_t>(channels) + static_cast<size_t>(c)];
+    return one;
+}
+
 double filePeak(const std::string& path) {
     SF_INFO info{};
     SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);

@@ -7,7 +7,7 @@
 #include <vector>
 
 // Helpers for tests that make and inspect real audio files with the command-line tools the
-// export relies on (ffmpeg, ffprobe) and with libsndfile. Link sndfile when using them.
+// export relies on (ffmpeg, ffprobe) and with libsndfile.
 namespace waxline::test {
 
 // The format tags of a media file as ffprobe reads them, keys in lower case.
@@ -23,6 +23,20 @@ bool makeMp3(const std::string& path, double seconds,
 // Writes a 16-bit PCM stereo WAV at 44.1 kHz; `left`/`right` in full-scale floats.
 bool writeStereoWav(const std::string& path, const std::vector<float>& left,
                     const std::vector<float>& right);
+
+// A sound file read whole with libsndfile: its format, and its samples as floats (full scale
+// 1.0, so 16-bit sample k reads as k / 32768 exactly), frames interleaved. Mostly the stereo
+// track files; a mono or multichannel file comes back as stored.
+struct WavContents {
+    int rate = 0;
+    int channels = 0;
+    int format = 0;    // libsndfile's SF_FORMAT_* of the file
+    std::string error; // why the file could not be read; empty when it was
+    std::vector<float> samples;
+    size_t frames() const { return channels ? samples.size() / static_cast<size_t>(channels) : 0; }
+    std::vector<float> channel(int c) const;
+};
+WavContents readStereoWav(const std::string& path);
 
 // A stereo tone of the given length and peak written as a 16-bit WAV.
 bool writeToneWav(const std::string& path, double seconds, double peak, double frequency = 440);

@@ -1,9 +1,9 @@
 #include "capture/buffered/CAAudioFileRecorder.h"
 #include "capture/buffered/CAXException.h"
+#include "support/MediaFiles.h"
 #include "support/SteppedAudioSystem.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <cmath>
 #include <filesystem>
@@ -15,7 +15,9 @@ namespace waxline {
 namespace {
 
 using test::kDeck;
+using test::readStereoWav;
 using test::SteppedAudioSystem;
+using test::WavContents;
 
 struct TempDir {
     std::filesystem::path path;
@@ -25,26 +27,6 @@ struct TempDir {
     }
     ~TempDir() { std::filesystem::remove_all(path); }
 };
-
-// Interleaved float frames of a WAV file, with its rate and channel count.
-struct WavContents {
-    int rate = 0, channels = 0;
-    std::vector<float> samples;
-};
-WavContents ReadWav(const std::filesystem::path& path) {
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    WavContents w;
-    if (f == nullptr) {
-        return w;
-    }
-    w.rate = info.samplerate;
-    w.channels = info.channels;
-    w.samples.resize(static_cast<std::size_t>(info.frames * info.channels));
-    sf_readf_float(f, w.samples.data(), info.frames);
-    sf_close(f);
-    return w;
-}
 
 float Left(int64_t n) {
     return static_cast<float>(std::sin(n * 0.01)) * 0.8f;
@@ -89,7 +71,7 @@ TEST(CAAudioFileRecorderTest, FileHoldsExactlyTheInput) {
         EXPECT_EQ(recorder.ErrorCount(), 0u);
         EXPECT_EQ(recorder.FramesWritten(), static_cast<uint64_t>(total));
 
-        const WavContents w = ReadWav(path);
+        const WavContents w = readStereoWav(path);
         ASSERT_EQ(w.channels, 2);
         EXPECT_EQ(w.rate, 44100);
         ASSERT_EQ(w.samples.size(), static_cast<std::size_t>(total * 2)) << "block " << block;
@@ -121,7 +103,7 @@ TEST(CAAudioFileRecorderTest, PushIntoAllQueuedBuffersIsDroppedAndCounted) {
         guard.Unlock();
     }
     recorder.Stop();
-    const WavContents w = ReadWav(path);
+    const WavContents w = readStereoWav(path);
     EXPECT_EQ(w.samples.size(), 3000u * 2);
     EXPECT_EQ(w.samples[2 * 2999], Left(2999));
     // Start resets the count.
@@ -147,7 +129,7 @@ TEST(CAAudioFileRecorderTest, GainClampsOnlyThePositiveSide) {
         float* ch[2] = {in.data(), in.data()};
         system.inputHandler->onInput(ch, 2, 100, 0, 0);
         recorder.Stop();
-        const WavContents w = ReadWav(path);
+        const WavContents w = readStereoWav(path);
         ASSERT_EQ(w.samples.size(), 200u);
         EXPECT_NEAR(w.samples[0], c.written, 1e-5) << c.dB << " dB on " << c.in;
         EXPECT_NEAR(w.samples[199], c.written, 1e-5);
@@ -172,8 +154,8 @@ TEST(CAAudioFileRecorderTest, OneWorkerServesSeveralQueues) {
     }
     ra.Stop();
     rb.Stop();
-    const WavContents wa = ReadWav(dir.path / "a.wav");
-    const WavContents wb = ReadWav(dir.path / "b.wav");
+    const WavContents wa = readStereoWav(dir.path / "a.wav");
+    const WavContents wb = readStereoWav(dir.path / "b.wav");
     ASSERT_EQ(wa.samples.size(), 60000u);
     ASSERT_EQ(wb.samples.size(), 60000u);
     const float half = std::pow(10.0f, -6.0f / 20.0f);

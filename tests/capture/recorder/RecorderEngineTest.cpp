@@ -1,9 +1,9 @@
 #include "capture/recorder/RecorderEngine.h"
 #include "support/FakePlatform.h"
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -18,26 +18,8 @@
 namespace waxline {
 namespace {
 
-struct WavContents {
-    int rate = 0;
-    int channels = 0;
-    std::vector<short> samples; // interleaved
-    size_t frames() const { return channels ? samples.size() / channels : 0; }
-};
-
-WavContents readWav(const std::string& path) {
-    WavContents w;
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (!f)
-        return w;
-    w.rate = info.samplerate;
-    w.channels = info.channels;
-    w.samples.resize(static_cast<size_t>(info.frames * info.channels));
-    sf_readf_short(f, w.samples.data(), info.frames);
-    sf_close(f);
-    return w;
-}
+using test::readStereoWav;
+using test::WavContents;
 
 // A deterministic stereo signal with different content on each channel.
 struct Signal {
@@ -123,7 +105,7 @@ TEST(RecorderEngine, EveryCapturedFrameLandsInExactlyOneFile) {
         ASSERT_EQ(paths.size(), boundaries.size() - 1);
         for (size_t f = 0; f < paths.size(); ++f) {
             SCOPED_TRACE(paths[f]);
-            const WavContents w = readWav(paths[f]);
+            const WavContents w = readStereoWav(paths[f]);
             EXPECT_EQ(w.rate, 44100);
             EXPECT_EQ(w.channels, 2);
             ASSERT_EQ(w.frames(), boundaries[f + 1] - boundaries[f]);
@@ -132,8 +114,8 @@ TEST(RecorderEngine, EveryCapturedFrameLandsInExactlyOneFile) {
                 const size_t src = boundaries[f] + i;
                 const float l = expectedAfterGain(signal.left[src], c.gains[f]);
                 const float r = expectedAfterGain(signal.right[src], c.gains[f]);
-                if (std::fabs(w.samples[2 * i] / 32768.0f - l) > 1.5f / 32768 ||
-                    std::fabs(w.samples[2 * i + 1] / 32768.0f - r) > 1.5f / 32768)
+                if (std::fabs(w.samples[2 * i] - l) > 1.5f / 32768 ||
+                    std::fabs(w.samples[2 * i + 1] - r) > 1.5f / 32768)
                     ++worst;
             }
             EXPECT_EQ(worst, 0u) << "frames differing by more than one step";
@@ -152,7 +134,7 @@ TEST(RecorderEngine, MonoInputFillsBothChannels) {
     float* ch[1] = {mono.data()};
     system.lastInputHandler->onInput(ch, 1, 4800, 0, 0);
     engine.stop();
-    const WavContents w = readWav(dir.file("m.wav"));
+    const WavContents w = readStereoWav(dir.file("m.wav"));
     EXPECT_EQ(w.rate, 48000);
     ASSERT_EQ(w.frames(), 4800u);
     for (size_t i = 0; i < 4800; i += 97)
@@ -246,13 +228,13 @@ TEST(RecorderEngine, WriteFailureStopsWritingAndKeepsWhatFitted) {
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
 
-    const WavContents w = readWav(path);
+    const WavContents w = readStereoWav(path);
     ASSERT_EQ(w.channels, 2);
     const size_t maxFrames = (kLimit - 44) / 4;
     EXPECT_LE(w.frames(), maxFrames);
     EXPECT_GE(w.frames(), maxFrames - 2 * RecorderEngine::kBlockFrames);
     for (size_t i = 0; i < w.frames(); i += 101)
-        ASSERT_NEAR(w.samples[2 * i] / 32768.0, signal.left[i], 1.5 / 32768) << "frame " << i;
+        ASSERT_NEAR(w.samples[2 * i], signal.left[i], 1.5 / 32768) << "frame " << i;
 }
 
 } // namespace

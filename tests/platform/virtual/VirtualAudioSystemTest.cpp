@@ -1,4 +1,5 @@
 #include "platform/virtual/VirtualAudioSystem.h"
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
@@ -12,11 +13,13 @@
 #include <vector>
 
 using namespace waxline::platform;
+using waxline::test::readStereoWav;
 using waxline::test::TempDir;
+using waxline::test::WavContents;
 
 namespace {
 
-// Frames as channels of floats, read or written with libsndfile directly.
+// Frames as channels of floats; the test files are written with libsndfile directly.
 using Frames = std::vector<std::vector<float>>;
 
 void writeWav(const std::string& path, int rate, int channels, int frames, int format) {
@@ -39,20 +42,11 @@ void writeWav(const std::string& path, int rate, int channels, int frames, int f
     sf_close(file);
 }
 
-Frames readWav(const std::string& path, int* rate = nullptr) {
-    SF_INFO info{};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    if (!file)
-        return {};
-    std::vector<float> data(static_cast<size_t>(info.frames) * info.channels);
-    sf_readf_float(file, data.data(), info.frames);
-    sf_close(file);
-    if (rate)
-        *rate = info.samplerate;
-    Frames frames(info.channels, std::vector<float>(info.frames));
-    for (sf_count_t i = 0; i < info.frames; ++i)
-        for (int c = 0; c < info.channels; ++c)
-            frames[c][i] = data[static_cast<size_t>(i) * info.channels + c];
+// The file's samples, one vector per channel.
+Frames channelsOf(const WavContents& wav) {
+    Frames frames;
+    for (int c = 0; c < wav.channels; ++c)
+        frames.push_back(wav.channel(c));
     return frames;
 }
 
@@ -147,7 +141,7 @@ TEST_F(VirtualAudioSystemTest, ListsTheDeckAndTheOutput) {
 }
 
 TEST_F(VirtualAudioSystemTest, SteppedStreamsGetTheFileFrameForFrameThenSilence) {
-    const Frames file = readWav(wav);
+    const Frames file = channelsOf(readStereoWav(wav));
     auto audio = make("speed=step");
     Recorder small, large;
     Status status = kErrorUnknownDevice;
@@ -177,7 +171,7 @@ TEST_F(VirtualAudioSystemTest, SteppedStreamsGetTheFileFrameForFrameThenSilence)
 }
 
 TEST_F(VirtualAudioSystemTest, AStreamStartedLaterJoinsTheSharedTimeline) {
-    const Frames file = readWav(wav);
+    const Frames file = channelsOf(readStereoWav(wav));
     auto audio = make("speed=step");
     Recorder first, second;
     Status status;
@@ -199,7 +193,7 @@ TEST_F(VirtualAudioSystemTest, AStreamStartedLaterJoinsTheSharedTimeline) {
 TEST_F(VirtualAudioSystemTest, MonoFilesFeedEveryChannelAndOverflowSkipsFrames) {
     const std::string mono = dir.file("mono.wav");
     writeWav(mono, 22050, 1, 5000, SF_FORMAT_FLOAT);
-    const Frames file = readWav(mono);
+    const Frames file = channelsOf(readStereoWav(mono));
     VirtualAudioSystem audio(parseVirtualSetup("file=" + mono + ",speed=step"));
     Recorder rec;
     Status status;
@@ -222,7 +216,7 @@ TEST_F(VirtualAudioSystemTest, MonoFilesFeedEveryChannelAndOverflowSkipsFrames) 
 }
 
 TEST_F(VirtualAudioSystemTest, PacedStreamsAtTwentyTimesRealTimeGetTheFileThenSilence) {
-    const Frames file = readWav(wav);
+    const Frames file = channelsOf(readStereoWav(wav));
     auto audio = make("speed=20,buffer=256");
     Recorder one, two;
     Status status;
@@ -338,8 +332,9 @@ TEST_F(VirtualAudioSystemTest, TheOutputConsumesAtItsOwnClockAndWritesWhatItHear
         audio->removeOutput();
         EXPECT_EQ(player.ended, 1);
     }
-    int rate = 0;
-    const Frames got = readWav(heard, &rate);
+    const WavContents heardWav = readStereoWav(heard);
+    const int rate = heardWav.rate;
+    const Frames got = channelsOf(heardWav);
     EXPECT_EQ(rate, 48000);
     ASSERT_EQ(got.size(), 2u);
     ASSERT_EQ(got[0].size(), static_cast<size_t>(std::floor(10.0 / 1.001 * 48000)));
