@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QLocale>
+#include <QString>
+
+// The catalogue of "IDS_" keys: context "Localizable", the key as source text.
+namespace waxline::ui {
+
+// The text of a key in the installed catalogue, or a null string when the catalogue has
+// none (Linguist hands back the source text, which is the key itself).
+QString localizedKey(const QString& key);
+
+// Installs the catalogue for the locale's language, English when there is none for it.
+// Returns the language code installed ("en", "de").
+QString installCatalogue(const QLocale& locale);
+
+// Plain text of a catalogue value, which may be Qt rich text.
+QString plainTextOf(const QString& richOrPlain);
+
+} // namespace waxline::ui

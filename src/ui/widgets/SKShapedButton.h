@@ -1,0 +1,71 @@
+#pragma once
+
+#include "ui/widgets/Picture.h"
+
+#include <QAbstractButton>
+#include <QImage>
+
+namespace waxline::ui {
+
+class WXTextView;
+
+// Whether a point (in the picture's logical pixels, rows from the top) lands on the picture:
+// its alpha byte is 128 or more. Pictures without alpha, or not 8 bits a sample, hit
+// everywhere inside the bounds; outside the bounds nothing hits.
+bool shapedHit(const QImage& bitmap, QPointF point, QSize bounds);
+
+// A button drawn from a picture of any shape: only its opaque pixels take clicks, a
+// click elsewhere falls through to the panel. The pressed picture follows the palette's
+// highlight colour ("Aqua", or "Graphite" when that colour is a grey); a localised caption
+// lies over it. Main thread only.
+class SKShapedButton : public QAbstractButton {
+    Q_OBJECT
+    Q_PROPERTY(QString image READ imageName WRITE setImageName)
+    Q_PROPERTY(QString alternateImage READ alternateImageName WRITE setAlternateImageName)
+public:
+    explicit SKShapedButton(QWidget* parent = nullptr);
+
+    Picture image() const { return normal; }
+    void setImage(const Picture& picture);
+    Picture alternateImage() const { return alternate; }
+    void setAlternateImage(const Picture& picture);
+
+    QString imageName() const { return normal.name(); }
+    void setImageName(const QString& name);
+    QString alternateImageName() const { return alternate.name(); }
+    void setAlternateImageName(const QString& name);
+
+    QString imageBaseName() const { return baseName; }
+    void setImageBaseName(const QString& name);
+    void updateImageBaseName();
+
+    // Once the form has set its properties: the tint and the caption.
+    void awakeFromNib();
+    bool graphiteTint() const;
+    void controlTintChanged();
+
+    WXTextView* caption() const { return captionView; }
+    // The picture the button shows in its present state, at the given device-pixel ratio.
+    QImage pictureToDraw(qreal dpr) const;
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool hitButton(const QPoint& pos) const override;
+    void changeEvent(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    QImage hitBitmap() const;
+
+    Picture normal;
+    Picture alternate;
+    QString baseName;
+    WXTextView* captionView = nullptr;
+    bool focusFromKeyboard = false;
+    mutable QImage hitCache;
+};
+
+} // namespace waxline::ui
