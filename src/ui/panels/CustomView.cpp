@@ -36,7 +36,7 @@ QLabel[textStyle="number"] { font-size: 13px; color: #6B5646; }
 QLabel[textStyle="value"] { font-size: 26px; font-weight: bold; color: #3B2A20; }
 QLabel[textStyle="hint"] { font-size: 11px; color: #5E4A3B; }
 QLabel[textStyle="card"] { font-size: 13px; font-weight: bold; color: #2B1F17; }
-QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #F4ECDD; }
+QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #3B2A20; }
 QLabel#caption { font-size: 14px; font-weight: bold; color: #2B1F17; }
 *[image="btn_WideDefault"] > QLabel#caption { color: #2B1F17; }
 *[image="btn_Record"] > QLabel#caption, *[image="btn_Stop"] > QLabel#caption { color: #FFF7EC; }
@@ -101,7 +101,7 @@ void setOn(SKShapedButton* button, bool on) {
         button->setChecked(on);
 }
 
-void setEnabled(QWidget* widget, bool enabled) {
+void enableIf(QWidget* widget, bool enabled) {
     if (widget)
         widget->setEnabled(enabled);
 }
@@ -163,9 +163,9 @@ void CustomView::awakeFromNib() {
         }
     }
     setOn(_yesButton6, true);
-    setEnabled(_yesButton6, false);
+    enableIf(_yesButton6, false);
     setOn(_noButton6, false);
-    setEnabled(_noButton6, true);
+    enableIf(_noButton6, true);
     setOn(selectDeviceOrbitDisc, true);
     setOn(selectDeviceReelRunner, false);
     setOn(normalTapeButton, true);
@@ -492,16 +492,16 @@ void CustomView::doGainSlider(QObject* sender) {
 
 void CustomView::doYesButton6(QObject*) {
     setOn(_yesButton6, true);
-    setEnabled(_yesButton6, false);
+    enableIf(_yesButton6, false);
     setOn(_noButton6, false);
-    setEnabled(_noButton6, true);
+    enableIf(_noButton6, true);
 }
 
 void CustomView::doNoButton6(QObject*) {
     setOn(_noButton6, true);
-    setEnabled(_noButton6, false);
+    enableIf(_noButton6, false);
     setOn(_yesButton6, false);
-    setEnabled(_yesButton6, true);
+    enableIf(_yesButton6, true);
 }
 
 void CustomView::doSelectDeviceOrbitDisc(QObject*) {

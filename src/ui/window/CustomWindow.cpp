@@ -80,6 +80,9 @@ void CustomWindow::setContentView(QWidget* view) {
 }
 
 void CustomWindow::updateShape() {
+    // The offscreen platform (screenshots, tests) has no window shapes to set.
+    if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+        return;
     auto panel = qobject_cast<CustomView*>(content.data());
     if (!panel || panel->backgroundImage().isNull()) {
         clearMask();

@@ -33,6 +33,9 @@ QImage grabPanel(CustomWindow& window, CustomView& view) {
     window.setContentView(&view);
     window.show();
     QApplication::processEvents();
+    // A picture of the panel at rest: no control shows keyboard focus.
+    if (QWidget* focused = window.focusWidget())
+        focused->clearFocus();
     return window.grab().toImage();
 }
 
