@@ -39,7 +39,9 @@ QRegion shapeOfPicture(const QImage& picture) {
     if (picture.isNull())
         return {};
     const QImage alpha = picture.convertToFormat(QImage::Format_RGBA8888);
+    // Index 1 is colour1 (black), which a bitmap region takes as inside.
     QImage mask(alpha.size(), QImage::Format_Mono);
+    mask.setColorTable({qRgb(255, 255, 255), qRgb(0, 0, 0)});
     mask.fill(0);
     for (int y = 0; y < alpha.height(); ++y) {
         const uchar* row = alpha.constScanLine(y);

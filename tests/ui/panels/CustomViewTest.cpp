@@ -1,0 +1,285 @@
+#include "ui/panels/CustomView.h"
+
+#include "support/RecordingPanelController.h"
+#include "ui/panels/SubViewController.h"
+#include "ui/panels/TranslateView.h"
+#include "ui/widgets/MeteringView.h"
+#include "ui/widgets/SKShapedButton.h"
+#include "ui/window/CustomWindow.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSlider>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace waxline::ui;
+using waxline::test::RecordingPanelController;
+
+namespace {
+
+// A panel loaded from its form, localised, wired to a recording controller.
+struct Panel {
+    RecordingPanelController controller;
+    std::unique_ptr<CustomView> view;
+
+    explicit Panel(const char* nib) {
+        SubViewController loader(QString::fromLatin1(nib), &controller);
+        view = loader.takeView();
+        if (!view)
+            return;
+        TranslateView(view.get());
+        view->setController(&controller);
+    }
+    template <typename T> T* child(const char* name) const {
+        return view->findChild<T*>(QString::fromLatin1(name));
+    }
+    SKShapedButton* button(const char* name) const { return child<SKShapedButton>(name); }
+};
+
+// Gives focus to the first control that Tab reaches in the view.
+void focusFirst(QWidget* view) {
+    for (QWidget* w = view->nextInFocusChain(); w != view; w = w->nextInFocusChain())
+        if ((w->focusPolicy() & Qt::TabFocus) && w->isVisibleTo(view) && w->isEnabled()) {
+            w->setFocus(Qt::TabFocusReason);
+            return;
+        }
+}
+
+} // namespace
+
+TEST(CustomView, GainSliderRoundsToATenthAndForwardsTheShownValue) {
+    Panel panel("WXL_Tab2");
+    ASSERT_TRUE(panel.view);
+    auto slider = panel.child<QSlider>("o_gainDbSlider");
+    auto readout = panel.child<QLabel>("o_gainValueText");
+    ASSERT_TRUE(slider && readout);
+    EXPECT_EQ(readout->text(), QStringLiteral("+0.0")) << "shown at load";
+    struct Case {
+        int hundredths;
+        const char* shown;
+        float forwarded;
+    };
+    const Case cases[] = {
+        {226, "+2.3", 2.3f}, {0, "+0.0", 0.0f},   {-2000, "-20.0", -20.0f}, {2000, "+20.0", 20.0f},
+        {-4, "+0.0", 0.0f},  {-6, "-0.1", -0.1f}, {1234, "+12.3", 12.3f},   {125, "+1.3", 1.3f},
+    };
+    for (const Case& c : cases) {
+        panel.controller.clear();
+        slider->setValue(c.hundredths == slider->value() ? c.hundredths + 1 : c.hundredths);
+        slider->setValue(c.hundredths);
+        EXPECT_EQ(readout->text(), QLatin1String(c.shown)) << c.hundredths;
+        ASSERT_FALSE(panel.controller.calls.empty());
+        const auto& last = panel.controller.calls.back();
+        EXPECT_EQ(last.name, QStringLiteral("setRecordingGainDb"));
+        EXPECT_FLOAT_EQ(last.gainDb, c.forwarded) << c.hundredths;
+    }
+}
+
+TEST(CustomView, RadioPairsAndTheirQueries) {
+    Panel device("WXL_SelectDeviceTab");
+    ASSERT_TRUE(device.view);
+    auto turntable = device.button("selectDeviceOrbitDisc");
+    auto cassette = device.button("selectDeviceReelRunner");
+    EXPECT_TRUE(device.view->getSelectedDeviceIsTurtable()) << "turntable chosen at load";
+    cassette->click();
+    EXPECT_FALSE(device.view->getSelectedDeviceIsTurtable());
+    EXPECT_TRUE(cassette->isChecked());
+    EXPECT_FALSE(turntable->isChecked());
+    cassette->click();
+    EXPECT_TRUE(cassette->isChecked()) << "clicking the chosen one keeps it chosen";
+    turntable->click();
+    EXPECT_TRUE(device.view->getSelectedDeviceIsTurtable());
+    EXPECT_FALSE(cassette->isChecked());
+
+    Panel tape("WXL_SelectTape");
+    ASSERT_TRUE(tape.view);
+    EXPECT_FALSE(tape.view->getSelectedTapeTypeIsChrome()) << "normal tape at load";
+    tape.button("chromeTapeButton")->click();
+    EXPECT_TRUE(tape.view->getSelectedTapeTypeIsChrome());
+    EXPECT_FALSE(tape.button("normalTapeButton")->isChecked());
+    tape.button("normalTapeButton")->click();
+    EXPECT_FALSE(tape.view->getSelectedTapeTypeIsChrome());
+    // Chrome is "normal is not on", whatever the chrome button says.
+    tape.button("normalTapeButton")->setChecked(false);
+    EXPECT_TRUE(tape.view->getSelectedTapeTypeIsChrome());
+    EXPECT_TRUE(device.controller.calls.empty()) << "choosing sends nothing to the controller";
+}
+
+TEST(CustomView, QuestionPanelAnswersAndNext) {
+    Panel question("WXL_Tab6");
+    ASSERT_TRUE(question.view);
+    auto yes = question.button("_yesButton6");
+    auto no = question.button("_noButton6");
+    auto next = question.button("nextButton");
+    EXPECT_TRUE(yes->isChecked());
+    EXPECT_FALSE(yes->isEnabled()) << "a chosen answer cannot be clicked again";
+    EXPECT_FALSE(no->isChecked());
+    EXPECT_TRUE(no->isEnabled());
+
+    next->click();
+    no->click();
+    EXPECT_TRUE(no->isChecked());
+    EXPECT_FALSE(no->isEnabled());
+    EXPECT_FALSE(yes->isChecked());
+    EXPECT_TRUE(yes->isEnabled());
+    next->click();
+    yes->click();
+    next->click();
+    EXPECT_EQ(question.controller.names(),
+              (QStringList{"doNextButton6", "doCloseApplication", "doNextButton6"}));
+    EXPECT_EQ(question.controller.calls[1].sender, next);
+}
+
+TEST(CustomView, RecordButtonAsksForNeitherNormalisationNorClickRemoval) {
+    Panel ready("WXL_Tab2");
+    ASSERT_TRUE(ready.view);
+    ready.button("recordButton")->click();
+    ASSERT_EQ(ready.controller.names(), QStringList{"doRecordButton"});
+    const auto& call = ready.controller.calls.front();
+    EXPECT_EQ(call.sender, ready.view.get()) << "the view itself is the sender";
+    EXPECT_FALSE(call.normalization);
+    EXPECT_FALSE(call.clickRemoval);
+}
+
+TEST(CustomView, SplitButtonVisibilityAndAutomaticSplit) {
+    Panel recording("WXL_Tab3");
+    ASSERT_TRUE(recording.view);
+    auto split = recording.button("splitTracksButton");
+    recording.view->setSplitButtonVisibility(false);
+    EXPECT_TRUE(split->isHidden());
+    EXPECT_FALSE(split->isEnabled());
+    recording.view->setSplitButtonVisibility(true);
+    EXPECT_FALSE(split->isHidden());
+    EXPECT_TRUE(split->isEnabled());
+
+    Panel ready("WXL_Tab2");
+    EXPECT_FALSE(ready.view->getAutomaticallySplitTracks());
+    ready.child<QCheckBox>("automaticallySplitTracks")->setChecked(true);
+    EXPECT_TRUE(ready.view->getAutomaticallySplitTracks());
+}
+
+TEST(CustomView, MeteringReadsEachChannelsPeakIntoItsMeter) {
+    Panel ready("WXL_Tab2");
+    ASSERT_TRUE(ready.view);
+    int leftReads = 0;
+    int rightReads = 0;
+    ready.view->setPeakReaders([&] { return ++leftReads, 1.0f; },
+                               [&] { return ++rightReads, 0.5f; });
+    std::unique_ptr<QTimer> timer = ready.view->startMetering();
+    ASSERT_TRUE(timer);
+    EXPECT_TRUE(timer->isActive());
+    EXPECT_EQ(timer->interval(), 67) << "1/15 s in whole milliseconds";
+    EXPECT_EQ(leftReads, 1) << "fired once at once";
+    EXPECT_EQ(rightReads, 1);
+    auto left = ready.child<MeteringView>("_MeteringViewL");
+    auto right = ready.child<MeteringView>("_MeteringViewR");
+    EXPECT_EQ(left->numChannels(), 1);
+    EXPECT_TRUE(left->hasClipIndicator());
+    EXPECT_EQ(left->clipState(0), 1) << "full scale lights the left lamp";
+    EXPECT_EQ(right->clipState(0), 0);
+    EXPECT_NEAR(right->meterValue(0), 0.5 / 0.9999 * 240, 0.01);
+    std::unique_ptr<QTimer> second = ready.view->startMetering();
+    EXPECT_TRUE(timer->isActive()) << "the caller stops the first timer, not startMetering";
+}
+
+TEST(CustomView, DragKeepsOnlyTheTopEdgeOnTheScreen) {
+    const QRect screen(0, 0, 1920, 1080);
+    const QRect lowerScreen(0, 200, 1280, 800);
+    struct Case {
+        const char* what;
+        QPointF mouse;
+        QPointF offset;
+        QRect screen;
+        QPoint origin;
+    };
+    const Case cases[] = {
+        {"inside", {500, 400}, {100, 50}, screen, {400, 350}},
+        {"above the top stops at the top", {500, 20}, {100, 50}, screen, {400, 0}},
+        {"far left is allowed", {-300, 400}, {100, 50}, screen, {-400, 350}},
+        {"far right is allowed", {2500, 400}, {100, 50}, screen, {2400, 350}},
+        {"far down is allowed", {500, 1500}, {100, 50}, screen, {400, 1450}},
+        {"a screen that starts lower", {300, 210}, {10, 40}, lowerScreen, {290, 200}},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(windowOriginForDrag(c.mouse, c.offset, c.screen), c.origin) << c.what;
+}
+
+TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
+    struct Case {
+        const char* nib;
+        const char* onReturn;
+        const char* onEscape;
+    };
+    const Case cases[] = {
+        {"WXL_Tab1", "doNextButton1", nullptr},
+        {"WXL_SelectDeviceTab", "doNextButtonSelectDevice", "doBackButtonSelectDevice"},
+        {"WXL_Tab2", "doRecordButton", "doBackButton2"},
+        {"WXL_Tab3", "doNextButton3", "doBackButton3"},
+        {"WXL_Tab7", "doNextButton7", "doBackButton7"},
+        {"WXL_Tab10", "doNextButton10", "doBackButton10"},
+    };
+    for (const Case& c : cases) {
+        CustomWindow window; // before the panel: the window is left with no child to delete
+        Panel panel(c.nib);
+        ASSERT_TRUE(panel.view) << c.nib;
+        window.setContentView(panel.view.get());
+        window.show();
+        QApplication::setActiveWindow(&window);
+        if (!QApplication::focusWidget())
+            focusFirst(panel.view.get());
+        QWidget* focused = QApplication::focusWidget();
+        ASSERT_NE(focused, nullptr) << c.nib;
+        QTest::keyClick(focused, Qt::Key_Return);
+        QTest::keyClick(focused, Qt::Key_Escape);
+        QStringList expected{QLatin1String(c.onReturn)};
+        if (c.onEscape)
+            expected << QLatin1String(c.onEscape);
+        EXPECT_EQ(panel.controller.names(), expected) << c.nib;
+        window.setContentView(nullptr);
+    }
+
+    CustomWindow window;
+    Panel naming("WXL_Tab7");
+    window.setContentView(naming.view.get());
+    window.show();
+    QApplication::setActiveWindow(&window);
+    if (!QApplication::focusWidget())
+        focusFirst(naming.view.get());
+    QStringList order;
+    for (int i = 0; i < 16; ++i) {
+        order << QApplication::focusWidget()->objectName();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QStringList expected{"artistField", "albumField"};
+    for (int track = 1; track <= 10; ++track)
+        expected << QStringLiteral("trackField%1").arg(track);
+    expected << "nextButton"
+             << "backButton"
+             << "helpButton"
+             << "closeButton";
+    EXPECT_EQ(order, expected);
+    QTest::keyClick(naming.child<QLineEdit>("trackField3"), Qt::Key_Return);
+    EXPECT_EQ(naming.controller.names(), QStringList{"doNextButton7"})
+        << "Return in a field presses Next";
+    window.setContentView(nullptr);
+}
+
+TEST(CustomView, AccessibleNamesComeFromTheLocalisedTexts) {
+    Panel naming("WXL_Tab7");
+    ASSERT_TRUE(naming.view);
+    naming.view->updateAccessibleNames();
+    auto text = [](const char* key) { return QCoreApplication::translate("Localizable", key); };
+    EXPECT_EQ(naming.button("closeButton")->accessibleName(), text("IDS_BUTTON_CLOSE"));
+    EXPECT_EQ(naming.button("helpButton")->accessibleName(), text("IDS_BUTTON_HELP"));
+    EXPECT_EQ(naming.button("nextButton")->accessibleName(), text("IDS_BUTTON_NEXT"));
+    EXPECT_EQ(naming.child<QLineEdit>("artistField")->accessibleName(), text("IDS_ARTIST_LABEL"));
+    EXPECT_EQ(naming.child<QLineEdit>("trackField3")->accessibleName(),
+              text("IDS_TRACKNAME_LABEL") + QStringLiteral(" 3."));
+}

@@ -1,0 +1,197 @@
+#include "ui/panels/PanelForms.h"
+
+#include "support/RecordingPanelController.h"
+#include "ui/panels/CustomView.h"
+#include "ui/panels/SubViewController.h"
+#include "ui/widgets/MeteringView.h"
+#include "ui/widgets/Picture.h"
+#include "ui/widgets/SKShapedButton.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QSlider>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+using namespace waxline::ui;
+using waxline::test::RecordingPanelController;
+
+namespace {
+
+enum class Kind { Label, Field, Level };
+
+struct Tagged {
+    int first, last;
+    Kind kind;
+};
+
+struct FormCase {
+    unsigned panel;
+    const char* nib;
+    std::vector<Tagged> tags;
+    std::vector<const char*> named;
+    std::vector<const char*> actions; // every action the panel's controls carry
+};
+
+const std::vector<FormCase>& formCases() {
+    static const std::vector<FormCase> cases = {
+        {1, "WXL_Tab1", {}, {}, {"doNextButton1:"}},
+        {2,
+         "WXL_Tab2",
+         {},
+         {"o_gainDbSlider", "o_gainValueText", "_MeteringViewL", "_MeteringViewR",
+          "automaticallySplitTracks"},
+         {"doBackButton2:", "doRecordButton:", "doGainSlider:"}},
+        {3,
+         "WXL_Tab3",
+         {{21, 22, Kind::Label}},
+         {"_MeteringViewL", "_MeteringViewR", "splitTracksButton"},
+         {"doBackButton3:", "doNextButton3:", "doNewTrackButton:"}},
+        {4, "WXL_Tab4", {{10, 12, Kind::Field}}, {}, {"doBackButton4:", "doNextButton4:"}},
+        {5,
+         "WXL_Tab5",
+         {{31, 31, Kind::Level}},
+         {"_progressIndicator"},
+         {"doBackButton5:", "doNextButton5:"}},
+        {6,
+         "WXL_Tab6",
+         {},
+         {"_yesButton6", "_noButton6"},
+         {"doBackButton6:", "doNextButton6:", "doYesButton6:", "doNoButton6:"}},
+        {7,
+         "WXL_Tab7",
+         {{51, 52, Kind::Field}, {61, 70, Kind::Field}},
+         {},
+         {"doBackButton7:", "doNextButton7:"}},
+        {8, "WXL_Tab8", {{71, 80, Kind::Field}}, {}, {"doBackButton8:", "doNextButton8:"}},
+        {9, "WXL_Tab9", {{81, 90, Kind::Field}}, {}, {"doBackButton9:", "doNextButton9:"}},
+        {10, "WXL_Tab10", {{91, 100, Kind::Field}}, {}, {"doBackButton10:", "doNextButton10:"}},
+        {11,
+         "WXL_SelectDeviceTab",
+         {},
+         {"selectDeviceOrbitDisc", "selectDeviceReelRunner"},
+         {"doBackButtonSelectDevice:", "doNextButtonSelectDevice:", "doSelectDeviceOrbitDisc:",
+          "doSelectDeviceReelRunner:"}},
+        {12,
+         "WXL_SelectTape",
+         {},
+         {"normalTapeButton", "chromeTapeButton"},
+         {"doBackButtonSelectTape:", "doNextButtonSelectTape:", "doSelectTapeNormal:",
+          "doSelectTapeChrome:"}},
+    };
+    return cases;
+}
+
+bool isKind(QWidget* widget, Kind kind) {
+    switch (kind) {
+    case Kind::Label:
+        return qobject_cast<QLabel*>(widget);
+    case Kind::Field:
+        return qobject_cast<QLineEdit*>(widget);
+    case Kind::Level:
+        return qobject_cast<QProgressBar*>(widget);
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(PanelForms, EveryFormLoadsWithItsTagsNamesAndActions) {
+    for (const FormCase& c : formCases()) {
+        SCOPED_TRACE(c.nib);
+        EXPECT_EQ(nibNameForPanel(c.panel), QLatin1String(c.nib));
+        RecordingPanelController controller;
+        SubViewController loader(QLatin1String(c.nib), &controller);
+        CustomView* view = loader.view();
+        ASSERT_NE(view, nullptr);
+        EXPECT_EQ(view->size(), QSize(720, 480));
+        for (const Tagged& range : c.tags)
+            for (int tag = range.first; tag <= range.last; ++tag) {
+                QWidget* control = view->viewWithTag(tag);
+                ASSERT_NE(control, nullptr) << "tag " << tag;
+                EXPECT_TRUE(isKind(control, range.kind)) << "tag " << tag;
+            }
+        for (const char* name : c.named)
+            EXPECT_NE(view->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
+
+        std::set<QString> actions;
+        int defaults = 0;
+        int backs = 0;
+        const auto controls = view->findChildren<QWidget*>();
+        for (QWidget* control : controls) {
+            const QString action = control->property("action").toString();
+            if (!action.isEmpty()) {
+                EXPECT_TRUE(isPanelAction(action)) << qPrintable(action);
+                actions.insert(action);
+            }
+            const QString role = control->property("role").toString();
+            defaults += role == QLatin1String("default");
+            backs += role == QLatin1String("back");
+        }
+        std::set<QString> expected{QStringLiteral("doCloseButton:"), QStringLiteral("showHelp:")};
+        for (const char* action : c.actions)
+            expected.insert(QLatin1String(action));
+        EXPECT_EQ(actions, expected);
+        EXPECT_EQ(defaults, 1) << "one default action";
+        EXPECT_EQ(backs, c.panel == 1 ? 0 : 1) << "Back on every panel but the first";
+
+        const auto buttons = view->findChildren<SKShapedButton*>();
+        for (SKShapedButton* button : buttons) {
+            EXPECT_FALSE(button->image().isNull()) << qPrintable(button->objectName());
+            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Aqua")));
+            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Graphite")));
+            EXPECT_EQ(button->size(), button->image().size())
+                << qPrintable(button->objectName()) << ": the frame fits its picture";
+            const bool pictureOnly = button->text().isEmpty();
+            EXPECT_EQ(pictureOnly, !button->property("accessibleKey").toString().isEmpty())
+                << qPrintable(button->objectName());
+        }
+        const auto labels = view->findChildren<QLabel*>();
+        for (QLabel* label : labels) {
+            const QString artwork = label->property("artwork").toString();
+            if (!artwork.isEmpty()) {
+                EXPECT_TRUE(artworkExists(artwork)) << qPrintable(artwork);
+            }
+        }
+    }
+}
+
+TEST(PanelForms, EveryButtonForwardsItsOwnAction) {
+    for (const FormCase& c : formCases()) {
+        SCOPED_TRACE(c.nib);
+        RecordingPanelController controller;
+        SubViewController loader(QLatin1String(c.nib), &controller);
+        CustomView* view = loader.view();
+        ASSERT_NE(view, nullptr);
+        view->setController(&controller);
+        const auto buttons = view->findChildren<SKShapedButton*>();
+        for (SKShapedButton* button : buttons) {
+            const QString action = button->property("action").toString();
+            const QString selector = action.chopped(1);
+            if (selector.startsWith(QLatin1String("doSelect")) ||
+                selector.startsWith(QLatin1String("doYes")) ||
+                selector.startsWith(QLatin1String("doNo")))
+                continue; // radio choices stay in the view
+            controller.clear();
+            button->setEnabled(true);
+            button->click();
+            ASSERT_EQ(controller.calls.size(), 1u) << qPrintable(action);
+            EXPECT_EQ(controller.calls[0].name, selector);
+            if (selector != QLatin1String("doRecordButton")) {
+                EXPECT_EQ(controller.calls[0].sender, button);
+            }
+        }
+    }
+}
+
+TEST(PanelForms, UnknownFormLeavesTheViewEmpty) {
+    SubViewController loader(QStringLiteral("WXL_NoSuchTab"), nullptr);
+    EXPECT_EQ(loader.view(), nullptr);
+    EXPECT_TRUE(nibNameForPanel(0).isEmpty());
+    EXPECT_TRUE(nibNameForPanel(13).isEmpty());
+}
