@@ -54,7 +54,7 @@ QSlider::handle:horizontal:focus { border: 2px solid #2F8FA3; }
 QCheckBox::indicator { width: 18px; height: 18px; border: 1px solid #8C7358; border-radius: 4px;
                        background: #FFFDF8; }
 QCheckBox::indicator:checked { background: #D9892B; border: 1px solid #3B2A20; }
-QCheckBox:focus::indicator { border: 2px solid #2F8FA3; }
+QCheckBox::indicator:focus { border: 2px solid #2F8FA3; }
 )";
 
 // The meters tick 15 times a second; QTimer counts whole milliseconds.

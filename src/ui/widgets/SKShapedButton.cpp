@@ -101,6 +101,8 @@ void SKShapedButton::awakeFromNib() {
     QRect frame = rect();
     if (title.startsWith(QLatin1String("IDS_BUTTON_BOTTOM_")))
         frame = QRect(0, height() / 2, width(), height() / 2);
+    // Pictures with a glyph at their left end (Record, Stop) centre the caption beside it.
+    frame.setLeft(frame.left() + property("captionInset").toInt());
     delete captionView;
     captionView = new WXTextView(this);
     captionView->setObjectName(QStringLiteral("caption"));

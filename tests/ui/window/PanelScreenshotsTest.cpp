@@ -21,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 using namespace waxline::ui;
@@ -70,9 +71,10 @@ std::vector<std::string> clippedTexts(const CustomView& view) {
         if (!view.rect().contains(inPanel))
             problems.push_back(name + " sticks out of the panel");
         if (auto caption = qobject_cast<const WXTextView*>(label)) {
-            const QRect button = caption->parentWidget()->rect();
-            if (!button.adjusted(8, 0, -8, 0).contains(caption->geometry()))
-                problems.push_back(name + " is wider than its button");
+            const QWidget* button = caption->parentWidget();
+            const int left = std::max(8, button->property("captionInset").toInt());
+            if (!button->rect().adjusted(left, 0, -8, 0).contains(caption->geometry()))
+                problems.push_back(name + " is wider than its button or covers its glyph");
         }
     }
     return problems;
