@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLoggingCategory>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMetaMethod>
@@ -26,6 +27,9 @@
 namespace waxline::ui {
 
 namespace {
+
+// Off unless asked for (QT_LOGGING_RULES="waxline.ui.panels.debug=true").
+Q_LOGGING_CATEGORY(panelLog, "waxline.ui.panels", QtWarningMsg)
 
 // One look for every panel: walnut header, cream body, amber accents.
 const char* const panelStyle = R"(
@@ -204,7 +208,7 @@ void CustomView::invokeAction(const QString& action, QObject* sender) {
 }
 
 void CustomView::setBackgroundImage(const Picture& picture) {
-    qDebug("%s(%s)", "setBackgroundImage:", qPrintable(picture.name()));
+    qCDebug(panelLog, "%s(%s)", "setBackgroundImage:", qPrintable(picture.name()));
     _viewImage = picture;
     update();
     emit backgroundImageChanged();
