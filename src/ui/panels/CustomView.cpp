@@ -10,9 +10,9 @@
 #include <QCheckBox>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QLoggingCategory>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLoggingCategory>
 #include <QMetaMethod>
 #include <QPainter>
 #include <QScreen>
@@ -308,6 +308,18 @@ void CustomView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         event->ignore();
         return;
+    }
+    // A check box's text is its label beside it: a click there ticks the box.
+    const auto labels = findChildren<QLabel*>();
+    for (QLabel* label : labels) {
+        auto box = qobject_cast<QCheckBox*>(label->buddy());
+        if (box && box->isEnabled() && label->isVisible() &&
+            label->geometry().contains(
+                label->parentWidget()->mapFrom(this, event->position().toPoint()))) {
+            box->click();
+            event->accept();
+            return;
+        }
     }
     QWidget* shell = window();
     _dragInitialLocation = event->globalPosition() - QPointF(shell->pos());

@@ -172,6 +172,7 @@ void SKShapedButton::paintEvent(QPaintEvent*) {
     }
 }
 
+// Rendered at one pixel a point, so that a point's coordinates are its pixel's at any scale.
 QImage SKShapedButton::hitBitmap() const {
     if (hitCache.isNull() && !normal.isNull())
         hitCache = normal.image(1.0);

@@ -163,6 +163,10 @@ TEST(CustomView, SplitButtonVisibilityAndAutomaticSplit) {
     EXPECT_FALSE(ready.view->getAutomaticallySplitTracks());
     ready.child<QCheckBox>("automaticallySplitTracks")->setChecked(true);
     EXPECT_TRUE(ready.view->getAutomaticallySplitTracks());
+    ready.view->show();
+    const QRect text = ready.child<QLabel>("autoSplitText")->geometry();
+    QTest::mouseClick(ready.view.get(), Qt::LeftButton, {}, text.topLeft() + QPoint(5, 5));
+    EXPECT_FALSE(ready.view->getAutomaticallySplitTracks()) << "a click on its text unticks it";
 }
 
 TEST(CustomView, MeteringReadsEachChannelsPeakIntoItsMeter) {

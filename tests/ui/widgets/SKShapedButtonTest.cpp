@@ -3,6 +3,7 @@
 #include "ui/panels/CustomView.h"
 #include "ui/widgets/WXTextView.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -185,4 +186,31 @@ TEST(SKShapedButton, CaptionComesFromButtonKeysOnlyAndNeverTakesClicks) {
     SKShapedButton untitled;
     untitled.awakeFromNib();
     EXPECT_EQ(untitled.caption(), nullptr);
+}
+
+TEST(SKShapedButton, KeyboardFocusShowsARingOnThePicture) {
+    QWidget window;
+    window.resize(200, 100);
+    auto first = new SKShapedButton(&window);
+    first->setImageName(QStringLiteral("btn_Wide"));
+    first->setGeometry(0, 0, 144, 44);
+    auto second = new SKShapedButton(&window);
+    second->setImageName(QStringLiteral("btn_Wide"));
+    second->setGeometry(0, 50, 144, 44);
+    QPalette palette = window.palette();
+    palette.setColor(QPalette::Highlight, QColor(0x2F, 0x8F, 0xA3));
+    window.setPalette(palette);
+    window.show();
+    QApplication::setActiveWindow(&window);
+
+    auto ringPixel = [](SKShapedButton* button) {
+        return button->grab().toImage().pixelColor(72, 1);
+    };
+    const QColor unfocused = ringPixel(second);
+    second->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(second->hasFocus());
+    EXPECT_EQ(ringPixel(second), QColor(0x2F, 0x8F, 0xA3)) << "ring along the top edge";
+    EXPECT_NE(unfocused, QColor(0x2F, 0x8F, 0xA3));
+    first->setFocus(Qt::MouseFocusReason);
+    EXPECT_EQ(ringPixel(first), unfocused) << "a click gives focus without a ring";
 }
