@@ -204,7 +204,8 @@ uint32_t Audio::selectInput(platform::AudioObjectID id) {
     if (id != platform::kNoDevice)
         mInputDeviceID = id;
     _playThru.reset();
-    _playThru = mMonitorFactory(*mPlatform.audio, mInputDeviceID, mOutputDeviceID);
+    mPlayThroughTarget = choosePlayThroughOutput(*mPlatform.audio, mInputDeviceID, mOutputDeviceID);
+    _playThru = mMonitorFactory(*mPlatform.audio, mInputDeviceID, mPlayThroughTarget.output);
     if (_playThru)
         _playThru->SetInputGain(m_gainDb);
     return id == platform::kNoDevice ? 0xFFFFFFFF : 0;

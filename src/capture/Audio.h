@@ -4,6 +4,7 @@
 #include "capture/devices/AudioDeviceList.h"
 #include "capture/devices/KnownUsbDevices.h"
 #include "capture/monitor/MonitorHost.h"
+#include "capture/monitor/PlayThroughRoute.h"
 #include "capture/recorder/RecorderEngine.h"
 #include "platform/Platform.h"
 
@@ -87,6 +88,8 @@ public:
     // Records from this input without USB detection; builds the monitor for it.
     uint32_t selectInput(platform::AudioObjectID id);
     MonitorHost* playThru() const { return _playThru.get(); }
+    // Where the monitor plays: elsewhere, or nowhere, when the input monitors the output device.
+    PlayThroughTarget playThroughTarget() const { return mPlayThroughTarget; }
     // The folder that holds the track files; WAXLINE_EXPORT_DIR overrides the default.
     static std::string defaultExportFolder();
     void setExportFolder(const std::string& folder);
@@ -113,6 +116,7 @@ private:
     MonitorFactory mMonitorFactory;
     const KnownUsbDevice* mDevice = nullptr;
     std::unique_ptr<MonitorHost> _playThru;
+    PlayThroughTarget mPlayThroughTarget;
     float m_gainDb = 0;
     std::unique_ptr<AudioDeviceList> mInputDeviceList;
     std::unique_ptr<AudioDeviceList> mOutputDeviceList;

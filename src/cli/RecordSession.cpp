@@ -90,6 +90,19 @@ platform::AudioObjectID findInput(platform::AudioSystem& system, const std::stri
     return platform::kNoDevice;
 }
 
+// The one line that says why the input is not heard where it normally would be.
+std::string playThroughWarning(platform::AudioSystem& system, const Audio& audio) {
+    const PlayThroughTarget target = audio.playThroughTarget();
+    if (target.route == PlayThroughRoute::Nowhere)
+        return "waxline-cli record: warning: the input is the monitor of the output, so it is not "
+               "played through (it would record itself)";
+    const auto other = system.device(target.output, platform::Direction::Output);
+    return "waxline-cli record: warning: the input is the monitor of the output, so it is played "
+           "through '" +
+           (other ? other->description : std::to_string(target.output)) +
+           "' instead (it would record itself)";
+}
+
 void removeOldTrackFiles(const std::string& folder) {
     std::error_code ec;
     for (const auto& entry : std::filesystem::directory_iterator(folder, ec)) {
@@ -155,6 +168,9 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
             return 2;
         }
     }
+
+    if (audio.playThroughTarget().route != PlayThroughRoute::Direct)
+        std::fprintf(stderr, "%s\n", playThroughWarning(*platform.audio, audio).c_str());
 
     // As the application's wizard: a device that can only be one thing needs no equalisation;
     // one that might be a turntable or a tape deck would be asked about, and here is taken for

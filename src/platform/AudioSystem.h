@@ -10,9 +10,12 @@
 namespace waxline::platform {
 
 // A device id: the PulseAudio source index (inputs) or sink index (outputs); virtual devices
-// number theirs likewise.
+// number theirs likewise. PulseAudio counts from 0, so 0 is a real device: "the default device
+// of that direction" has a value of its own next to "none", and the audio systems never list a
+// device under either.
 using AudioObjectID = uint32_t;
 constexpr AudioObjectID kNoDevice = 0xFFFFFFFF;
+constexpr AudioObjectID kDefaultDevice = 0xFFFFFFFE;
 
 // Status codes of platform calls: 0 is success; anything else names the failure.
 using Status = int32_t;
@@ -34,6 +37,9 @@ struct DeviceInfo {
     double nominalSampleRate = 0;
     uint32_t bufferFrames = 0;
     uint32_t safetyOffsetFrames = 0;
+    // For an input that is the monitor of an output (what that output plays), the output's id;
+    // kNoDevice for a capture device.
+    AudioObjectID monitorOf = kNoDevice;
 };
 
 struct StreamFormat {
@@ -87,8 +93,11 @@ public:
     virtual Status setDefaultInput(AudioObjectID id) = 0;
 
     // framesPerBuffer is a wish; the stream delivers at most that many frames per callback.
-    virtual std::unique_ptr<Stream> openInput(AudioObjectID id, uint32_t framesPerBuffer,
-                                              InputHandler& handler, Status& status) = 0;
+    // format: the rate and channel count the input stream delivers, converted from the device's
+    // own when they differ; 0 in either takes the device's.
+    virtual std::unique_ptr<Stream> openInput(AudioObjectID id, StreamFormat format,
+                                              uint32_t framesPerBuffer, InputHandler& handler,
+                                              Status& status) = 0;
     virtual std::unique_ptr<Stream> openOutput(AudioObjectID id, StreamFormat format,
                                                uint32_t framesPerBuffer, OutputHandler& handler,
                                                Status& status) = 0;

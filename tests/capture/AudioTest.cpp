@@ -120,6 +120,84 @@ TEST(Audio, DetectionResultCodes) {
     }
 }
 
+// A USB codec with a playback side: the monitor of its sink carries the card's name too, but only
+// the capture source is an input.
+TEST(Audio, TheMonitorOfACodecsSinkIsNotASecondInput) {
+    Rig rig({{0x08BB, 0x2900, 1, ""}}, {"Built-in", "USB Audio CODEC ", "USB Audio CODEC "});
+    rig.audioSystem->add(platform::Direction::Output, 51, "USB Audio CODEC ");
+    rig.audioSystem->inputs[1].monitorOf = 51;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(rig.audio->detectAudioDevice(), 1);
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(rig.audio->inputDeviceID(), 12u);
+    EXPECT_EQ(rig.audio->countDevicesWithMatchingName(), 1u);
+}
+
+// Recording the monitor of the output the play-through plays into would record itself: the
+// monitor goes to another output, or nowhere, and says which.
+TEST(Audio, PlayThroughNeverPlaysIntoTheOutputItsInputMonitors) {
+    struct Case {
+        const char* name;
+        platform::AudioObjectID monitorOf; // of input 11
+        bool secondOutput;                 // output 51 exists besides the default 50
+        platform::AudioObjectID playsTo;
+        PlayThroughRoute route;
+    };
+    const Case cases[] = {
+        {"a capture device", platform::kNoDevice, true, 50, PlayThroughRoute::Direct},
+        {"the monitor of another output", 51, true, 50, PlayThroughRoute::Direct},
+        {"the output's monitor, another output", 50, true, 51, PlayThroughRoute::OtherOutput},
+        {"the output's monitor, no other output", 50, false, platform::kNoDevice,
+         PlayThroughRoute::Nowhere},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig({}, {"Built-in", "Monitor of Speakers"});
+        rig.audioSystem->inputs[1].monitorOf = c.monitorOf;
+        if (c.secondOutput)
+            rig.audioSystem->add(platform::Direction::Output, 51, "Headphones");
+        platform::AudioObjectID playsTo = 0;
+        rig.audio = std::make_unique<Audio>(
+            rig.platform, [&](platform::AudioSystem&, platform::AudioObjectID,
+                              platform::AudioObjectID output) {
+                playsTo = output;
+                return std::make_unique<CountingMonitor>();
+            });
+        rig.audio->selectInput(11);
+        EXPECT_EQ(playsTo, c.playsTo);
+        EXPECT_EQ(rig.audio->playThroughTarget().output, c.playsTo);
+        EXPECT_EQ(rig.audio->playThroughTarget().route, c.route);
+        // The file's rate still follows the output device, whatever the monitor plays into.
+        EXPECT_EQ(rig.audio->outputDeviceID(), 50u);
+    }
+}
+
+// PulseAudio numbers sources from 0: choosing source 0 must put the monitor (meters, equaliser,
+// gap detector) and the recorder on that same source, not on the default one.
+TEST(Audio, SourceZeroIsWatchedAndRecordedAlike) {
+    test::TempDir dir;
+    Rig rig({}, {"Built-in"});
+    rig.audioSystem->add(platform::Direction::Input, 0, "Monitor of Null Output");
+    rig.audioSystem->defaultInput = 10;
+    rig.audio = std::make_unique<Audio>(rig.platform); // the real play-through monitor
+    rig.audio->setExportFolder(dir.path());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    rig.audio->selectInput(0);
+    ASSERT_EQ(rig.audioSystem->inputIds.size(), 1u); // the monitor's stream
+    EXPECT_EQ(rig.audioSystem->inputIds[0], 0u);
+    rig.audio->resetTrackCounter();
+    ASSERT_TRUE(rig.audio->newTrack());
+    ASSERT_EQ(rig.audioSystem->inputIds.size(), 2u); // and the recorder's
+    EXPECT_EQ(rig.audioSystem->inputIds[1], 0u);
+    rig.audio->stopRecording();
+    testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(rig.audioSystem->defaultInput, 10u);
+}
+
 TEST(Audio, RedetectionKeepsTheMonitor) {
     Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
     testing::internal::CaptureStdout();

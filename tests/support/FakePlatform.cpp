@@ -40,7 +40,9 @@ platform::Status FakeAudioSystem::setDefaultInput(platform::AudioObjectID id) {
     return platform::kNoError;
 }
 
-std::unique_ptr<platform::Stream> FakeAudioSystem::openInput(platform::AudioObjectID, uint32_t,
+std::unique_ptr<platform::Stream> FakeAudioSystem::openInput(platform::AudioObjectID id,
+                                                             platform::StreamFormat format,
+                                                             uint32_t,
                                                              platform::InputHandler& handler,
                                                              platform::Status& status) {
     if (failOpen) {
@@ -50,15 +52,24 @@ std::unique_ptr<platform::Stream> FakeAudioSystem::openInput(platform::AudioObje
     status = platform::kNoError;
     lastInputHandler = &handler;
     ++inputsOpened;
-    return std::make_unique<FakeStream>();
+    inputIds.push_back(id);
+    lastInputFormat = format;
+    const auto info = device(id == platform::kDefaultDevice ? defaultInput : id,
+                             platform::Direction::Input);
+    const double rate = format.sampleRate > 0 ? format.sampleRate
+                        : info                ? info->nominalSampleRate
+                                              : 44100;
+    const uint32_t channels = format.channels ? format.channels : info ? info->channels : 2;
+    return std::make_unique<FakeStream>(platform::StreamFormat{rate, channels});
 }
 
-std::unique_ptr<platform::Stream> FakeAudioSystem::openOutput(platform::AudioObjectID,
-                                                              platform::StreamFormat, uint32_t,
-                                                              platform::OutputHandler&,
+std::unique_ptr<platform::Stream> FakeAudioSystem::openOutput(platform::AudioObjectID id,
+                                                              platform::StreamFormat format,
+                                                              uint32_t, platform::OutputHandler&,
                                                               platform::Status& status) {
     status = platform::kNoError;
-    return std::make_unique<FakeStream>();
+    outputIds.push_back(id);
+    return std::make_unique<FakeStream>(format);
 }
 
 platform::AudioSystem::ListenerToken FakeAudioSystem::onDeviceListChanged(Notification notify) {

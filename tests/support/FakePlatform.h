@@ -17,6 +17,8 @@ public:
 // A stream that does nothing by itself: the test calls the handler it was opened with.
 class FakeStream : public platform::Stream {
 public:
+    explicit FakeStream(platform::StreamFormat format = {44100, 2})
+        : streamFormat(format) {}
     platform::Status start() override {
         running = true;
         return platform::kNoError;
@@ -26,9 +28,10 @@ public:
         return platform::kNoError;
     }
     bool isRunning() const override { return running; }
-    platform::StreamFormat format() const override { return {44100, 2}; }
+    platform::StreamFormat format() const override { return streamFormat; }
 
 private:
+    platform::StreamFormat streamFormat;
     bool running = false;
 };
 
@@ -42,6 +45,10 @@ public:
     platform::AudioObjectID defaultOutput = platform::kNoDevice;
     platform::InputHandler* lastInputHandler = nullptr;
     int inputsOpened = 0;
+    // What the streams were opened on, in order, and the format the last input asked for.
+    std::vector<platform::AudioObjectID> inputIds;
+    std::vector<platform::AudioObjectID> outputIds;
+    platform::StreamFormat lastInputFormat;
     bool failOpen = false;
 
     // Adds a device; channels 0 makes one without streams in that direction.
@@ -53,7 +60,8 @@ public:
                                                platform::Direction direction) override;
     platform::AudioObjectID defaultDevice(platform::Direction direction) override;
     platform::Status setDefaultInput(platform::AudioObjectID id) override;
-    std::unique_ptr<platform::Stream> openInput(platform::AudioObjectID id, uint32_t frames,
+    std::unique_ptr<platform::Stream> openInput(platform::AudioObjectID id,
+                                                platform::StreamFormat format, uint32_t frames,
                                                 platform::InputHandler& handler,
                                                 platform::Status& status) override;
     std::unique_ptr<platform::Stream> openOutput(platform::AudioObjectID id,

@@ -43,6 +43,8 @@ public:
         kSpeakers, Direction::Output, "speakers", "speakers", "Speakers", 2, 44100, 44100, kBlock,
         64};
     platform::InputHandler* inputHandler = nullptr;
+    AudioObjectID openedInput = platform::kNoDevice; // the ids the last streams were opened on
+    AudioObjectID openedOutput = platform::kNoDevice;
     platform::OutputHandler* outputHandler = nullptr;
     std::map<int, std::pair<AudioObjectID, Notification>> listeners;
     int nextToken = 1;
@@ -62,20 +64,22 @@ public:
         return d == Direction::Input ? input.id : output.id;
     }
     platform::Status setDefaultInput(AudioObjectID) override { return platform::kNoError; }
-    std::unique_ptr<platform::Stream> openInput(AudioObjectID, uint32_t,
+    std::unique_ptr<platform::Stream> openInput(AudioObjectID id, platform::StreamFormat, uint32_t,
                                                 platform::InputHandler& handler,
                                                 platform::Status& status) override {
         if (failOpen) {
             status = platform::kErrorOpenFailed;
             return nullptr;
         }
+        openedInput = id;
         inputHandler = &handler;
         status = platform::kNoError;
         return std::make_unique<IdleStream>();
     }
-    std::unique_ptr<platform::Stream> openOutput(AudioObjectID, platform::StreamFormat, uint32_t,
-                                                 platform::OutputHandler& handler,
+    std::unique_ptr<platform::Stream> openOutput(AudioObjectID id, platform::StreamFormat,
+                                                 uint32_t, platform::OutputHandler& handler,
                                                  platform::Status& status) override {
+        openedOutput = id;
         outputHandler = &handler;
         status = platform::kNoError;
         return std::make_unique<IdleStream>();

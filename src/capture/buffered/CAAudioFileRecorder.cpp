@@ -34,7 +34,7 @@ CAAudioFileRecorder::CAAudioFileRecorder(platform::AudioSystem& system,
     , mSystem(system)
     , mInput(std::make_unique<Input>(*this)) {
     using platform::Direction;
-    if (device == 0) {
+    if (device == platform::kDefaultDevice) {
         device = mSystem.defaultDevice(Direction::Input);
         if (device == platform::kNoDevice) {
             throw CAXException("failed to get default input device", platform::kErrorUnknownDevice);
@@ -50,7 +50,7 @@ CAAudioFileRecorder::CAAudioFileRecorder(platform::AudioSystem& system,
     mDeviceFormat.channels = info->channels;
     mFramesPerSlice = info->bufferFrames > 0 ? info->bufferFrames : kFramesPerSlice;
     platform::Status status = platform::kNoError;
-    mStream = mSystem.openInput(device, mFramesPerSlice, *mInput, status);
+    mStream = mSystem.openInput(device, {}, mFramesPerSlice, *mInput, status);
     if (!mStream || status != platform::kNoError) {
         throw CAXException("connect input proc to output unit",
                            status != platform::kNoError ? status : platform::kErrorOpenFailed);

@@ -16,7 +16,7 @@ namespace waxline {
 // carrying the operation and the platform status.
 class CAAudioFileRecorder : public CAAudioFileWriter {
 public:
-    // An id of 0 records the default input device.
+    // platform::kDefaultDevice records the default input device.
     CAAudioFileRecorder(platform::AudioSystem& system, platform::AudioObjectID device,
                         int nBuffers = 3, uint32_t bufferSizeFrames = 32768);
     // Ready to record `path` as interleaved float stereo at the device's rate, with the gain

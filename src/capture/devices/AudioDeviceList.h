@@ -7,7 +7,8 @@
 
 namespace waxline {
 
-// The audio devices that have channels in one direction, in the order the platform lists them.
+// The audio devices that have channels in one direction, in the order the platform lists them;
+// inputs are capture devices only, never the monitor of an output.
 class AudioDeviceList {
 public:
     struct Device {

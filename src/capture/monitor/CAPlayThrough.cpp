@@ -91,7 +91,7 @@ platform::Status CAPlayThrough::Init() {
     using platform::Direction;
     // Input: the record stream on the input device, delivering one device buffer at a time.
     platform::AudioObjectID in = mInputDevice.mID;
-    if (in == 0) {
+    if (in == platform::kDefaultDevice) {
         in = mSystem.defaultDevice(Direction::Input);
     }
     if (!mInputDevice.Init(mSystem, in, true)) {
@@ -103,18 +103,20 @@ platform::Status CAPlayThrough::Init() {
     }
     const uint32_t bufferFrames = mInputDevice.mBufferSizeFrames;
     platform::Status status = platform::kNoError;
-    mInputStream = mSystem.openInput(in, bufferFrames, *mInputSide, status);
+    mInputStream = mSystem.openInput(in, {}, bufferFrames, *mInputSide, status);
     if (!mInputStream || status != platform::kNoError) {
         PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
         return status != platform::kNoError ? status : platform::kErrorOpenFailed;
     }
 
     // Output device; it is described even when the lookup fails, and the failure returned.
+    // Without one the monitor only feeds the processing callback.
     platform::AudioObjectID out = mOutputDevice.mID;
-    if (out == 0) {
+    const bool plays = out != platform::kNoDevice;
+    if (out == platform::kDefaultDevice) {
         out = mSystem.defaultDevice(Direction::Output);
     }
-    if (!mOutputDevice.Init(mSystem, out, false)) {
+    if (plays && !mOutputDevice.Init(mSystem, out, false)) {
         PrintError(platform::kErrorUnknownDevice, __LINE__);
         return platform::kErrorUnknownDevice;
     }
@@ -123,15 +125,16 @@ platform::Status CAPlayThrough::Init() {
     }
 
     // Working format: the channels both devices have, at each device's nominal rate.
-    mChannels =
-        static_cast<int>(std::min(mInputDevice.CountChannels(), mOutputDevice.CountChannels()));
+    mChannels = static_cast<int>(plays ? std::min(mInputDevice.CountChannels(),
+                                                  mOutputDevice.CountChannels())
+                                       : mInputDevice.CountChannels());
     mChannels = std::min<int>(mChannels, AudioBufferList::kMaxBuffers);
     if (mChannels <= 0) {
         PrintError(platform::kErrorOpenFailed, __LINE__);
         return platform::kErrorOpenFailed;
     }
     const double inRate = mInputDevice.mFormat.sampleRate;
-    const double outRate = mOutputDevice.mFormat.sampleRate;
+    const double outRate = plays ? mOutputDevice.mFormat.sampleRate : inRate;
     mRatesDiffer = inRate != outRate;
 
     mInputStorage.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
@@ -161,6 +164,11 @@ platform::Status CAPlayThrough::Init() {
             1, 0, mFetchStorage.data() + static_cast<std::size_t>(c) * bufferFrames};
     }
 
+    if (!plays) {
+        mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+        ResetTimes();
+        return platform::kNoError;
+    }
     mOutputStream =
         mSystem.openOutput(out, platform::StreamFormat{outRate, static_cast<uint32_t>(mChannels)},
                            mOutputDevice.mBufferSizeFrames, *mOutputSide, status);
@@ -210,7 +218,7 @@ platform::Status CAPlayThrough::Start() {
         PrintError(status, __LINE__);
         return status;
     }
-    status = mOutputStream->start();
+    status = mOutputStream ? mOutputStream->start() : platform::kNoError;
     if (status != platform::kNoError) {
         PrintError(status, __LINE__);
         mInputStream->stop();
@@ -229,7 +237,7 @@ platform::Status CAPlayThrough::Stop() {
     if (status != platform::kNoError) {
         PrintError(status, __LINE__);
     }
-    platform::Status outStatus = mOutputStream->stop();
+    platform::Status outStatus = mOutputStream ? mOutputStream->stop() : platform::kNoError;
     if (outStatus != platform::kNoError) {
         PrintError(outStatus, __LINE__);
         status = outStatus;

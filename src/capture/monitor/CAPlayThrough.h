@@ -27,8 +27,9 @@ public:
     using ProcessingCallback = void (*)(AudioBufferList* buffers, uint32_t frames,
                                         int64_t sampleTime);
 
-    // An id of 0 means the default device of that direction. A monitor that cannot be set up
-    // ends the process with status 1 after a message on standard error.
+    // platform::kDefaultDevice means the default device of that direction; an output of
+    // platform::kNoDevice plays nowhere (the input still feeds the processing callback). A monitor
+    // that cannot be set up ends the process with status 1 after a message on standard error.
     CAPlayThrough(platform::AudioSystem& system, platform::AudioObjectID input,
                   platform::AudioObjectID output);
     ~CAPlayThrough();

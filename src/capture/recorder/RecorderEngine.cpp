@@ -55,6 +55,12 @@ RecorderEngine::~RecorderEngine() {
 
 bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float gainDb,
                                std::string& error) {
+    if (!running.load(std::memory_order_acquire))
+        streamRate = sampleRate;
+    else if (sampleRate != streamRate) {
+        error = "cannot change the sample rate within a recording";
+        return false;
+    }
     SF_INFO info{};
     info.samplerate = static_cast<int>(static_cast<float>(sampleRate));
     info.channels = 2;
@@ -91,7 +97,10 @@ bool RecorderEngine::start(std::string& error) {
     streamEnded.store(false, std::memory_order_relaxed);
     writer = std::thread([this] { writerLoop(); });
     platform::Status status = platform::kNoError;
-    stream = system.openInput(inputId, kBlockFrames, *this, status);
+    // The server converts the input to the files' rate, so what is written is what the header
+    // says even when the input device runs at another rate.
+    stream = system.openInput(inputId, platform::StreamFormat{streamRate, 2}, kBlockFrames, *this,
+                              status);
     if (stream && status == platform::kNoError)
         status = stream->start();
     if (!stream || status != platform::kNoError) {

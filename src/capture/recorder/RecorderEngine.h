@@ -48,8 +48,9 @@ public:
     void setEndHandler(EndHandler handler) { onEnded = std::move(handler); }
 
     // Opens the next track file (16-bit PCM WAV, 2 channels, at sampleRate) with the gain fixed
-    // for the whole file, and makes it take over at the next captured buffer. Returns false with
-    // a reason when the file cannot be made; the current file then goes on.
+    // for the whole file, and makes it take over at the next captured buffer. Before start the
+    // rate also sets the rate the input stream is asked for; while running it cannot change.
+    // Returns false with a reason when the file cannot be made; the current file then goes on.
     bool beginFile(const std::string& path, double sampleRate, float gainDb, std::string& error);
 
     // Opens and starts the input stream and the writer. False with a reason on failure.
@@ -91,6 +92,7 @@ private:
     platform::AudioSystem& system;
     platform::AudioObjectID inputId;
     std::unique_ptr<platform::Stream> stream;
+    double streamRate = 0; // the files' rate; the input stream delivers at it
     SpscFifo<Block> blocks;
     SpscFifo<TrackFile*> files; // main thread -> writer, in generation order
     std::thread writer;

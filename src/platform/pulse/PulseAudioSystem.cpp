@@ -43,8 +43,15 @@ void onSourceInfo(pa_context*, const pa_source_info* source, int eol, void* user
         collected->connection->signal();
         return;
     }
-    collected->list.push_back(describe(source->index, Direction::Input, source->name,
-                                       source->description, source->sample_spec, source->proplist));
+    // The two highest indices stand for "none" and "the default device"; the server would need
+    // four billion devices to hand them out.
+    if (source->index >= kDefaultDevice)
+        return;
+    DeviceInfo info = describe(source->index, Direction::Input, source->name, source->description,
+                               source->sample_spec, source->proplist);
+    info.monitorOf =
+        source->monitor_of_sink == PA_INVALID_INDEX ? kNoDevice : source->monitor_of_sink;
+    collected->list.push_back(std::move(info));
 }
 
 void onSinkInfo(pa_context*, const pa_sink_info* sink, int eol, void* userdata) {
@@ -53,6 +60,8 @@ void onSinkInfo(pa_context*, const pa_sink_info* sink, int eol, void* userdata) 
         collected->connection->signal();
         return;
     }
+    if (sink->index >= kDefaultDevice)
+        return;
     collected->list.push_back(describe(sink->index, Direction::Output, sink->name,
                                        sink->description, sink->sample_spec, sink->proplist));
 }
@@ -250,22 +259,23 @@ Status PulseAudioSystem::setDefaultInput(AudioObjectID id) {
     return kNoError;
 }
 
-std::unique_ptr<Stream> PulseAudioSystem::openInput(AudioObjectID id, uint32_t framesPerBuffer,
+std::unique_ptr<Stream> PulseAudioSystem::openInput(AudioObjectID id, StreamFormat format,
+                                                    uint32_t framesPerBuffer,
                                                     InputHandler& handler, Status& status) {
-    if (id == 0)
+    if (id == kDefaultDevice)
         id = defaultDevice(Direction::Input);
     const auto source = device(id, Direction::Input);
     if (!source) {
         status = kErrorUnknownDevice;
         return nullptr;
     }
-    return openPulseInput(connection, *source, framesPerBuffer, handler, status);
+    return openPulseInput(connection, *source, format, framesPerBuffer, handler, status);
 }
 
 std::unique_ptr<Stream> PulseAudioSystem::openOutput(AudioObjectID id, StreamFormat format,
                                                      uint32_t framesPerBuffer,
                                                      OutputHandler& handler, Status& status) {
-    if (id == 0)
+    if (id == kDefaultDevice)
         id = defaultDevice(Direction::Output);
     const auto sink = device(id, Direction::Output);
     if (!sink) {

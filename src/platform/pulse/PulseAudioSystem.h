@@ -11,7 +11,7 @@ namespace waxline::platform {
 class PulseConnection;
 
 // The audio system on a PulseAudio (or pipewire-pulse) server: sources are inputs (monitors of
-// sinks included), sinks are outputs, ids are their indices. The process-wide default input is
+// sinks included, marked with the sink they monitor), sinks are outputs, ids are their indices. The process-wide default input is
 // held here and starts as the server's default source; the server's own default never changes.
 // Record and playback streams exchange FLOAT32LE with their handlers on the main-loop thread.
 class PulseAudioSystem : public AudioSystem {
@@ -24,8 +24,9 @@ public:
     std::optional<DeviceInfo> device(AudioObjectID id, Direction direction) override;
     AudioObjectID defaultDevice(Direction direction) override;
     Status setDefaultInput(AudioObjectID id) override;
-    std::unique_ptr<Stream> openInput(AudioObjectID id, uint32_t framesPerBuffer,
-                                      InputHandler& handler, Status& status) override;
+    std::unique_ptr<Stream> openInput(AudioObjectID id, StreamFormat format,
+                                      uint32_t framesPerBuffer, InputHandler& handler,
+                                      Status& status) override;
     std::unique_ptr<Stream> openOutput(AudioObjectID id, StreamFormat format,
                                        uint32_t framesPerBuffer, OutputHandler& handler,
                                        Status& status) override;
@@ -49,9 +50,12 @@ private:
 };
 
 // Streams (PulseStreams.cpp).
+// The record stream asks the server for `format` (0: the source's own rate or channels); the
+// server converts, so what the handler receives is what format() says.
 std::unique_ptr<Stream> openPulseInput(std::shared_ptr<PulseConnection> connection,
-                                       const DeviceInfo& source, uint32_t framesPerBuffer,
-                                       InputHandler& handler, Status& status);
+                                       const DeviceInfo& source, StreamFormat format,
+                                       uint32_t framesPerBuffer, InputHandler& handler,
+                                       Status& status);
 std::unique_ptr<Stream> openPulseOutput(std::shared_ptr<PulseConnection> connection,
                                         const DeviceInfo& sink, StreamFormat format,
                                         uint32_t framesPerBuffer, OutputHandler& handler,

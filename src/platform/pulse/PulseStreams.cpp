@@ -310,16 +310,18 @@ private:
 } // namespace
 
 std::unique_ptr<Stream> openPulseInput(std::shared_ptr<PulseConnection> connection,
-                                       const DeviceInfo& source, uint32_t framesPerBuffer,
-                                       InputHandler& handler, Status& status) {
-    if (source.channels == 0 || source.channels > kMaxChannels) {
+                                       const DeviceInfo& source, StreamFormat format,
+                                       uint32_t framesPerBuffer, InputHandler& handler,
+                                       Status& status) {
+    const uint32_t channels = format.channels ? format.channels : source.channels;
+    const double rate = format.sampleRate > 0 ? format.sampleRate : source.nominalSampleRate;
+    if (channels == 0 || channels > kMaxChannels || rate <= 0 || rate > PA_RATE_MAX) {
         status = kErrorOpenFailed;
         return nullptr;
     }
-    const uint32_t frames =
-        framesPerBuffer ? framesPerBuffer : pulseFragmentFrames(source.nominalSampleRate);
-    auto stream = std::make_unique<PulseInputStream>(
-        std::move(connection), source.nominalSampleRate, source.channels, frames, handler);
+    const uint32_t frames = framesPerBuffer ? framesPerBuffer : pulseFragmentFrames(rate);
+    auto stream =
+        std::make_unique<PulseInputStream>(std::move(connection), rate, channels, frames, handler);
     status = stream->open(source);
     if (status != kNoError)
         return nullptr;

@@ -13,6 +13,10 @@
 
 namespace waxline::platform {
 
+namespace virtualaudio {
+struct InputEntry;
+}
+
 // The virtual turntable and output behind the AudioSystem interface. The deck plays the SETUP's
 // file (then silence) on one timeline shared by all its input streams, so every stream sees the
 // same frame at the same sample time; the output consumes at the same pace and can write what it
@@ -35,8 +39,11 @@ public:
     std::optional<DeviceInfo> device(AudioObjectID id, Direction direction) override;
     AudioObjectID defaultDevice(Direction direction) override;
     Status setDefaultInput(AudioObjectID id) override;
-    std::unique_ptr<Stream> openInput(AudioObjectID id, uint32_t framesPerBuffer,
-                                      InputHandler& handler, Status& status) override;
+    // An input stream asked for another rate than the deck's is resampled (libsamplerate), as a
+    // real server would; its sample times count its own frames.
+    std::unique_ptr<Stream> openInput(AudioObjectID id, StreamFormat format,
+                                      uint32_t framesPerBuffer, InputHandler& handler,
+                                      Status& status) override;
     std::unique_ptr<Stream> openOutput(AudioObjectID id, StreamFormat format,
                                        uint32_t framesPerBuffer, OutputHandler& handler,
                                        Status& status) override;
@@ -73,6 +80,7 @@ public:
 private:
     void paceLoop();
     void produceInput(uint32_t frames);
+    void deliverResampled(virtualaudio::InputEntry& entry, uint32_t frames, bool fromDeck);
     void consumeOutput(uint32_t frames);
     void catchUpOutput();
     uint64_t hostTimeAt(long double timelineNanos) const;

@@ -4,6 +4,7 @@
 // files of VirtualAudioSystem include this.
 #include "platform/virtual/VirtualAudioSystem.h"
 
+#include <samplerate.h>
 #include <sndfile.h>
 
 #include <array>
@@ -43,6 +44,23 @@ struct Entry {
 
 struct InputEntry : Entry {
     InputHandler* handler = nullptr;
+    uint32_t deckChannels = 0; // channels taken from the deck; more repeat them cyclically
+
+    // A stream asked for another rate than the deck's gets the deck's audio through its own
+    // resampler, as a real server converts. Sized at open; the timeline only uses them.
+    SRC_STATE* resampler = nullptr;
+    double ratio = 1; // stream frames per deck frame
+    std::vector<float> resamplerIn;  // interleaved, one deck period
+    std::vector<float> resamplerOut; // interleaved, what one period gives and a margin
+    int64_t ownTime = 0;             // the resampled stream's sample time
+
+    InputEntry() = default;
+    InputEntry(const InputEntry&) = delete;
+    InputEntry& operator=(const InputEntry&) = delete;
+    ~InputEntry() {
+        if (resampler)
+            src_delete(resampler);
+    }
 };
 
 struct OutputEntry : Entry {

@@ -1,6 +1,8 @@
 // The virtual system's streams: opening them and the Stream objects the caller holds.
 #include "platform/virtual/VirtualAudioSystemShared.h"
 
+#include <cmath>
+
 namespace waxline::platform {
 
 using namespace virtualaudio;
@@ -73,30 +75,52 @@ public:
 
 // ---- streams (main thread) ----
 
-std::unique_ptr<Stream> VirtualAudioSystem::openInput(AudioObjectID id, uint32_t framesPerBuffer,
+std::unique_ptr<Stream> VirtualAudioSystem::openInput(AudioObjectID id, StreamFormat format,
+                                                      uint32_t framesPerBuffer,
                                                       InputHandler& handler, Status& status) {
     std::lock_guard lock(shared->mutex);
-    if (id == 0)
+    if (id == kDefaultDevice)
         id = defaultDevice(Direction::Input);
     if (!device(id, Direction::Input)) {
         status = kErrorUnknownDevice;
         return nullptr;
     }
+    const uint32_t channels = format.channels ? format.channels : shared->channels;
+    const double rate = format.sampleRate > 0 ? format.sampleRate : shared->inputRate;
+    if (channels > kMaxChannels || rate < 1000 || rate > 768000) {
+        status = kErrorOpenFailed;
+        return nullptr;
+    }
     auto entry = std::make_shared<InputEntry>();
     entry->device = id;
     entry->handler = &handler;
-    entry->allocate(shared->channels, framesPerBuffer == 0 ? shared->period : framesPerBuffer);
+    entry->deckChannels = shared->channels;
+    entry->allocate(channels, framesPerBuffer == 0 ? shared->period : framesPerBuffer);
+    if (rate != shared->inputRate) {
+        int error = 0;
+        entry->resampler = src_new(SRC_SINC_MEDIUM_QUALITY, static_cast<int>(channels), &error);
+        if (!entry->resampler) {
+            status = kErrorOpenFailed;
+            return nullptr;
+        }
+        entry->ratio = rate / shared->inputRate;
+        const auto period = static_cast<size_t>(shared->period);
+        entry->resamplerIn.assign(channels * period, 0.0f);
+        const auto most = static_cast<size_t>(std::ceil(static_cast<double>(period) * entry->ratio));
+        entry->resamplerOut.assign(channels * (most + 64), 0.0f);
+        entry->ownTime = std::llround(static_cast<double>(shared->inputPos) * entry->ratio);
+    }
     shared->sweep();
     shared->inputs.push_back(entry);
     status = kNoError;
-    return std::make_unique<VirtualInputStream>(shared, entry, shared->inputRate);
+    return std::make_unique<VirtualInputStream>(shared, entry, rate);
 }
 
 std::unique_ptr<Stream> VirtualAudioSystem::openOutput(AudioObjectID id, StreamFormat format,
                                                        uint32_t framesPerBuffer,
                                                        OutputHandler& handler, Status& status) {
     std::lock_guard lock(shared->mutex);
-    if (id == 0)
+    if (id == kDefaultDevice)
         id = shared->output;
     if (id == kNoDevice || id != shared->output) {
         status = kErrorUnknownDevice;

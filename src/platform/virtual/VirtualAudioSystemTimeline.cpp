@@ -8,6 +8,8 @@
 
 namespace waxline::platform {
 
+using virtualaudio::InputEntry;
+
 namespace {
 
 // Paced catch-up releases the lock after this many periods so control calls get in.
@@ -52,10 +54,15 @@ void VirtualAudioSystem::produceInput(uint32_t frames) {
         if (!e->running || !e->handler)
             continue;
         const bool fromDeck = e->device == s.deck;
+        if (e->resampler) {
+            deliverResampled(*e, frames, fromDeck);
+            continue;
+        }
         for (uint32_t done = 0; done < frames && e->running && e->handler;) {
             const uint32_t n = std::min(frames - done, e->maxFrames);
             for (uint32_t c = 0; c < e->channels; ++c) {
-                const float* from = fromDeck ? s.periodBuffers[c].data() + done : s.silence.data();
+                const float* from = fromDeck ? s.periodBuffers[c % s.channels].data() + done
+                                             : s.silence.data();
                 std::copy(from, from + n, e->pointers[c]);
             }
             const int64_t sampleTime = s.inputPos + done;
@@ -66,6 +73,46 @@ void VirtualAudioSystem::produceInput(uint32_t frames) {
     }
     s.inputPos += frames;
     s.progress.notify_all();
+}
+
+// The deck's `frames` new frames, converted to the stream's rate, in pieces of at most its
+// buffer size; the stream's own sample time counts what it delivered.
+void VirtualAudioSystem::deliverResampled(InputEntry& e, uint32_t frames, bool fromDeck) {
+    const Shared& s = *shared;
+    const uint32_t channels = e.channels;
+    for (uint32_t i = 0; i < frames; ++i)
+        for (uint32_t c = 0; c < channels; ++c)
+            e.resamplerIn[static_cast<size_t>(i) * channels + c] =
+                fromDeck ? s.periodBuffers[c % s.channels][i] : 0.0f;
+    const long outCapacity = static_cast<long>(e.resamplerOut.size() / channels);
+    const int64_t deckStart = s.inputPos;
+    long used = 0;
+    while (used < static_cast<long>(frames) && e.running && e.handler) {
+        SRC_DATA data{};
+        data.data_in = e.resamplerIn.data() + static_cast<size_t>(used) * channels;
+        data.input_frames = static_cast<long>(frames) - used;
+        data.data_out = e.resamplerOut.data();
+        data.output_frames = outCapacity;
+        data.src_ratio = e.ratio;
+        if (src_process(e.resampler, &data) != 0)
+            return;
+        used += data.input_frames_used;
+        const auto made = static_cast<uint32_t>(data.output_frames_gen);
+        for (uint32_t done = 0; done < made && e.running && e.handler;) {
+            const uint32_t n = std::min(made - done, e.maxFrames);
+            for (uint32_t c = 0; c < channels; ++c)
+                for (uint32_t i = 0; i < n; ++i)
+                    e.pointers[c][i] = e.resamplerOut[static_cast<size_t>(done + i) * channels + c];
+            const auto deckTime =
+                deckStart + static_cast<int64_t>(static_cast<double>(done) / e.ratio);
+            e.handler->onInput(e.pointers.data(), channels, n, e.ownTime,
+                               hostTimeAt(s.inputFramesToNanos(deckTime)));
+            e.ownTime += n;
+            done += n;
+        }
+        if (data.input_frames_used == 0 && made == 0)
+            return;
+    }
 }
 
 void VirtualAudioSystem::consumeOutput(uint32_t frames) {

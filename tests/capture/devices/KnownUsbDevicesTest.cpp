@@ -120,12 +120,16 @@ TEST(UsbEnumeration, CountsCatalogueDevicesAndPrintsEveryDevice) {
     }
 }
 
-TEST(AudioDeviceList, KeepsDevicesWithChannelsInOrderAndTruncatesNames) {
+TEST(AudioDeviceList, KeepsCaptureDevicesWithChannelsInOrderAndTruncatesNames) {
     test::FakeAudioSystem system;
     const std::string longName(80, 'x');
     system.add(platform::Direction::Input, 7, "USB Audio CODEC");
     system.add(platform::Direction::Input, 3, "Monitor without channels", 0);
     system.add(platform::Direction::Input, 5, longName, 1);
+    // A USB codec's playback side: its monitor carries the card's name, and source 0 is as real
+    // as any other.
+    system.add(platform::Direction::Input, 0, "USB Audio CODEC");
+    system.inputs.back().monitorOf = 9;
     system.add(platform::Direction::Output, 9, "Speakers");
 
     AudioDeviceList inputs(system, true);

@@ -94,7 +94,7 @@ void Equalise(AudioBufferList* buffers, uint32_t frames, int64_t) {
 // the monitor reports; compared with the same filter run separately over the source.
 TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedByTheThruOffset) {
     SteppedAudioSystem system;
-    CAPlayThrough monitor(system, 0, 0);
+    CAPlayThrough monitor(system, platform::kDefaultDevice, platform::kDefaultDevice);
     EXPECT_EQ(monitor.GetInputDeviceID(), kDeck);
     EXPECT_EQ(monitor.GetOutputDeviceID(), kSpeakers);
     EXPECT_EQ(monitor.ComputeThruOffset(), 32u + 512u + 64u + 512u);
@@ -222,12 +222,63 @@ TEST(CAPlayThroughTest, DifferentRatesAreResampledKeepingThePitch) {
     EXPECT_NEAR(crossings, 10000, 3);
 }
 
+TEST(CAPlayThroughTest, OpensTheDevicesAskedForAndOnlyTheDefaultForTheSentinel) {
+    struct Case {
+        const char* name;
+        platform::AudioObjectID inputId; // the deck's id, and what the monitor is asked for
+        platform::AudioObjectID askedIn;
+        platform::AudioObjectID askedOut;
+        platform::AudioObjectID opensIn;
+        platform::AudioObjectID opensOut; // kNoDevice: no playback stream
+    };
+    const Case cases[] = {
+        {"source 0 is a source", 0, 0, kSpeakers, 0, kSpeakers},
+        {"the defaults", kDeck, platform::kDefaultDevice, platform::kDefaultDevice, kDeck,
+         kSpeakers},
+        {"no output: plays nowhere", kDeck, kDeck, platform::kNoDevice, kDeck, platform::kNoDevice},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        SteppedAudioSystem system;
+        system.input.id = c.inputId;
+        CAPlayThrough monitor(system, c.askedIn, c.askedOut);
+        EXPECT_EQ(system.openedInput, c.opensIn);
+        EXPECT_EQ(monitor.GetInputDeviceID(), c.opensIn);
+        EXPECT_EQ(system.openedOutput, c.opensOut);
+        EXPECT_EQ(monitor.GetOutputDeviceID(), c.opensOut);
+    }
+}
+
+// Without an output the input still reaches the processing chain, which meters and splits.
+int64_t callbackFrames = 0;
+void CountFrames(AudioBufferList*, uint32_t frames, int64_t) {
+    callbackFrames += frames;
+}
+
+TEST(CAPlayThroughTest, PlayingNowhereStillFeedsTheProcessingCallback) {
+    SteppedAudioSystem system;
+    CAPlayThrough monitor(system, kDeck, platform::kNoDevice);
+    monitor.SetProcessingCallback(CountFrames);
+    callbackFrames = 0;
+    ASSERT_EQ(monitor.Start(), platform::kNoError);
+    EXPECT_TRUE(monitor.IsRunning());
+    ASSERT_NE(system.inputHandler, nullptr);
+    EXPECT_EQ(system.outputHandler, nullptr);
+    std::vector<float> left(kBlock, 0.25f), right(kBlock, -0.25f);
+    float* in[2] = {left.data(), right.data()};
+    for (int i = 0; i < 10; ++i)
+        system.inputHandler->onInput(in, 2, kBlock, i * int64_t{kBlock}, 0);
+    EXPECT_EQ(callbackFrames, 10 * int64_t{kBlock});
+    EXPECT_EQ(monitor.Stop(), platform::kNoError);
+    EXPECT_FALSE(monitor.IsRunning());
+}
+
 TEST(CAPlayThroughDeathTest, UnknownDeviceEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
             SteppedAudioSystem system;
-            CAPlayThrough monitor(system, 4242, 0);
+            CAPlayThrough monitor(system, 4242, platform::kDefaultDevice);
         },
         ::testing::ExitedWithCode(1), "CAPlayThrough ERROR: Cannot Init CAPlayThrough");
 }

@@ -159,6 +159,24 @@ TEST(RecorderEngine, CountsEveryDroppedBuffer) {
     EXPECT_EQ(c.droppedFrames, 3u * RecorderEngine::kBlockFrames + 100);
 }
 
+// A 44.1 kHz deck with a 48 kHz output: the file says 48 kHz, so the server must deliver 48 kHz.
+TEST(RecorderEngine, AsksTheInputForTheFilesRate) {
+    test::TempDir dir;
+    test::FakeAudioSystem system;
+    system.add(platform::Direction::Input, 0, "USB Audio CODEC", 2, 44100);
+    RecorderEngine engine(system, 0);
+    std::string error;
+    ASSERT_TRUE(engine.beginFile(dir.file("t.1.wav"), 48000, 0, error)) << error;
+    ASSERT_TRUE(engine.start(error)) << error;
+    ASSERT_EQ(system.inputIds, std::vector<platform::AudioObjectID>{0});
+    EXPECT_EQ(system.lastInputFormat.sampleRate, 48000);
+    EXPECT_EQ(system.lastInputFormat.channels, 2u);
+    EXPECT_FALSE(engine.beginFile(dir.file("t.2.wav"), 44100, 0, error));
+    EXPECT_TRUE(engine.beginFile(dir.file("t.2.wav"), 48000, 0, error)) << error;
+    engine.stop();
+    EXPECT_EQ(test::soundInfo(dir.file("t.1.wav")).sampleRate, 48000);
+}
+
 TEST(RecorderEngine, RefusesAFileThatCannotBeMade) {
     test::FakeAudioSystem system;
     RecorderEngine engine(system, 1);

@@ -192,7 +192,7 @@ TEST_F(PulseAudioSystemTest, RecordsAToneFromTheMonitorAndEndsWhenTheSourceGoes)
     ASSERT_TRUE(monitor);
     Capture capture;
     Status status = kErrorOpenFailed;
-    auto stream = audio->openInput(monitor->id, 256, capture, status);
+    auto stream = audio->openInput(monitor->id, {}, 256, capture, status);
     ASSERT_EQ(status, kNoError);
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->format().channels, 2u);
@@ -231,7 +231,7 @@ TEST_F(PulseAudioSystemTest, PlaysThroughTheSinkWhatTheOutputHandlerGives) {
     Capture capture;
     Tone tone;
     Status status = kErrorOpenFailed;
-    auto input = audio->openInput(monitor->id, 441, capture, status);
+    auto input = audio->openInput(monitor->id, {}, 441, capture, status);
     ASSERT_EQ(status, kNoError);
     auto output = audio->openOutput(sink->id, StreamFormat{44100, 2}, 441, tone, status);
     ASSERT_EQ(status, kNoError);

@@ -145,9 +145,9 @@ TEST_F(VirtualAudioSystemTest, SteppedStreamsGetTheFileFrameForFrameThenSilence)
     auto audio = make("speed=step");
     Recorder small, large;
     Status status = kErrorUnknownDevice;
-    auto a = audio->openInput(audio->deckId(), 100, small, status);
+    auto a = audio->openInput(audio->deckId(), {}, 100, small, status);
     ASSERT_EQ(status, kNoError);
-    auto b = audio->openInput(0, 4096, large, status); // 0: the default input
+    auto b = audio->openInput(kDefaultDevice, {}, 4096, large, status);
     ASSERT_EQ(status, kNoError);
     ASSERT_EQ(a->start(), kNoError);
     ASSERT_EQ(b->start(), kNoError);
@@ -175,8 +175,8 @@ TEST_F(VirtualAudioSystemTest, AStreamStartedLaterJoinsTheSharedTimeline) {
     auto audio = make("speed=step");
     Recorder first, second;
     Status status;
-    auto a = audio->openInput(0, 256, first, status);
-    auto b = audio->openInput(0, 333, second, status);
+    auto a = audio->openInput(kDefaultDevice, {}, 256, first, status);
+    auto b = audio->openInput(kDefaultDevice, {}, 333, second, status);
     a->start();
     audio->step(1000);
     b->start();
@@ -197,7 +197,7 @@ TEST_F(VirtualAudioSystemTest, MonoFilesFeedEveryChannelAndOverflowSkipsFrames) 
     VirtualAudioSystem audio(parseVirtualSetup("file=" + mono + ",speed=step"));
     Recorder rec;
     Status status;
-    auto stream = audio.openInput(0, 512, rec, status);
+    auto stream = audio.openInput(kDefaultDevice, {}, 512, rec, status);
     stream->start();
     EXPECT_DOUBLE_EQ(stream->format().sampleRate, 22050);
     audio.step(1000);
@@ -220,8 +220,8 @@ TEST_F(VirtualAudioSystemTest, PacedStreamsAtTwentyTimesRealTimeGetTheFileThenSi
     auto audio = make("speed=20,buffer=256");
     Recorder one, two;
     Status status;
-    auto a = audio->openInput(0, 128, one, status);
-    auto b = audio->openInput(0, 1000, two, status);
+    auto a = audio->openInput(kDefaultDevice, {}, 128, one, status);
+    auto b = audio->openInput(kDefaultDevice, {}, 1000, two, status);
     // Started under the lock of neither: both join before the first frame only if started
     // together, so compare from the later stream's first sample time.
     a->start();
@@ -249,8 +249,8 @@ TEST_F(VirtualAudioSystemTest, RemovingTheDeckEndsItsStreamsOnceAndFiresListener
     Status status;
     const AudioObjectID deck = audio->deckId();
     const AudioObjectID other = audio->devices(Direction::Input)[1].id;
-    auto a = audio->openInput(deck, 512, deckRec, status);
-    auto b = audio->openInput(other, 512, otherRec, status);
+    auto a = audio->openInput(deck, {}, 512, deckRec, status);
+    auto b = audio->openInput(other, {}, 512, otherRec, status);
     a->start();
     b->start();
     int listChanges = 0, formatChanges = 0;
@@ -269,7 +269,7 @@ TEST_F(VirtualAudioSystemTest, RemovingTheDeckEndsItsStreamsOnceAndFiresListener
     EXPECT_EQ(audio->deckId(), kNoDevice);
     EXPECT_EQ(audio->defaultDevice(Direction::Input), other);
     Recorder late;
-    EXPECT_EQ(audio->openInput(deck, 512, late, status), nullptr);
+    EXPECT_EQ(audio->openInput(deck, {}, 512, late, status), nullptr);
     EXPECT_EQ(status, kErrorUnknownDevice);
 
     audio->step(600);
@@ -319,7 +319,7 @@ TEST_F(VirtualAudioSystemTest, TheOutputConsumesAtItsOwnClockAndWritesWhatItHear
         auto audio = make("speed=step,clock=1.001,outrate=48000,output=" + heard);
         RampPlayer player;
         Status status;
-        auto out = audio->openOutput(0, StreamFormat{48000, 2}, 300, player, status);
+        auto out = audio->openOutput(kDefaultDevice, StreamFormat{48000, 2}, 300, player, status);
         ASSERT_EQ(status, kNoError);
         EXPECT_DOUBLE_EQ(out->format().sampleRate, 48000);
         audio->step(1000); // the output hears silence before its stream starts
@@ -359,7 +359,7 @@ TEST_F(VirtualAudioSystemTest, StreamsMayOutliveTheSystem) {
     std::unique_ptr<Stream> stream;
     {
         auto audio = make("speed=20");
-        stream = audio->openInput(0, 512, rec, status);
+        stream = audio->openInput(kDefaultDevice, {}, 512, rec, status);
         stream->start();
         audio->waitForFrames(2048, std::chrono::seconds(30));
     }
