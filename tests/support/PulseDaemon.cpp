@@ -45,9 +45,11 @@ PulseDaemon::PulseDaemon(std::string sinkName, int rate, int channels)
     ::setenv("PULSE_SERVER", ("unix:" + runtime.path() + "/pulse/native").c_str(), 1);
 
     // As root the daemon needs no system mode for this: it only warns.
+    // No module-always-sink: its placeholder sink would take index 0, and tests need a real
+    // device there. The command-line protocol lets pacmd set properties on sources.
     const int status = runCommand("pulseaudio -D --exit-idle-time=-1 --disallow-exit -n "
                                   "--load=module-native-protocol-unix "
-                                  "--load=module-always-sink </dev/null >/dev/null 2>" +
+                                  "--load=module-cli-protocol-unix </dev/null >/dev/null 2>" +
                                       quoted(runtime.file("daemon.log")) + "; status=$?; cat " +
                                       quoted(runtime.file("daemon.log")) + "; exit $status",
                                   output);
@@ -120,6 +122,31 @@ int PulseDaemon::addRemappedSource(
         list += (list.empty() ? "" : " ") + key + "=\"" + value + "\"";
     return loadModule("module-remap-source master=" + monitorSource() + " source_name=" +
                       sourceName + " " + quoted("source_properties='" + list + "'"));
+}
+
+bool PulseDaemon::addCard(const std::string& name, const std::string& cardName, int rate) {
+    const std::string card = "alsa.card_name=\"" + cardName + "\"";
+    if (loadModule("module-null-sink sink_name=" + name +
+                   " norewinds=1 channels=2 rate=" + std::to_string(rate) + " " +
+                   quoted("sink_properties='" + card + " device.description=\"" + name +
+                          " playback\"'")) < 0)
+        return false;
+    if (loadModule("module-remap-source master=" + name + ".monitor source_name=" + name + "_in " +
+                   quoted("source_properties='" + card + " device.description=\"" + name +
+                          " capture\"'")) < 0)
+        return false;
+    return setSourceProperties(name + ".monitor", {{"alsa.card_name", cardName}});
+}
+
+bool PulseDaemon::setSourceProperties(
+    const std::string& source, const std::vector<std::pair<std::string, std::string>>& properties) {
+    std::string output;
+    for (const auto& [key, value] : properties)
+        if (runCommand("pacmd update-source-proplist " + quoted(source) + " " +
+                           quoted(key + "=\"" + value + "\""),
+                       output, false) != 0)
+            return false;
+    return true;
 }
 
 bool PulseDaemon::play(const std::string& file) const {

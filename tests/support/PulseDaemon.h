@@ -10,6 +10,7 @@ namespace waxline::test {
 
 // A private PulseAudio daemon for integration tests: its own XDG_RUNTIME_DIR, no sound card, a
 // null sink whose monitor source carries whatever is played into the sink, paced in real time.
+// That sink and its monitor are the daemon's first devices: sink 0 and source 0.
 // While it lives, this process's XDG_RUNTIME_DIR and PULSE_SERVER point at it, so PulseAudio
 // clients made afterwards (ours, pactl, paplay) talk to it.
 //
@@ -38,6 +39,15 @@ public:
     // hold blanks but no quotes. Returns the module index or -1.
     int addRemappedSource(const std::string& sourceName,
                           const std::vector<std::pair<std::string, std::string>>& properties);
+
+    // A USB card as the kernel shows a codec with both sides: a null sink `name` (its playback
+    // side) and a source `name`_in remapped from its monitor (its capture side), both carrying
+    // alsa.card_name = cardName, as does the sink's monitor (which on PipeWire it does). Returns
+    // false when the daemon refuses.
+    bool addCard(const std::string& name, const std::string& cardName, int rate);
+    // Sets properties on an existing source (pacmd), e.g. {"alsa.card_name", "USB Audio CODEC "}.
+    bool setSourceProperties(const std::string& source,
+                             const std::vector<std::pair<std::string, std::string>>& properties);
 
     // Runs `pactl ARGS` against this daemon; returns its exit status, output in `output`.
     int pactl(const std::string& args, std::string& output) const;

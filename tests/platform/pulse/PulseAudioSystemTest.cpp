@@ -250,6 +250,87 @@ TEST_F(PulseAudioSystemTest, PlaysThroughTheSinkWhatTheOutputHandlerGives) {
     EXPECT_NEAR(frequency, 1000.0, 5.0);
 }
 
+// A USB codec's monitor carries the card's name like its capture source; only the capture source
+// is unmarked, the monitors name the sink they monitor.
+TEST_F(PulseAudioSystemTest, MarksEveryMonitorWithTheSinkItMonitors) {
+    ASSERT_TRUE(pulse.addCard("codec", "USB Audio CODEC ", 48000));
+    const auto capture = find(Direction::Input, "codec_in");
+    const auto codecMonitor = find(Direction::Input, "codec.monitor");
+    const auto deckMonitor = find(Direction::Input, "deck.monitor");
+    const auto codec = find(Direction::Output, "codec");
+    const auto deck = find(Direction::Output, "deck");
+    ASSERT_TRUE(capture && codecMonitor && deckMonitor && codec && deck);
+    EXPECT_EQ(capture->name, "USB Audio CODEC ");
+    EXPECT_EQ(codecMonitor->name, "USB Audio CODEC ");
+    EXPECT_EQ(capture->monitorOf, kNoDevice);
+    EXPECT_EQ(codecMonitor->monitorOf, codec->id);
+    EXPECT_EQ(deckMonitor->monitorOf, deck->id);
+    for (const auto& sink : audio->devices(Direction::Output))
+        EXPECT_EQ(sink.monitorOf, kNoDevice) << sink.serverName;
+}
+
+// Source 0 is deck.monitor, a source like any other: opening it must not open the default.
+TEST_F(PulseAudioSystemTest, SourceZeroIsASourceAndTheDefaultHasItsOwnId) {
+    ASSERT_TRUE(pulse.addCard("codec", "USB Audio CODEC ", 44100));
+    const auto zero = find(Direction::Input, "deck.monitor");
+    const auto other = find(Direction::Input, "codec_in");
+    ASSERT_TRUE(zero && other);
+    ASSERT_EQ(zero->id, 0u);
+    ASSERT_EQ(audio->setDefaultInput(other->id), kNoError);
+
+    const std::string wav = dir.file("tone.wav");
+    writeSine(wav, 0.5, 1.5);
+    Capture fromZero, fromDefault;
+    Status status = kErrorOpenFailed;
+    auto a = audio->openInput(0, {}, 441, fromZero, status);
+    ASSERT_EQ(status, kNoError);
+    auto b = audio->openInput(kDefaultDevice, {}, 441, fromDefault, status);
+    ASSERT_EQ(status, kNoError);
+    ASSERT_EQ(a->start(), kNoError);
+    ASSERT_EQ(b->start(), kNoError);
+    ASSERT_TRUE(pulse.play(wav)); // into deck: heard on source 0 only
+    a->stop();
+    b->stop();
+    std::lock_guard lockA(fromZero.mutex);
+    std::lock_guard lockB(fromDefault.mutex);
+    auto peak = [](const std::vector<float>& s) {
+        float p = 0;
+        for (float x : s)
+            p = std::max(p, std::fabs(x));
+        return p;
+    };
+    EXPECT_NEAR(peak(fromZero.left), 0.5f, 0.05f);
+    EXPECT_LT(peak(fromDefault.left), 0.01f);
+}
+
+// The record stream is asked for 48 kHz on a 44.1 kHz source: the server converts, so the
+// handler receives 48 kHz and the tone keeps its pitch at that rate.
+TEST_F(PulseAudioSystemTest, RecordsAtTheRateAskedFor) {
+    const auto monitor = find(Direction::Input, "deck.monitor");
+    ASSERT_TRUE(monitor);
+    ASSERT_EQ(monitor->nominalSampleRate, 44100);
+    const std::string wav = dir.file("tone.wav");
+    writeSine(wav, 0.5, 2.0);
+    Capture capture;
+    Status status = kErrorOpenFailed;
+    auto stream = audio->openInput(monitor->id, {48000, 2}, 480, capture, status);
+    ASSERT_EQ(status, kNoError);
+    EXPECT_EQ(stream->format().sampleRate, 48000);
+    ASSERT_EQ(stream->start(), kNoError);
+    ASSERT_TRUE(pulse.play(wav));
+    stream->stop();
+    std::lock_guard lock(capture.mutex);
+    EXPECT_EQ(capture.gaps, 0);
+    size_t first = 0;
+    while (first < capture.left.size() && std::fabs(capture.left[first]) < 0.25f)
+        ++first;
+    ASSERT_GT(capture.left.size(), first + 48000) << "less than a second of tone arrived";
+    size_t rising = 0;
+    for (size_t i = first + 24001; i < first + 48000; ++i)
+        rising += capture.left[i - 1] < 0 && capture.left[i] >= 0;
+    EXPECT_NEAR(rising * 2.0, 1000.0, 6.0);
+}
+
 } // namespace
 
 namespace {

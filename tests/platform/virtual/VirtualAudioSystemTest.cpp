@@ -353,6 +353,41 @@ TEST_F(VirtualAudioSystemTest, TheOutputConsumesAtItsOwnClockAndWritesWhatItHear
     EXPECT_EQ(mismatches, 0u);
 }
 
+// Rising zero crossings per second of `samples` at `rate`: the frequency of a clean tone.
+double toneFrequency(const std::vector<float>& samples, size_t from, size_t count, double rate) {
+    size_t rising = 0;
+    for (size_t i = from + 1; i < from + count; ++i)
+        rising += samples[i - 1] < 0 && samples[i] >= 0;
+    return static_cast<double>(rising) * rate / static_cast<double>(count);
+}
+
+// A stream asked for 48 kHz from a 44.1 kHz deck gets 48 kHz, as a real server converts: as
+// many frames as the time covered holds, continuous sample times, and the tone at its pitch.
+TEST_F(VirtualAudioSystemTest, AnInputAskedForAnotherRateIsResampled) {
+    const std::string tone = dir.file("tone.wav");
+    ASSERT_TRUE(waxline::test::writeToneWav(tone, 2.0, 0.5, 1000));
+    VirtualAudioSystem audio(parseVirtualSetup("file=" + tone + ",speed=step"));
+    for (const double rate : {48000.0, 32000.0}) {
+        SCOPED_TRACE(rate);
+        Recorder rec;
+        Status status = kErrorOpenFailed;
+        auto stream = audio.openInput(audio.deckId(), {rate, 2}, 700, rec, status);
+        ASSERT_EQ(status, kNoError);
+        EXPECT_EQ(stream->format().sampleRate, rate);
+        EXPECT_EQ(stream->format().channels, 2u);
+        ASSERT_EQ(stream->start(), kNoError);
+        audio.step(kRate); // one second of the deck
+        stream->stop();
+        std::lock_guard lock(rec.mutex);
+        EXPECT_NEAR(static_cast<double>(rec.frames[0].size()), rate, 64);
+        EXPECT_EQ(rec.gaps, 0);
+        EXPECT_LE(rec.largestBuffer, 700u);
+        const auto span = static_cast<size_t>(rate / 2);
+        EXPECT_NEAR(toneFrequency(rec.frames[0], span / 4, span, rate), 1000.0, 4.0);
+        EXPECT_NEAR(toneFrequency(rec.frames[1], span / 4, span, rate), 1500.0, 4.0);
+    }
+}
+
 TEST_F(VirtualAudioSystemTest, StreamsMayOutliveTheSystem) {
     Recorder rec;
     Status status;
