@@ -160,8 +160,8 @@ TEST(Audio, PlayThroughNeverPlaysIntoTheOutputItsInputMonitors) {
             rig.audioSystem->add(platform::Direction::Output, 51, "Headphones");
         platform::AudioObjectID playsTo = 0;
         rig.audio = std::make_unique<Audio>(
-            rig.platform, [&](platform::AudioSystem&, platform::AudioObjectID,
-                              platform::AudioObjectID output) {
+            rig.platform,
+            [&](platform::AudioSystem&, platform::AudioObjectID, platform::AudioObjectID output) {
                 playsTo = output;
                 return std::make_unique<CountingMonitor>();
             });

@@ -40,11 +40,9 @@ platform::Status FakeAudioSystem::setDefaultInput(platform::AudioObjectID id) {
     return platform::kNoError;
 }
 
-std::unique_ptr<platform::Stream> FakeAudioSystem::openInput(platform::AudioObjectID id,
-                                                             platform::StreamFormat format,
-                                                             uint32_t,
-                                                             platform::InputHandler& handler,
-                                                             platform::Status& status) {
+std::unique_ptr<platform::Stream>
+FakeAudioSystem::openInput(platform::AudioObjectID id, platform::StreamFormat format, uint32_t,
+                           platform::InputHandler& handler, platform::Status& status) {
     if (failOpen) {
         status = platform::kErrorOpenFailed;
         return nullptr;
@@ -54,8 +52,8 @@ std::unique_ptr<platform::Stream> FakeAudioSystem::openInput(platform::AudioObje
     ++inputsOpened;
     inputIds.push_back(id);
     lastInputFormat = format;
-    const auto info = device(id == platform::kDefaultDevice ? defaultInput : id,
-                             platform::Direction::Input);
+    const auto info =
+        device(id == platform::kDefaultDevice ? defaultInput : id, platform::Direction::Input);
     const double rate = format.sampleRate > 0 ? format.sampleRate
                         : info                ? info->nominalSampleRate
                                               : 44100;

@@ -76,8 +76,8 @@ public:
         status = platform::kNoError;
         return std::make_unique<IdleStream>();
     }
-    std::unique_ptr<platform::Stream> openOutput(AudioObjectID id, platform::StreamFormat,
-                                                 uint32_t, platform::OutputHandler& handler,
+    std::unique_ptr<platform::Stream> openOutput(AudioObjectID id, platform::StreamFormat, uint32_t,
+                                                 platform::OutputHandler& handler,
                                                  platform::Status& status) override {
         openedOutput = id;
         outputHandler = &handler;

@@ -125,9 +125,9 @@ platform::Status CAPlayThrough::Init() {
     }
 
     // Working format: the channels both devices have, at each device's nominal rate.
-    mChannels = static_cast<int>(plays ? std::min(mInputDevice.CountChannels(),
-                                                  mOutputDevice.CountChannels())
-                                       : mInputDevice.CountChannels());
+    mChannels = static_cast<int>(
+        plays ? std::min(mInputDevice.CountChannels(), mOutputDevice.CountChannels())
+              : mInputDevice.CountChannels());
     mChannels = std::min<int>(mChannels, AudioBufferList::kMaxBuffers);
     if (mChannels <= 0) {
         PrintError(platform::kErrorOpenFailed, __LINE__);

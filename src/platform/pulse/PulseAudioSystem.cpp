@@ -260,8 +260,8 @@ Status PulseAudioSystem::setDefaultInput(AudioObjectID id) {
 }
 
 std::unique_ptr<Stream> PulseAudioSystem::openInput(AudioObjectID id, StreamFormat format,
-                                                    uint32_t framesPerBuffer,
-                                                    InputHandler& handler, Status& status) {
+                                                    uint32_t framesPerBuffer, InputHandler& handler,
+                                                    Status& status) {
     if (id == kDefaultDevice)
         id = defaultDevice(Direction::Input);
     const auto source = device(id, Direction::Input);

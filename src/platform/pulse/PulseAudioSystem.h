@@ -11,9 +11,10 @@ namespace waxline::platform {
 class PulseConnection;
 
 // The audio system on a PulseAudio (or pipewire-pulse) server: sources are inputs (monitors of
-// sinks included, marked with the sink they monitor), sinks are outputs, ids are their indices. The process-wide default input is
-// held here and starts as the server's default source; the server's own default never changes.
-// Record and playback streams exchange FLOAT32LE with their handlers on the main-loop thread.
+// sinks included, marked with the sink they monitor), sinks are outputs, ids are their indices. The
+// process-wide default input is held here and starts as the server's default source; the server's
+// own default never changes. Record and playback streams exchange FLOAT32LE with their handlers on
+// the main-loop thread.
 class PulseAudioSystem : public AudioSystem {
 public:
     // Throws std::runtime_error with a one-line message when the server cannot be reached.

@@ -49,7 +49,7 @@ struct InputEntry : Entry {
     // A stream asked for another rate than the deck's gets the deck's audio through its own
     // resampler, as a real server converts. Sized at open; the timeline only uses them.
     SRC_STATE* resampler = nullptr;
-    double ratio = 1; // stream frames per deck frame
+    double ratio = 1;                // stream frames per deck frame
     std::vector<float> resamplerIn;  // interleaved, one deck period
     std::vector<float> resamplerOut; // interleaved, what one period gives and a margin
     int64_t ownTime = 0;             // the resampled stream's sample time

@@ -106,7 +106,8 @@ std::unique_ptr<Stream> VirtualAudioSystem::openInput(AudioObjectID id, StreamFo
         entry->ratio = rate / shared->inputRate;
         const auto period = static_cast<size_t>(shared->period);
         entry->resamplerIn.assign(channels * period, 0.0f);
-        const auto most = static_cast<size_t>(std::ceil(static_cast<double>(period) * entry->ratio));
+        const auto most =
+            static_cast<size_t>(std::ceil(static_cast<double>(period) * entry->ratio));
         entry->resamplerOut.assign(channels * (most + 64), 0.0f);
         entry->ownTime = std::llround(static_cast<double>(shared->inputPos) * entry->ratio);
     }

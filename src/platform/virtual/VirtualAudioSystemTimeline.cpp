@@ -61,8 +61,8 @@ void VirtualAudioSystem::produceInput(uint32_t frames) {
         for (uint32_t done = 0; done < frames && e->running && e->handler;) {
             const uint32_t n = std::min(frames - done, e->maxFrames);
             for (uint32_t c = 0; c < e->channels; ++c) {
-                const float* from = fromDeck ? s.periodBuffers[c % s.channels].data() + done
-                                             : s.silence.data();
+                const float* from =
+                    fromDeck ? s.periodBuffers[c % s.channels].data() + done : s.silence.data();
                 std::copy(from, from + n, e->pointers[c]);
             }
             const int64_t sampleTime = s.inputPos + done;
