@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "exporting/ExportProblem.h"
 
 #include <string>
 #include <vector>
@@ -22,6 +23,13 @@ struct ExportOptions {
 // and then the library files made. Returns 0 when every track got there, 1 otherwise (with
 // the reasons printed), 2 when there was nothing to export.
 int exportRecording(const ExportOptions& options);
+
+// The command line's words for what went wrong with a track, and for a warning about one.
+std::string describe(const exporting::ExportProblem& problem);
+std::string describe(const exporting::TrackWarning& warning);
+
+// The command line's texts for the names that stand in for missing ones.
+std::string exportText(const std::string& key);
 
 // The naming options shared by export and digitize: --artist, --album, --title..., --library,
 // --normalise, --jobs.

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "exporting/EncoderPool.h"
 #include "exporting/ExportNumbering.h"
+#include "exporting/ExportProblem.h"
 #include "exporting/LibraryImporter.h"
+#include "exporting/UnknownNames.h"
 
 #include <functional>
 #include <string>
@@ -30,6 +33,9 @@ struct ExportRequest {
     std::function<float()> recordingPeak;
     // Tracks encoded at once; 0 means one per processor core.
     unsigned jobs = 0;
+    // The texts of "IDS_UNKNOWN_TRACK", "IDS_UNKNOWN_ARTIST" and "IDS_UNKNOWN_ALBUM", which
+    // stand in for missing names on the older export path.
+    TextLookup text;
 };
 
 // What became of one track.
@@ -41,25 +47,30 @@ struct TrackOutcome {
     std::string mp3Path;
     std::string libraryPath; // where it sits in the music library, when it got there
     bool ok = false;
-    std::string message; // why it failed
-    std::vector<std::string> warnings;
+    ExportProblem problem; // why it failed
+    std::vector<TrackWarning> warnings;
 };
 
 // The export of finished tracks: encode each WAV to MP3 with ffmpeg, tag it, import it into
 // the music library, check that the library still answers, report progress. Runs on the
-// export thread that calls run(); encodings overlap on worker threads (one per core), while
-// tagging, importing, probing and progress stay per track in track order.
+// export thread that calls run(); encoding and tagging overlap on an EncoderPool (one worker
+// per core), while importing, probing and progress stay per track in track order.
+// The hooks run on the export thread.
 class ExportPipeline {
 public:
     explicit ExportPipeline(const LibraryImporter& importer);
 
-    // Progress, on the export thread, once per track in order.
-    std::function<void(const TrackOutcome&, int total)> onTrackDone;
-    // The library probe after a track failed with `error`: true to do the track again (the
-    // application alerts the user and retries), false to give up the rest of the export.
+    // After each track's conversion, before the library is checked; a track done again is
+    // reported again.
+    std::function<void(const TrackOutcome&)> onTrackConverted;
+    // The library check after a track failed with `error`. It may block (the window shows its
+    // alert); true does the same track again from its encoding, false gives up the rest of
+    // the export. Unset, the export gives up.
     std::function<bool(int error)> onProbeFailed;
-    // One diagnostic line (failed encoder with its command and exit status, etc.).
-    std::function<void(const std::string&)> log;
+    // Progress, once per track in order.
+    std::function<void(const TrackOutcome&, int total)> onTrackDone;
+    // The end of the run, after the numbering has taken this export's count.
+    std::function<void(const std::vector<TrackOutcome>&)> onFinished;
 
     // Exports every recorded track, numbering on from `numbering`; returns the outcomes in
     // track order. A failed track does not stop the others.
@@ -71,22 +82,25 @@ public:
                                          const std::string& number, bool normalise,
                                          float recordingPeak = 0);
 
-    // One track the older way: unknown names filled in, the track normalised to
+    // One track the older way: unknown names filled in from `text`, the track normalised to
     // "normalized.wav" when asked (gain 0.97 / recordingPeak), that file encoded, tagged and
     // imported. Returns 0 on success, 1 on failure, with the details in `outcome`.
     int legacyConvertAndTagAudioFile4(const std::string& path, const std::string& artist,
                                       const std::string& album, const std::string& name,
                                       const std::string& number, bool normalise,
-                                      float recordingPeak, TrackOutcome& outcome);
+                                      float recordingPeak, TrackOutcome& outcome,
+                                      const TextLookup& text = {});
 
 private:
-    struct Encoded;
-    Encoded encodeTrack(const std::string& wavPath) const;
-    void finishTrack(const Encoded& encoded, const std::string& artist, const std::string& album,
-                     TrackOutcome& outcome);
-    void say(const std::string& line) const;
+    void importEncoded(const EncodedTrack& encoded, const TrackNames& names,
+                       TrackOutcome& outcome) const;
 
     const LibraryImporter& importer;
 };
+
+// The encoding half of a track, for a worker: the track file checked, encoded to the MP3
+// beside it (from `source` when that is set: the normalised copy), and tagged.
+EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
+                          const std::string& number, const std::string& source = {});
 
 } // namespace waxline::exporting

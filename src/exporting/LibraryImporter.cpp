@@ -41,10 +41,10 @@ std::string errnoText(int error) {
 }
 
 // Copies `from` into the open descriptor and flushes it to the disk; false with the reason.
-bool copyInto(const std::string& from, int to, std::string& why) {
+bool copyInto(const std::string& from, int to, ExportProblem& why) {
     const int in = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
     if (in < 0) {
-        why = "cannot read " + from + ": " + errnoText(errno);
+        why = {ExportProblem::Kind::ImportCannotRead, from, errnoText(errno)};
         return false;
     }
     std::vector<char> buffer(1 << 16);
@@ -56,7 +56,7 @@ bool copyInto(const std::string& from, int to, std::string& why) {
         if (n < 0) {
             if (errno == EINTR)
                 continue;
-            why = "cannot read " + from + ": " + errnoText(errno);
+            why = {ExportProblem::Kind::ImportCannotRead, from, errnoText(errno)};
             ok = false;
             break;
         }
@@ -65,7 +65,7 @@ bool copyInto(const std::string& from, int to, std::string& why) {
             if (w < 0 && errno == EINTR)
                 continue;
             if (w <= 0) {
-                why = "cannot write into the library: " + errnoText(errno);
+                why = {ExportProblem::Kind::ImportCannotWrite, {}, errnoText(errno)};
                 ok = false;
                 break;
             }
@@ -76,7 +76,7 @@ bool copyInto(const std::string& from, int to, std::string& why) {
     }
     ::close(in);
     if (ok && ::fsync(to) != 0) {
-        why = "cannot write into the library: " + errnoText(errno);
+        why = {ExportProblem::Kind::ImportCannotWrite, {}, errnoText(errno)};
         ok = false;
     }
     return ok;
@@ -149,26 +149,26 @@ LibraryImporter::Result LibraryImporter::importTrack(const std::string& mp3Path,
     std::error_code ec;
     fs::create_directories(target.parent_path(), ec);
     if (!fs::is_directory(target.parent_path())) {
-        result.message = "cannot make the library folder " + target.parent_path().string() +
-                         (ec ? ": " + ec.message() : std::string());
+        result.problem = {ExportProblem::Kind::ImportCannotMakeFolder,
+                          target.parent_path().string(), ec ? ec.message() : std::string()};
         return result;
     }
     std::string temporary = target.parent_path().string() + "/.waxline-import-XXXXXX";
     const int fd = ::mkstemp(temporary.data());
     if (fd < 0) {
-        result.message =
-            "cannot write into " + target.parent_path().string() + ": " + errnoText(errno);
+        result.problem = {ExportProblem::Kind::ImportCannotCreate, target.parent_path().string(),
+                          errnoText(errno)};
         return result;
     }
     ::fchmod(fd, 0644);
-    std::string why;
+    ExportProblem why;
     const bool copied = copyInto(mp3Path, fd, why);
     const bool closed = ::close(fd) == 0;
     if (!copied || !closed || ::rename(temporary.c_str(), result.path.c_str()) != 0) {
-        if (copied && why.empty())
-            why = "cannot put " + result.path + " in place: " + errnoText(errno);
+        if (copied && !why.failed())
+            why = {ExportProblem::Kind::ImportCannotPutInPlace, result.path, errnoText(errno)};
         ::unlink(temporary.c_str());
-        result.message = why;
+        result.problem = why;
         return result;
     }
     result.ok = true;

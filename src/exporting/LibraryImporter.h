@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exporting/ExportProblem.h"
+
 #include <string>
 
 namespace waxline::exporting {
@@ -23,8 +25,8 @@ public:
 
     struct Result {
         bool ok = false;
-        std::string path;    // the file in the library
-        std::string message; // why it failed
+        std::string path;      // the file in the library
+        ExportProblem problem; // why it failed
     };
 
     // Copies the MP3 to its place in the library. An existing file there is replaced only by

@@ -69,9 +69,11 @@ EncodeResult runProgram(const std::vector<std::string>& argv) {
             result.command += ' ';
         result.command += quotedForLog(word);
     }
+    if (!argv.empty())
+        result.program = argv.front();
     if (argv.empty() || argv.front().empty()) {
         result.exitStatus = 127;
-        result.errorOutput = "no program to run";
+        result.launch = EncodeResult::Launch::NothingToRun;
         return result;
     }
 
@@ -80,7 +82,8 @@ EncodeResult runProgram(const std::vector<std::string>& argv) {
     // this pipe open and delay its end.
     if (::pipe2(pipeFds, O_CLOEXEC) != 0) {
         result.exitStatus = 127;
-        result.errorOutput = std::string("cannot make a pipe: ") + std::strerror(errno);
+        result.launch = EncodeResult::Launch::NoPipe;
+        result.launchDetail = std::strerror(errno);
         return result;
     }
     posix_spawn_file_actions_t actions;
@@ -102,7 +105,8 @@ EncodeResult runProgram(const std::vector<std::string>& argv) {
     if (spawnError != 0) {
         ::close(pipeFds[0]);
         result.exitStatus = 127;
-        result.errorOutput = "cannot start " + argv.front() + ": " + std::strerror(spawnError);
+        result.launch = EncodeResult::Launch::NotStarted;
+        result.launchDetail = std::strerror(spawnError);
         return result;
     }
 
@@ -140,7 +144,7 @@ EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Pat
         result.exitStatus = 127;
         result.command = "ffmpeg -i " + quotedForLog(inputPath) +
                          " -codec:a libmp3lame -qscale:a 2 " + quotedForLog(mp3Path);
-        result.errorOutput = "ffmpeg was found neither beside the program nor on PATH";
+        result.launch = EncodeResult::Launch::NotFound;
         return result;
     }
     // The input is a file name argument, never a protocol or option: "file:" keeps a name
@@ -148,6 +152,37 @@ EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Pat
     return runProgram({program, "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-i",
                        "file:" + inputPath, "-codec:a", "libmp3lame", "-qscale:a", "2",
                        "file:" + mp3Path});
+}
+
+ExportProblem encoderProblem(const EncodeResult& result) {
+    using Kind = ExportProblem::Kind;
+    ExportProblem problem;
+    problem.command = result.command;
+    problem.status = result.exitStatus;
+    switch (result.launch) {
+    case EncodeResult::Launch::Ran:
+        if (result.ok())
+            return {};
+        problem.kind = Kind::EncoderFailed;
+        problem.detail = result.errorOutput;
+        break;
+    case EncodeResult::Launch::NothingToRun:
+        problem.kind = Kind::EncoderNothingToRun;
+        break;
+    case EncodeResult::Launch::NoPipe:
+        problem.kind = Kind::EncoderNoPipe;
+        problem.detail = result.launchDetail;
+        break;
+    case EncodeResult::Launch::NotStarted:
+        problem.kind = Kind::EncoderNotStarted;
+        problem.path = result.program;
+        problem.detail = result.launchDetail;
+        break;
+    case EncodeResult::Launch::NotFound:
+        problem.kind = Kind::EncoderNotFound;
+        break;
+    }
+    return problem;
 }
 
 EncodeResult encodeFileToMp3(const std::string& wavPath) {

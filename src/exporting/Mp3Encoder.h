@@ -1,16 +1,26 @@
 #pragma once
 
+#include "exporting/ExportProblem.h"
+
 #include <string>
 #include <vector>
 
 namespace waxline::exporting {
 
 struct EncodeResult {
-    int exitStatus = -1;     // the encoder's exit status; 127 when it could not be started
-    std::string command;     // the command line, quoted for reading, for the log
-    std::string errorOutput; // the last lines the encoder printed
+    // Whether the program ran at all.
+    enum class Launch { Ran, NothingToRun, NoPipe, NotStarted, NotFound };
+    Launch launch = Launch::Ran;
+    int exitStatus = -1;      // the encoder's exit status; 127 when it could not be started
+    std::string program;      // what was run
+    std::string command;      // the command line, quoted for reading, for the log
+    std::string errorOutput;  // the last lines the encoder printed
+    std::string launchDetail; // the system's reason when it could not be started
     bool ok() const { return exitStatus == 0; }
 };
+
+// The one description of a failed encoding (None when it succeeded).
+ExportProblem encoderProblem(const EncodeResult& result);
 
 // The encoder to run: "ffmpeg" beside the running executable when there is one, else the
 // first executable "ffmpeg" on PATH; empty when there is none.

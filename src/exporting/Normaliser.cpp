@@ -24,7 +24,7 @@ NormaliseResult normaliseTrack(const std::string& wavPath, float gain) {
     SF_INFO inInfo{};
     SNDFILE* in = sf_open(wavPath.c_str(), SFM_READ, &inInfo);
     if (!in) {
-        result.message = "cannot read " + wavPath + " to normalise it: " + sf_strerror(nullptr);
+        result.problem = {ExportProblem::Kind::NormaliseCannotRead, wavPath, sf_strerror(nullptr)};
         return result;
     }
     std::error_code ec;
@@ -35,7 +35,8 @@ NormaliseResult normaliseTrack(const std::string& wavPath, float gain) {
     outInfo.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
     SNDFILE* out = sf_open(result.path.c_str(), SFM_WRITE, &outInfo);
     if (!out) {
-        result.message = "cannot create " + result.path + ": " + sf_strerror(nullptr);
+        result.problem = {ExportProblem::Kind::NormaliseCannotCreate, result.path,
+                          sf_strerror(nullptr)};
         sf_close(in);
         return result;
     }
@@ -53,14 +54,15 @@ NormaliseResult normaliseTrack(const std::string& wavPath, float gain) {
         for (size_t i = 0; i < samples; ++i)
             output[i] = input[i] * gain;
         if (sf_writef_float(out, output.data(), frames) != frames) {
-            result.message = "cannot write " + result.path + ": " + sf_strerror(out);
+            result.problem = {ExportProblem::Kind::NormaliseCannotWrite, result.path,
+                              sf_strerror(out)};
             ok = false;
             break;
         }
     }
     sf_close(in);
     if (sf_close(out) != 0 && ok) {
-        result.message = "cannot finish " + result.path;
+        result.problem = {ExportProblem::Kind::NormaliseCannotFinish, result.path};
         ok = false;
     }
     result.ok = ok;

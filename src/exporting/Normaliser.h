@@ -1,13 +1,15 @@
 #pragma once
 
+#include "exporting/ExportProblem.h"
+
 #include <string>
 
 namespace waxline::exporting {
 
 struct NormaliseResult {
     bool ok = false;
-    std::string path;    // "normalized.wav" beside the track
-    std::string message; // why it failed
+    std::string path;      // "normalized.wav" beside the track
+    ExportProblem problem; // why it failed
 };
 
 // Writes "normalized.wav" in the track's folder (deleting any earlier one): the track times

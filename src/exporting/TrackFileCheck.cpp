@@ -6,7 +6,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -52,41 +51,35 @@ bool dataChunkSizes(const std::string& path, uint64_t& announced, uint64_t& pres
 
 TrackFileCheck inspectTrackFile(const std::string& path) {
     TrackFileCheck check;
-    const std::string name = fs::path(path).filename().string();
+    check.problem.path = path;
     std::error_code ec;
     if (!fs::exists(path, ec)) {
-        check.problem = "track file " + name + " is missing";
+        check.problem.kind = ExportProblem::Kind::TrackFileMissing;
         return check;
     }
     if (fs::file_size(path, ec) == 0) {
-        check.problem = "track file " + name + " is empty";
+        check.problem.kind = ExportProblem::Kind::TrackFileEmpty;
         return check;
     }
     SF_INFO info{};
     SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
     if (!file) {
-        check.problem =
-            "track file " + name + " is not a readable WAV file (" + sf_strerror(nullptr) + ")";
+        check.problem.kind = ExportProblem::Kind::TrackFileUnreadable;
+        check.problem.detail = sf_strerror(nullptr);
         return check;
     }
     sf_close(file);
     if (info.frames <= 0 || info.samplerate <= 0) {
-        check.problem = "track file " + name + " holds no audio";
+        check.problem.kind = ExportProblem::Kind::TrackFileHoldsNoAudio;
         return check;
     }
+    check.problem = {};
     check.usable = true;
     check.seconds = static_cast<double>(info.frames) / info.samplerate;
     uint64_t announced = 0, present = 0;
-    if (dataChunkSizes(path, announced, present) && announced > present &&
-        announced != 0xFFFFFFFFu) {
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "track file %s is truncated: %llu of %llu bytes of audio are there; "
-                      "exporting the %.1f s that remain",
-                      name.c_str(), static_cast<unsigned long long>(present),
-                      static_cast<unsigned long long>(announced), check.seconds);
-        check.warning = text;
-    }
+    if (dataChunkSizes(path, announced, present) && announced > present && announced != 0xFFFFFFFFu)
+        check.warning =
+            TrackWarning{TrackWarning::Kind::Truncated, path, present, announced, check.seconds};
     return check;
 }
 

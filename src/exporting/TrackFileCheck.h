@@ -1,15 +1,18 @@
 #pragma once
 
+#include "exporting/ExportProblem.h"
+
+#include <optional>
 #include <string>
 
 namespace waxline::exporting {
 
 // What a track file looks like before it is encoded.
 struct TrackFileCheck {
-    bool usable = false; // there is audio to export
-    std::string problem; // why not, when not usable
-    std::string warning; // usable, but something is off (e.g. the file was cut short)
-    double seconds = 0;  // the audio that is there
+    bool usable = false;                 // there is audio to export
+    ExportProblem problem;               // why not, when not usable
+    std::optional<TrackWarning> warning; // usable, but something is off (the file was cut short)
+    double seconds = 0;                  // the audio that is there
 };
 
 // Looks at a track WAV file: missing, empty, unreadable, without audio, or shorter than its

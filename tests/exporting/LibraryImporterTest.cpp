@@ -105,17 +105,18 @@ TEST(LibraryImporter, ReplacesAnExistingTrackWithACompleteCopy) {
     std::ofstream(second) << std::string(70000, 'b');
 
     const auto a = importer.importTrack(first, "Art", "Alb", "Song", 1);
-    ASSERT_TRUE(a.ok) << a.message;
+    ASSERT_TRUE(a.ok) << a.problem.path;
     EXPECT_EQ(fileBytes(a.path), fileBytes(first));
     const auto b = importer.importTrack(second, "Art", "Alb", "Song", 1);
-    ASSERT_TRUE(b.ok) << b.message;
+    ASSERT_TRUE(b.ok) << b.problem.path;
     EXPECT_EQ(b.path, a.path);
     EXPECT_EQ(fileBytes(b.path), fileBytes(second));
 
     // A source that cannot be read leaves the existing copy as it was and no leftovers.
     const auto c = importer.importTrack(dir.file("missing.mp3"), "Art", "Alb", "Song", 1);
     EXPECT_FALSE(c.ok);
-    EXPECT_NE(c.message.find("missing.mp3"), std::string::npos) << c.message;
+    EXPECT_EQ(c.problem.kind, ExportProblem::Kind::ImportCannotRead);
+    EXPECT_NE(c.problem.path.find("missing.mp3"), std::string::npos) << c.problem.path;
     EXPECT_EQ(fileBytes(b.path), fileBytes(second));
     EXPECT_EQ(test::filesBelow(dir.file("Music")), std::vector<std::string>{"Art/Alb/01 Song.mp3"});
 }
@@ -127,7 +128,7 @@ TEST(LibraryImporter, ImportIntoAnUnusableLibraryFailsWithAReason) {
     const LibraryImporter importer(dir.file("plain-file/Music"));
     const auto result = importer.importTrack(dir.file("t.mp3"), "A", "B", "C", 1);
     EXPECT_FALSE(result.ok);
-    EXPECT_FALSE(result.message.empty());
+    EXPECT_TRUE(result.problem.failed());
 }
 
 } // namespace
