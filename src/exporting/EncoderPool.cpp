@@ -169,24 +169,23 @@ int EncoderPool::nextTrack(size_t worker) {
         return track;
     }
     // Out of work: help the share with the most left, with its longest track.
-    size_t busiest = worker;
+    std::deque<int>* busiest = nullptr;
     uint64_t most = 0;
-    for (size_t w = 0; w < shares.size(); ++w) {
+    for (auto& share : shares) {
         uint64_t left = 0;
-        for (int track : shares[w])
+        for (int track : share)
             left += costs[track];
-        if (left > most) {
+        if (!share.empty() && (!busiest || left > most)) {
             most = left;
-            busiest = w;
+            busiest = &share;
         }
     }
-    if (most == 0 && shares[busiest].empty())
+    if (!busiest)
         return 0;
-    auto& share = shares[busiest];
-    auto longest = std::max_element(share.begin(), share.end(),
+    auto longest = std::max_element(busiest->begin(), busiest->end(),
                                     [&](int a, int b) { return costs[a] < costs[b]; });
     const int track = *longest;
-    share.erase(longest);
+    busiest->erase(longest);
     return track;
 }
 
