@@ -71,8 +71,8 @@ bench_side() {
     rm -rf "$side"
 }
 
-for spec in ${SIDES:-7:1800 22:1680}; do
-    bench_side "${spec%%:*}" "${spec##*:}"
+for pair in ${SIDES:-7:1800 22:1680}; do
+    bench_side "${pair%%:*}" "${pair##*:}"
 done
 echo "== Best of $rounds rounds"
 printf '%s\n' "${summary[@]}"
