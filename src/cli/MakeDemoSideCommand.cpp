@@ -11,7 +11,10 @@ namespace waxline::cli {
 
 int makeDemoSideCommand(Arguments& args) {
     DemoSideOptions options;
-    options.tracks = static_cast<int>(args.integerOption("--tracks", 1, 40).value_or(5));
+    options.realistic = args.flag("--realistic");
+    // A realistic side without --tracks takes its count, 3 to 14, from the seed.
+    options.tracks =
+        static_cast<int>(args.integerOption("--tracks", 1, 40).value_or(options.realistic ? 0 : 5));
     options.seed = static_cast<uint32_t>(args.integerOption("--seed", 0, 4294967295LL).value_or(1));
     options.lengthSeconds = args.numberOption("--length").value_or(0);
     const auto files = args.positional();
@@ -68,6 +71,18 @@ int makeDemoSideCommand(Arguments& args) {
             std::printf("gap       %10.3f s .. %10.3f s\n", side.gaps[i].start, side.gaps[i].end);
     }
     std::printf("run-out   %10.3f s .. %10.3f s\n", side.runOut.start, side.runOut.end);
+    if (options.realistic) {
+        std::printf("noise %.1f dBFS, hum %.0f Hz at %.1f dBFS, rumble %.1f dBFS\n", side.noiseDb,
+                    side.humHz, side.humDb, side.rumbleDb);
+        const std::pair<const char*, const std::vector<DemoSideLayout::Span>*> features[] = {
+            {"fade-in", &side.fadeIns},       {"fade-out", &side.fadeOuts},
+            {"quiet", &side.quietPassages},   {"intro", &side.softIntros},
+            {"crackle", &side.crackleBursts},
+        };
+        for (const auto& [name, spans] : features)
+            for (const auto& s : *spans)
+                std::printf("%-9s %10.3f s .. %10.3f s\n", name, s.start, s.end);
+    }
     return 0;
 }
 

@@ -16,7 +16,7 @@ const Command kCommands[] = {
     {"analyse", waxline::cli::analyseCommand,
      "analyse FILE.wav [--preset none|riaa|chrome|brightspin] [--output OUT.wav] [--tracks]"},
     {"make-demo-side", waxline::cli::makeDemoSideCommand,
-     "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS]"},
+     "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS] [--realistic]"},
     {"devices", waxline::cli::devicesCommand,
      "devices [--virtual-device SETUP] [--latency [--input INPUT]]"},
     {"record", waxline::cli::recordCommand,
