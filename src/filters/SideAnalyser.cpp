@@ -1,0 +1,123 @@
+#include "filters/SideAnalyser.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace Sonra::Audio::Filters {
+namespace {
+
+constexpr size_t kFrameSize = 512;
+constexpr double kAnalysisRate = 11025; // enough for the band the splitter looks at
+constexpr double kHighPassHz = 200;
+constexpr double kLowestBinHz = 150; // below: rumble, hum and bass, which say little
+constexpr double kHighestBinHz = 4500;
+constexpr double kTwoPi = 6.283185307179586;
+// The median of |x| of Gaussian noise is 0.6745 sigma: this turns it into an RMS.
+constexpr double kMedianToRms = 1 / 0.6745;
+
+} // namespace
+
+SideAnalyser::SideAnalyser(unsigned sampleRate)
+    : fft(kFrameSize) {
+    if (sampleRate < 8000)
+        throw std::invalid_argument("side analysis needs a sample rate from 8000 Hz");
+    decimation = std::max<size_t>(1, static_cast<size_t>(std::lround(sampleRate / kAnalysisRate)));
+    const double rate = static_cast<double>(sampleRate) / static_cast<double>(decimation);
+    result.sampleRate = sampleRate;
+    result.hop = kFrameSize * decimation;
+    result.binHz = rate / kFrameSize;
+    firstBin = static_cast<size_t>(std::ceil(kLowestBinHz / result.binHz));
+    const size_t lastBin =
+        std::min(kFrameSize / 2 - 1, static_cast<size_t>(std::floor(kHighestBinHz / result.binHz)));
+    result.bins = lastBin + 1 - firstBin;
+    result.firstBinHz = static_cast<double>(firstBin) * result.binHz;
+
+    // Second-order Butterworth high-pass by the bilinear transform.
+    const double k = std::tan(kTwoPi * kHighPassHz / rate / 2);
+    const double q = 1 / std::sqrt(2.0);
+    const double norm = 1 / (1 + k / q + k * k);
+    hp[0] = norm;
+    hp[1] = -2 * norm;
+    hp[2] = norm;
+    hp[3] = 2 * (k * k - 1) * norm;
+    hp[4] = (1 - k / q + k * k) * norm;
+
+    frame.resize(kFrameSize);
+    window.resize(kFrameSize);
+    for (size_t i = 0; i < kFrameSize; ++i)
+        window[i] = static_cast<float>(0.5 - 0.5 * std::cos(kTwoPi * static_cast<double>(i) /
+                                                            static_cast<double>(kFrameSize)));
+    windowed.resize(kFrameSize);
+    power.resize(kFrameSize / 2 + 1);
+    magnitudes.resize(kFrameSize);
+}
+
+void SideAnalyser::addInterleaved(const float* samples, size_t frames, unsigned channels) {
+    if (channels == 0)
+        return;
+    const float scale = 1.0f / static_cast<float>(channels);
+    for (size_t i = 0; i < frames; ++i) {
+        float m = 0;
+        for (unsigned c = 0; c < channels; ++c)
+            m += samples[i * channels + c];
+        addMono(m * scale);
+    }
+    result.inputFrames += static_cast<int64_t>(frames);
+}
+
+void SideAnalyser::addPlanar(const float* left, const float* right, size_t frames) {
+    for (size_t i = 0; i < frames; ++i)
+        addMono(0.5f * (left[i] + right[i]));
+    result.inputFrames += static_cast<int64_t>(frames);
+}
+
+void SideAnalyser::addMono(float sample) {
+    // A plain average over the decimation: what folds down is noise on noise, and tones stay
+    // tones, which is all the analysis asks of the band.
+    sum += sample;
+    if (++summed < decimation)
+        return;
+    const double x = sum / static_cast<float>(decimation);
+    sum = 0;
+    summed = 0;
+    const double y = hp[0] * x + hp[1] * hpState[0] + hp[2] * hpState[1] - hp[3] * hpState[2] -
+                     hp[4] * hpState[3];
+    hpState[1] = hpState[0];
+    hpState[0] = x;
+    hpState[3] = hpState[2];
+    hpState[2] = y;
+    frame[fill++] = static_cast<float>(y);
+    if (fill == kFrameSize) {
+        finishFrame();
+        fill = 0;
+    }
+}
+
+void SideAnalyser::finishFrame() {
+    double energy = 0;
+    for (size_t i = 0; i < kFrameSize; ++i) {
+        magnitudes[i] = std::fabs(frame[i]);
+        windowed[i] = frame[i] * window[i];
+        energy += static_cast<double>(frame[i]) * frame[i];
+    }
+    result.loudness.push_back(
+        static_cast<float>(10 * std::log10(energy / static_cast<double>(kFrameSize) + 1e-24)));
+    auto middle = magnitudes.begin() + kFrameSize / 2;
+    std::nth_element(magnitudes.begin(), middle, magnitudes.end());
+    const double rms = static_cast<double>(*middle) * kMedianToRms;
+    result.level.push_back(static_cast<float>(20 * std::log10(rms + 1e-12)));
+
+    fft.powerSpectrum(windowed.data(), power.data());
+    const size_t base = result.spectrum.size();
+    result.spectrum.resize(base + result.bins);
+    uint8_t* out = result.spectrum.data() + base;
+    for (size_t b = 0; b < result.bins; ++b) {
+        const float db = 10 * std::log10(power[firstBin + b] + 1e-20f);
+        const float steps = (db - static_cast<float>(SideFeatures::kSpectrumFloorDb)) /
+                            static_cast<float>(SideFeatures::kSpectrumStepDb);
+        out[b] = static_cast<uint8_t>(std::clamp(steps, 0.0f, 255.0f) + 0.5f);
+    }
+}
+
+} // namespace Sonra::Audio::Filters
