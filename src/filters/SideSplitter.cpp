@@ -17,8 +17,8 @@ constexpr double kAboveNoiseDb = 8;          // a peak this far above the noise'
 constexpr double kAboveNeighboursDb = 10;    // ... and above its neighbours is a tone
 constexpr size_t kNeighbourBins = 6;
 constexpr int kTonalPeaks = 2;         // tones in a frame that make it music
-constexpr float kLoudDb = 3.5;         // a frame this far above the noise is music whatever it is
-constexpr float kCleanDb = 2.5;        // a gap frame lies this close to the noise
+constexpr float kLoudDb = 4.5;         // a frame this far above the noise is music whatever it is
+constexpr float kCleanDb = 3;          // a gap frame lies this close to the noise
 constexpr size_t kBlipFrames = 2;      // shorter bursts of "music" inside quiet are chance
 constexpr size_t kBridgeFrames = 6;    // quiet stretches this close together are one
 constexpr size_t kPlacementFrames = 4; // either side of a frame, for its surroundings
@@ -137,9 +137,19 @@ void SideSplitter::classifyFrames() {
                 ++peaks;
         }
         tonal[f] = static_cast<uint8_t>(peaks);
-        music[f] = side.level[f] > kSilentDb &&
-                   (peaks >= kTonalPeaks || side.level[f] - noiseLevel >= kLoudDb);
     }
+    // The quietest frames tell the noise's spectrum but sit low in its spread of levels; its
+    // level is the median of every frame without a tone near that floor (gaps, lead-in,
+    // run-out), crackle included.
+    std::vector<float> levels;
+    for (size_t f = 0; f < n; ++f)
+        if (tonal[f] == 0 && side.level[f] > kSilentDb && side.level[f] < noiseLevel + kLoudDb)
+            levels.push_back(side.level[f]);
+    if (levels.size() >= kMinNoiseFrames)
+        noiseLevel = median(levels);
+    for (size_t f = 0; f < n; ++f)
+        music[f] = side.level[f] > kSilentDb &&
+                   (tonal[f] >= kTonalPeaks || side.level[f] - noiseLevel >= kLoudDb);
     // Lone frames that chance made tonal do not break a gap.
     for (size_t f = 0; f < n;) {
         if (!music[f]) {

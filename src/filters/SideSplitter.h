@@ -49,6 +49,8 @@ public:
 
     // Per analysis frame: whether it counts as music (for a front end's overview).
     const std::vector<bool>& musicFrames() const { return music; }
+    // Per analysis frame: tonal peaks above the groove noise, counted up to 3.
+    const std::vector<uint8_t>& tonalPeaks() const { return tonal; }
     const SideFeatures& features() const { return side; }
 
 private:

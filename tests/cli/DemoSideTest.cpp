@@ -66,4 +66,90 @@ TEST(DemoSide, ImpossibleOptionsAreRefused) {
     EXPECT_THROW(DemoSideGenerator{tooShort}, std::invalid_argument);
 }
 
+// Mean power in dB of a 200 Hz high-pass (second-order Butterworth) of x over [from, to): the
+// band where groove noise and music meet, without rumble.
+double bandDb(const std::vector<float>& x, double rate, size_t from, size_t to) {
+    const double k = std::tan(M_PI * 200 / rate);
+    const double q = std::sqrt(0.5);
+    const double norm = 1 / (1 + k / q + k * k);
+    const double a1 = 2 * (k * k - 1) * norm, a2 = (1 - k / q + k * k) * norm;
+    double x1 = 0, x2 = 0, y1 = 0, y2 = 0, sum = 0;
+    const size_t settle = from > 4410 ? from - 4410 : 0;
+    for (size_t i = settle; i < to; ++i) {
+        const double y = norm * (x[i] - 2 * x1 + x2) - a1 * y1 - a2 * y2;
+        x2 = x1;
+        x1 = x[i];
+        y2 = y1;
+        y1 = y;
+        if (i >= from)
+            sum += y * y;
+    }
+    return 10 * std::log10(sum / static_cast<double>(to - from) + 1e-30);
+}
+
+TEST(DemoSide, RealisticSidesVaryAsRealSidesDo) {
+    size_t fades = 0, quiet = 0, bursts = 0;
+    for (uint32_t seed = 1; seed <= 12; ++seed) {
+        DemoSideOptions options;
+        options.realistic = true;
+        options.tracks = 0;
+        options.seed = seed;
+        DemoSideGenerator gen(options);
+        const auto& side = gen.layout();
+        EXPECT_GE(side.tracks.size(), 3u);
+        EXPECT_LE(side.tracks.size(), 14u);
+        ASSERT_EQ(side.gaps.size(), side.tracks.size() - 1);
+        for (const auto& g : side.gaps) {
+            EXPECT_GE(g.end - g.start, 1.0);
+            EXPECT_LE(g.end - g.start, 5.0);
+        }
+        EXPECT_EQ(side.softIntros.size(), 1u);
+        EXPECT_TRUE(side.humHz == 50 || side.humHz == 60);
+        fades += side.fadeIns.size() + side.fadeOuts.size();
+        quiet += side.quietPassages.size();
+        bursts += side.crackleBursts.size();
+    }
+    EXPECT_GT(fades, 20u);
+    EXPECT_GT(quiet, 10u);
+    EXPECT_GT(bursts, 10u);
+}
+
+TEST(DemoSide, RealisticQuietPassagesLieAFewDecibelsAboveTheGrooveNoise) {
+    DemoSideOptions options;
+    options.realistic = true;
+    options.tracks = 4;
+    options.seed = 2;
+    options.lengthSeconds = 300;
+    options.realism.quietPassageChance = 1;
+    options.realism.crackleInGapChance = 0;
+    options.realism.minGapSeconds = 3;
+    DemoSideGenerator gen(options);
+    const auto& side = gen.layout();
+    std::vector<float> left(gen.totalFrames()), right(gen.totalFrames());
+    size_t pos = 0;
+    while (size_t n = gen.render(left.data() + pos, right.data() + pos, 4096))
+        pos += n;
+    const double rate = side.sampleRate;
+    auto idx = [&](double s) { return static_cast<size_t>(s * rate); };
+
+    ASSERT_GE(side.quietPassages.size(), 3u);
+    double gapDb = 0;
+    for (const auto& g : side.gaps)
+        gapDb += bandDb(left, rate, idx(g.start + 0.5), idx(g.end - 0.5)) /
+                 static_cast<double>(side.gaps.size());
+    for (const auto& q : side.quietPassages) {
+        const double above = bandDb(left, rate, idx(q.start + 0.3), idx(q.end - 0.3)) - gapDb;
+        EXPECT_GT(above, 1.0) << q.start;
+        EXPECT_LT(above, 12.0) << q.start;
+        // Full music a few seconds before the passage is far louder.
+        EXPECT_GT(bandDb(left, rate, idx(q.start - 3), idx(q.start - 1.5)) - gapDb, 15) << q.start;
+    }
+    // Each track dies away to near the groove noise by its end.
+    for (const auto& t : side.tracks) {
+        const double end = bandDb(left, rate, idx(t.end - 0.1), idx(t.end)) - gapDb;
+        EXPECT_LT(end, 8) << t.end;
+        EXPECT_GT(end, -1) << t.end;
+    }
+}
+
 } // namespace
