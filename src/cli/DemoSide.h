@@ -45,7 +45,7 @@ struct DemoSideRealism {
 struct DemoSideOptions {
     int tracks = 5; // realistic sides: 0 takes 3 to 14 from the seed
     uint32_t seed = 1;
-    double lengthSeconds = 0; // 0: tracks of 46 to 80 s each (realistic: 1 to 22 minutes of music)
+    double lengthSeconds = 0; // 0: tracks of 46 to 80 s each (realistic: 3 to 22 minutes of music)
     unsigned sampleRate = 44100;
     // What real sides have: quiet passages, long fades, gaps of 1 to 5 s with crackle, hum,
     // rumble, soft intros. Off, a side is the plain demo that the tests of the live path expect.

@@ -13,8 +13,10 @@ constexpr double kHighPassHz = 200;
 constexpr double kLowestBinHz = 150; // below: rumble, hum and bass, which say little
 constexpr double kHighestBinHz = 4500;
 constexpr double kTwoPi = 6.283185307179586;
-// The median of |x| of Gaussian noise is 0.6745 sigma: this turns it into an RMS.
-constexpr double kMedianToRms = 1 / 0.6745;
+// The level is the lower third of |x| of the differenced signal; for Gaussian noise that
+// quantile is 0.4307 sigma, which turns it into an RMS.
+constexpr size_t kLevelRank = kFrameSize / 3;
+constexpr double kQuantileToRms = 1 / 0.4307;
 
 } // namespace
 
@@ -44,6 +46,7 @@ SideAnalyser::SideAnalyser(unsigned sampleRate)
     hp[4] = (1 - k / q + k * k) * norm;
 
     frame.resize(kFrameSize);
+    slopes.resize(kFrameSize);
     window.resize(kFrameSize);
     for (size_t i = 0; i < kFrameSize; ++i)
         window[i] = static_cast<float>(0.5 - 0.5 * std::cos(kTwoPi * static_cast<double>(i) /
@@ -87,6 +90,10 @@ void SideAnalyser::addMono(float sample) {
     hpState[0] = x;
     hpState[3] = hpState[2];
     hpState[2] = y;
+    // The difference is a high-pass of two taps: it takes rumble and hum out like the
+    // biquad, but leaves no ringing tail behind a click to fill the frame.
+    slopes[fill] = static_cast<float>(x - previous);
+    previous = x;
     frame[fill++] = static_cast<float>(y);
     if (fill == kFrameSize) {
         finishFrame();
@@ -97,15 +104,15 @@ void SideAnalyser::addMono(float sample) {
 void SideAnalyser::finishFrame() {
     double energy = 0;
     for (size_t i = 0; i < kFrameSize; ++i) {
-        magnitudes[i] = std::fabs(frame[i]);
+        magnitudes[i] = std::fabs(slopes[i]);
         windowed[i] = frame[i] * window[i];
         energy += static_cast<double>(frame[i]) * frame[i];
     }
     result.loudness.push_back(
         static_cast<float>(10 * std::log10(energy / static_cast<double>(kFrameSize) + 1e-24)));
-    auto middle = magnitudes.begin() + kFrameSize / 2;
-    std::nth_element(magnitudes.begin(), middle, magnitudes.end());
-    const double rms = static_cast<double>(*middle) * kMedianToRms;
+    auto rank = magnitudes.begin() + kLevelRank;
+    std::nth_element(magnitudes.begin(), rank, magnitudes.end());
+    const double rms = static_cast<double>(*rank) * kQuantileToRms;
     result.level.push_back(static_cast<float>(20 * std::log10(rms + 1e-12)));
 
     fft.powerSpectrum(windowed.data(), power.data());

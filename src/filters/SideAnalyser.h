@@ -18,10 +18,10 @@ struct SideFeatures {
     double firstBinHz = 0;   // centre of the first stored bin
     double binHz = 0;        // spacing of the bins
     int64_t inputFrames = 0; // everything the analyser was given
-    // Per frame: the median magnitude of the high-passed signal as an RMS in dBFS; clicks are
-    // too short to move a median.
+    // Per frame: a low quantile of the magnitude of the differenced signal, as an RMS in dBFS;
+    // even dense crackle is too sparse to move it.
     std::vector<float> level;
-    // Per frame: the plain RMS of the same signal in dBFS, which clicks do raise.
+    // Per frame: the plain RMS of the 200 Hz high-pass in dBFS, which clicks do raise.
     std::vector<float> loudness;
     // Per frame, bins values: power in steps of kSpectrumStepDb above kSpectrumFloorDb.
     std::vector<uint8_t> spectrum;
@@ -35,8 +35,8 @@ struct SideFeatures {
 };
 
 // Streams a side through once (any block sizes) and keeps its SideFeatures: the mono mix is
-// averaged down to about 11 kHz, high-passed at 200 Hz (rumble, warp and the hum's fundamental
-// out) and cut into 512-sample frames. Not for the audio thread: it allocates as the side grows.
+// averaged down to about 11 kHz, high-passed (rumble, warp and the hum's fundamental out) and
+// cut into 512-sample frames. Not for the audio thread: it allocates as the side grows.
 class SideAnalyser {
 public:
     // sampleRate from 8000 Hz; throws std::invalid_argument otherwise.
@@ -58,7 +58,9 @@ private:
     size_t decimation = 1;
     float sum = 0;
     size_t summed = 0;
-    std::vector<float> frame; // high-passed decimated samples
+    std::vector<float> frame;  // high-passed decimated samples
+    std::vector<float> slopes; // differenced decimated samples
+    double previous = 0;
     size_t fill = 0;
     double hp[5] = {};      // b0, b1, b2, a1, a2 of the 200 Hz high-pass
     double hpState[4] = {}; // x1, x2, y1, y2

@@ -23,6 +23,7 @@ constexpr size_t kBlipFrames = 2;      // shorter bursts of "music" inside quiet
 constexpr size_t kBridgeFrames = 6;    // quiet stretches this close together are one
 constexpr size_t kPlacementFrames = 4; // either side of a frame, for its surroundings
 constexpr float kPlacementSpreadDb = 0.5;
+constexpr double kEdgeSeconds = 0.25;
 constexpr double kMusicRunSeconds = 1.0; // music starts with at least this much of it
 constexpr double kMinCandidateSeconds = 0.25;
 constexpr double kMinGapSeconds = 0.6;
@@ -239,11 +240,11 @@ void SideSplitter::findCandidates() {
 
         // The quietest point of the clean stretch: the frame whose surroundings (crackle and
         // the music either side counted) are quietest, the one nearest the middle among near
-        // equals. Only the middle half, at most a second from each edge, is searched: the edges
-        // of a quiet stretch may hold the last of a fade too faint to hear.
+        // equals. A quarter of a second at each edge (less in a short stretch) is left out: it
+        // may hold the last of a fade too faint to hear.
         const size_t n = side.frames();
-        const size_t margin =
-            std::min((cleanLast - cleanFirst) / 4, static_cast<size_t>(1 / frameSeconds));
+        const size_t margin = std::min((cleanLast - cleanFirst) / 4,
+                                       static_cast<size_t>(kEdgeSeconds / frameSeconds));
         const size_t searchFirst = cleanFirst + margin;
         const size_t searchLast = cleanLast - margin;
         float lowest = std::numeric_limits<float>::infinity();
