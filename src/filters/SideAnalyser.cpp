@@ -60,17 +60,40 @@ void SideAnalyser::addInterleaved(const float* samples, size_t frames, unsigned 
     if (channels == 0)
         return;
     const float scale = 1.0f / static_cast<float>(channels);
-    for (size_t i = 0; i < frames; ++i) {
+    auto mono = [&](size_t i) {
         float m = 0;
         for (unsigned c = 0; c < channels; ++c)
             m += samples[i * channels + c];
-        addMono(m * scale);
+        return m * scale;
+    };
+    size_t i = 0;
+    for (; i < frames && summed != 0; ++i)
+        addMono(mono(i));
+    // Whole groups of the decimation at once: the per-sample path is the analysis' hot loop.
+    const float groupScale = 1.0f / static_cast<float>(decimation);
+    for (; i + decimation <= frames; i += decimation) {
+        float group = 0;
+        for (size_t k = 0; k < decimation; ++k)
+            group += mono(i + k);
+        addDecimated(group * groupScale);
     }
+    for (; i < frames; ++i)
+        addMono(mono(i));
     result.inputFrames += static_cast<int64_t>(frames);
 }
 
 void SideAnalyser::addPlanar(const float* left, const float* right, size_t frames) {
-    for (size_t i = 0; i < frames; ++i)
+    size_t i = 0;
+    for (; i < frames && summed != 0; ++i)
+        addMono(0.5f * (left[i] + right[i]));
+    const float groupScale = 0.5f / static_cast<float>(decimation);
+    for (; i + decimation <= frames; i += decimation) {
+        float group = 0;
+        for (size_t k = 0; k < decimation; ++k)
+            group += left[i + k] + right[i + k];
+        addDecimated(group * groupScale);
+    }
+    for (; i < frames; ++i)
         addMono(0.5f * (left[i] + right[i]));
     result.inputFrames += static_cast<int64_t>(frames);
 }
@@ -81,9 +104,13 @@ void SideAnalyser::addMono(float sample) {
     sum += sample;
     if (++summed < decimation)
         return;
-    const double x = sum / static_cast<float>(decimation);
+    const float x = sum / static_cast<float>(decimation);
     sum = 0;
     summed = 0;
+    addDecimated(x);
+}
+
+void SideAnalyser::addDecimated(double x) {
     const double y = hp[0] * x + hp[1] * hpState[0] + hp[2] * hpState[1] - hp[3] * hpState[2] -
                      hp[4] * hpState[3];
     hpState[1] = hpState[0];

@@ -52,6 +52,7 @@ public:
 
 private:
     void addMono(float sample);
+    void addDecimated(double sample);
     void finishFrame();
 
     SideFeatures result;
