@@ -55,11 +55,11 @@ public:
 
 private:
     struct Candidate {
-        size_t first; // frames [first, last)
+        size_t first; // frames [first, last) of the quiet stretch
         size_t last;
-        size_t quietest;
+        size_t quietest; // where its boundary goes
         double confidence;
-        double seconds;
+        double seconds; // of its longest clean part (0 for a dip)
     };
 
     void learnNoise();
