@@ -1,6 +1,7 @@
 #include "capture/Audio.h"
 #include "capture/buffered/CAAudioFileRecorder.h"
-#include "support/FakePlatform.h"
+#include "support/FakeAudioSystem.h"
+#include "support/FakeUsbBus.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 

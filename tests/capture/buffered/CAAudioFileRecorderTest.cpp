@@ -1,7 +1,7 @@
 #include "capture/buffered/CAAudioFileRecorder.h"
 #include "capture/buffered/CAXException.h"
+#include "support/FakeAudioSystem.h"
 #include "support/MediaFiles.h"
-#include "support/SteppedAudioSystem.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,9 @@
 namespace waxline {
 namespace {
 
+using test::DeckAndSpeakers;
 using test::kDeck;
 using test::readStereoWav;
-using test::SteppedAudioSystem;
 using test::WavContents;
 
 struct TempDir {
@@ -36,14 +36,14 @@ float Right(int64_t n) {
 }
 
 // Feeds frames [from, from + frames) of the test signal through the device's handler.
-void Feed(SteppedAudioSystem& system, int64_t from, uint32_t frames) {
+void Feed(DeckAndSpeakers& system, int64_t from, uint32_t frames) {
     std::vector<float> l(frames), r(frames);
     for (uint32_t i = 0; i < frames; ++i) {
         l[i] = Left(from + i);
         r[i] = Right(from + i);
     }
     float* ch[2] = {l.data(), r.data()};
-    system.inputHandler->onInput(ch, 2, frames, from, 0);
+    system.lastInputHandler->onInput(ch, 2, frames, from, 0);
 }
 
 // A delivery may span several buffers, so wait until the worker has handed all of them back.
@@ -57,7 +57,7 @@ void WaitForFreeBuffer(const CAAudioFileRecorder& recorder) {
 // exactly the input, interleaved, at the device's rate.
 TEST(CAAudioFileRecorderTest, FileHoldsExactlyTheInput) {
     for (uint32_t block : {1u, 7u, 1234u, 4096u}) {
-        SteppedAudioSystem system;
+        DeckAndSpeakers system;
         TempDir dir;
         const auto path = dir.path / "take.wav";
         CAAudioFileRecorder recorder(system, kDeck, path.string(), 0.0f, 3, 2048);
@@ -86,7 +86,7 @@ TEST(CAAudioFileRecorderTest, FileHoldsExactlyTheInput) {
 // With the worker held up every buffer ends up queued; the next push is dropped and counted
 // instead of blocking, and what was queued before still reaches the file.
 TEST(CAAudioFileRecorderTest, PushIntoAllQueuedBuffersIsDroppedAndCounted) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     TempDir dir;
     const auto path = dir.path / "drop.wav";
     CAAudioFileRecorder recorder(system, kDeck, path.string(), 0.0f, 3, 1000);
@@ -120,14 +120,14 @@ TEST(CAAudioFileRecorderTest, GainClampsOnlyThePositiveSide) {
     const Case cases[] = {{0.0f, 1.5f, 1.5f}, {0.0f, -1.5f, -1.5f},      {6.0f, 0.3f, 0.598579f},
                           {6.0f, 0.7f, 1.0f}, {6.0f, -0.7f, -1.396684f}, {-20.0f, 0.8f, 0.08f}};
     for (const Case& c : cases) {
-        SteppedAudioSystem system;
+        DeckAndSpeakers system;
         TempDir dir;
         const auto path = dir.path / "gain.wav";
         CAAudioFileRecorder recorder(system, kDeck, path.string(), c.dB, 3, 256);
         recorder.Start();
         std::vector<float> in(100, c.in);
         float* ch[2] = {in.data(), in.data()};
-        system.inputHandler->onInput(ch, 2, 100, 0, 0);
+        system.lastInputHandler->onInput(ch, 2, 100, 0, 0);
         recorder.Stop();
         const WavContents w = readStereoWav(path);
         ASSERT_EQ(w.samples.size(), 200u);
@@ -138,7 +138,7 @@ TEST(CAAudioFileRecorderTest, GainClampsOnlyThePositiveSide) {
 
 // Two recorders at once: the one worker thread serves both queues, and each file is whole.
 TEST(CAAudioFileRecorderTest, OneWorkerServesSeveralQueues) {
-    SteppedAudioSystem a, b;
+    DeckAndSpeakers a, b;
     TempDir dir;
     CAAudioFileRecorder ra(a, kDeck, (dir.path / "a.wav").string(), 0.0f, 3, 512);
     auto* worker = CABufferQueue::SharedWorkThread();
@@ -182,7 +182,7 @@ TEST(CAAudioFileRecorderTest, FailuresNameTheOperation) {
         {kDeck, false, (dir.path / "missing" / "x.wav").string(), "couldn't find output directory"},
     };
     for (const Case& c : cases) {
-        SteppedAudioSystem system;
+        DeckAndSpeakers system;
         system.failOpen = c.failOpen;
         try {
             CAAudioFileRecorder recorder(system, c.device, c.path);

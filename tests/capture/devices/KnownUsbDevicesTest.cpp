@@ -1,7 +1,8 @@
 #include "capture/devices/KnownUsbDevices.h"
 #include "capture/devices/AudioDeviceList.h"
 #include "capture/devices/UsbEnumeration.h"
-#include "support/FakePlatform.h"
+#include "support/FakeAudioSystem.h"
+#include "support/FakeUsbBus.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "capture/monitor/CAPlayThrough.h"
 #include "capture/monitor/CAPlayThroughHost.h"
 #include "filters/AudioFilter.h"
-#include "support/SteppedAudioSystem.h"
+#include "support/FakeAudioSystem.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +15,10 @@
 namespace waxline {
 namespace {
 
+using test::DeckAndSpeakers;
 using test::kBlock;
 using test::kDeck;
 using test::kSpeakers;
-using test::SteppedAudioSystem;
 
 // Two stereo signals that differ, so a swapped channel shows.
 float SourceLeft(int64_t n) {
@@ -32,9 +32,9 @@ float SourceRight(int64_t n) {
 // Drives a monitor through its stream handlers. Input and output run on separate simulated
 // clocks: each delivers a block when its clock reaches the block's start.
 struct Session {
-    explicit Session(SteppedAudioSystem& s)
+    explicit Session(test::FakeAudioSystem& s)
         : system(s) {}
-    SteppedAudioSystem& system;
+    test::FakeAudioSystem& system;
     double inputClock = 1.0; // input frames per nominal frame of real time
     double outputRate = 44100;
     int64_t inTime = 0, outTime = 0;
@@ -59,12 +59,12 @@ struct Session {
                     inL[i] = SourceLeft(inTime + i);
                     inR[i] = SourceRight(inTime + i);
                 }
-                system.inputHandler->onInput(in, 2, kBlock, inTime,
-                                             static_cast<uint64_t>(tIn * 1e9));
+                system.lastInputHandler->onInput(in, 2, kBlock, inTime,
+                                                 static_cast<uint64_t>(tIn * 1e9));
                 inTime += kBlock;
             } else {
-                system.outputHandler->onOutput(out, 2, kBlock, outTime,
-                                               static_cast<uint64_t>(tOut * 1e9));
+                system.lastOutputHandler->onOutput(out, 2, kBlock, outTime,
+                                                   static_cast<uint64_t>(tOut * 1e9));
                 outTime += kBlock;
                 bool silent = true;
                 for (uint32_t i = 0; i < kBlock; ++i) {
@@ -93,7 +93,7 @@ void Equalise(AudioBufferList* buffers, uint32_t frames, int64_t) {
 // The listener hears the processed input, one block at a time in order, shifted by the offset
 // the monitor reports; compared with the same filter run separately over the source.
 TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedByTheThruOffset) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     CAPlayThrough monitor(system, platform::kDefaultDevice, platform::kDefaultDevice);
     EXPECT_EQ(monitor.GetInputDeviceID(), kDeck);
     EXPECT_EQ(monitor.GetOutputDeviceID(), kSpeakers);
@@ -155,7 +155,7 @@ TEST(CAPlayThroughTest, GainScalesAndClampsOnlyThePositiveSide) {
         {-20.0f, -2.0f, -0.2f},
     };
     for (const Case& c : cases) {
-        SteppedAudioSystem system;
+        DeckAndSpeakers system;
         CAPlayThrough monitor(system, kDeck, kSpeakers);
         monitor.SetInputGain(c.dB);
         EXPECT_NEAR(monitor.GainFactor(), std::pow(10.0, c.dB / 20.0), 1e-6);
@@ -166,8 +166,8 @@ TEST(CAPlayThroughTest, GainScalesAndClampsOnlyThePositiveSide) {
         // Enough blocks that the output has caught up with the stored input.
         float heard = 0;
         for (int64_t b = 0; b < 8; ++b) {
-            system.inputHandler->onInput(inPtr, 2, kBlock, b * kBlock, 0);
-            system.outputHandler->onOutput(outPtr, 2, kBlock, b * kBlock, 0);
+            system.lastInputHandler->onInput(inPtr, 2, kBlock, b * kBlock, 0);
+            system.lastOutputHandler->onOutput(outPtr, 2, kBlock, b * kBlock, 0);
             if (out[0] != 0.0f) {
                 heard = out[0];
             }
@@ -180,7 +180,7 @@ TEST(CAPlayThroughTest, GainScalesAndClampsOnlyThePositiveSide) {
 // The input clock runs 0.1 % fast. Without varispeed the ring overruns within five minutes;
 // with it, ten minutes play without a single re-alignment after the start.
 TEST(CAPlayThroughTest, FastInputClockPlaysTenMinutesWithoutReAlignment) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     CAPlayThrough monitor(system, kDeck, kSpeakers);
     monitor.Start();
     Session session(system);
@@ -198,8 +198,8 @@ TEST(CAPlayThroughTest, FastInputClockPlaysTenMinutesWithoutReAlignment) {
 
 // 44.1 kHz in, 48 kHz out: resampled from the start, and a 440 Hz tone stays 440 Hz.
 TEST(CAPlayThroughTest, DifferentRatesAreResampledKeepingThePitch) {
-    SteppedAudioSystem system;
-    system.output.nominalSampleRate = system.output.actualSampleRate = 48000;
+    DeckAndSpeakers system;
+    system.outputs[0].nominalSampleRate = system.outputs[0].actualSampleRate = 48000;
     CAPlayThrough monitor(system, kDeck, kSpeakers);
     monitor.Start();
     Session session(system);
@@ -239,12 +239,12 @@ TEST(CAPlayThroughTest, OpensTheDevicesAskedForAndOnlyTheDefaultForTheSentinel) 
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        SteppedAudioSystem system;
-        system.input.id = c.inputId;
+        DeckAndSpeakers system;
+        system.inputs[0].id = system.defaultInput = c.inputId;
         CAPlayThrough monitor(system, c.askedIn, c.askedOut);
-        EXPECT_EQ(system.openedInput, c.opensIn);
+        EXPECT_EQ(system.lastInputId(), c.opensIn);
         EXPECT_EQ(monitor.GetInputDeviceID(), c.opensIn);
-        EXPECT_EQ(system.openedOutput, c.opensOut);
+        EXPECT_EQ(system.lastOutputId(), c.opensOut);
         EXPECT_EQ(monitor.GetOutputDeviceID(), c.opensOut);
     }
 }
@@ -256,18 +256,18 @@ void CountFrames(AudioBufferList*, uint32_t frames, int64_t) {
 }
 
 TEST(CAPlayThroughTest, PlayingNowhereStillFeedsTheProcessingCallback) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     CAPlayThrough monitor(system, kDeck, platform::kNoDevice);
     monitor.SetProcessingCallback(CountFrames);
     callbackFrames = 0;
     ASSERT_EQ(monitor.Start(), platform::kNoError);
     EXPECT_TRUE(monitor.IsRunning());
-    ASSERT_NE(system.inputHandler, nullptr);
-    EXPECT_EQ(system.outputHandler, nullptr);
+    ASSERT_NE(system.lastInputHandler, nullptr);
+    EXPECT_EQ(system.lastOutputHandler, nullptr);
     std::vector<float> left(kBlock, 0.25f), right(kBlock, -0.25f);
     float* in[2] = {left.data(), right.data()};
     for (int i = 0; i < 10; ++i)
-        system.inputHandler->onInput(in, 2, kBlock, i * int64_t{kBlock}, 0);
+        system.lastInputHandler->onInput(in, 2, kBlock, i * int64_t{kBlock}, 0);
     EXPECT_EQ(callbackFrames, 10 * int64_t{kBlock});
     EXPECT_EQ(monitor.Stop(), platform::kNoError);
     EXPECT_FALSE(monitor.IsRunning());
@@ -277,14 +277,14 @@ TEST(CAPlayThroughDeathTest, UnknownDeviceEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            SteppedAudioSystem system;
+            DeckAndSpeakers system;
             CAPlayThrough monitor(system, 4242, platform::kDefaultDevice);
         },
         ::testing::ExitedWithCode(1), "CAPlayThrough ERROR: Cannot Init CAPlayThrough");
 }
 
 TEST(CAPlayThroughHostTest, FormatChangeRebuildsTheMonitorOffTheNotifyingThread) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     std::deque<std::function<void()>> posted;
     CAPlayThroughHost host(system, kDeck, kSpeakers,
                            [&](std::function<void()> work) { posted.push_back(std::move(work)); });
@@ -319,7 +319,7 @@ TEST(CAPlayThroughHostTest, FormatChangeRebuildsTheMonitorOffTheNotifyingThread)
 }
 
 TEST(CAPlayThroughHostTest, WithoutAPosterTheHostRebuildsOnItsOwnThread) {
-    SteppedAudioSystem system;
+    DeckAndSpeakers system;
     {
         CAPlayThroughHost host(system, kDeck, kSpeakers);
         host.Start();

@@ -1,5 +1,5 @@
 #include "capture/recorder/RecorderEngine.h"
-#include "support/FakePlatform.h"
+#include "support/FakeAudioSystem.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 

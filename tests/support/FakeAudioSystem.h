@@ -1,24 +1,26 @@
 #pragma once
 
 #include "platform/AudioSystem.h"
-#include "platform/UsbBus.h"
 
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace waxline::test {
 
-// A USB bus that reports exactly the devices a test puts on it.
-class FakeUsbBus : public platform::UsbBus {
-public:
-    std::vector<platform::UsbDevice> attached;
-    std::vector<platform::UsbDevice> devices() override { return attached; }
-};
+// The deck and speakers of addDeckAndSpeakers, and their buffer size in frames.
+constexpr platform::AudioObjectID kDeck = 7;
+constexpr platform::AudioObjectID kSpeakers = 9;
+constexpr uint32_t kBlock = 512;
 
 // A stream that does nothing by itself: the test calls the handler it was opened with.
 class FakeStream : public platform::Stream {
 public:
-    explicit FakeStream(platform::StreamFormat format = {44100, 2})
-        : streamFormat(format) {}
+    explicit FakeStream(platform::StreamFormat f)
+        : streamFormat(f) {}
     platform::Status start() override {
         running = true;
         return platform::kNoError;
@@ -35,8 +37,9 @@ private:
     bool running = false;
 };
 
-// An audio system with a fixed device list. Streams opened on it are FakeStreams; the last input
-// handler is kept so a test can feed audio.
+// An audio system whose streams never run by themselves: a test calls the handlers of the
+// streams it opened, so the devices advance exactly as the test's simulated clocks say. The
+// devices are the ones the test puts in `inputs` and `outputs`.
 class FakeAudioSystem : public platform::AudioSystem {
 public:
     std::vector<platform::DeviceInfo> inputs;
@@ -44,16 +47,29 @@ public:
     platform::AudioObjectID defaultInput = platform::kNoDevice;
     platform::AudioObjectID defaultOutput = platform::kNoDevice;
     platform::InputHandler* lastInputHandler = nullptr;
+    platform::OutputHandler* lastOutputHandler = nullptr;
     int inputsOpened = 0;
     // What the streams were opened on, in order, and the format the last input asked for.
     std::vector<platform::AudioObjectID> inputIds;
     std::vector<platform::AudioObjectID> outputIds;
     platform::StreamFormat lastInputFormat;
     bool failOpen = false;
+    // Registered notifications: the device a stream-format listener watches (kNoDevice for a
+    // device-list listener) and the notification itself.
+    std::map<ListenerToken, std::pair<platform::AudioObjectID, Notification>> listeners;
 
-    // Adds a device; channels 0 makes one without streams in that direction.
-    void add(platform::Direction direction, platform::AudioObjectID id, const std::string& name,
-             uint32_t channels = 2, double rate = 44100);
+    // Adds a device with 512-frame buffers and no safety offset; channels 0 makes one without
+    // streams in that direction.
+    platform::DeviceInfo& add(platform::Direction direction, platform::AudioObjectID id,
+                              const std::string& name, uint32_t channels = 2, double rate = 44100);
+    // A stereo deck (kDeck, safety offset 32 frames) and speakers (kSpeakers, safety offset 64)
+    // at 44100 Hz with kBlock-frame buffers, made the default input and output.
+    void addDeckAndSpeakers();
+    // Calls every device-list listener, as the platform does when a device comes or goes.
+    void notifyDeviceListChanged();
+    // The device the last input (output) stream was opened on; kNoDevice when none was.
+    platform::AudioObjectID lastInputId() const;
+    platform::AudioObjectID lastOutputId() const;
 
     std::vector<platform::DeviceInfo> devices(platform::Direction direction) override;
     std::optional<platform::DeviceInfo> device(platform::AudioObjectID id,
@@ -73,7 +89,13 @@ public:
                                         Notification notify) override;
     void removeListener(ListenerToken token) override;
 
-    std::vector<Notification> deviceListListeners;
+private:
+    ListenerToken nextToken = 1;
+};
+
+// The fake with the deck and speakers of addDeckAndSpeakers in place.
+struct DeckAndSpeakers : FakeAudioSystem {
+    DeckAndSpeakers() { addDeckAndSpeakers(); }
 };
 
 } // namespace waxline::test
