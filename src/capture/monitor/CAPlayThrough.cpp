@@ -1,5 +1,7 @@
 #include "capture/monitor/CAPlayThrough.h"
 
+#include "util/Decibels.h"
+
 #include <samplerate.h>
 
 #include <algorithm>
@@ -253,7 +255,7 @@ bool CAPlayThrough::IsRunning() const {
 }
 
 void CAPlayThrough::SetInputGain(float dB) {
-    mGainFactor.store(std::pow(10.0f, dB / 20.0f), std::memory_order_relaxed);
+    mGainFactor.store(static_cast<float>(dbamp(dB)), std::memory_order_relaxed);
 }
 
 double CAPlayThrough::LatencyMilliseconds() const {

@@ -40,7 +40,7 @@ public:
     platform::Status Stop();
     bool IsRunning() const;
 
-    // Stores 10^(dB/20) as the gain factor.
+    // Stores dbamp(dB), 10^(dB x 0.05) worked out in double precision, as the gain factor.
     void SetInputGain(float dB);
     float GainFactor() const { return mGainFactor.load(std::memory_order_relaxed); }
     void SetProcessingCallback(ProcessingCallback callback) { mCallback.store(callback); }

@@ -177,6 +177,27 @@ TEST(CAPlayThroughTest, GainScalesAndClampsOnlyThePositiveSide) {
     }
 }
 
+// The factor is dbamp's, 10^(dB x 0.05) in double precision, as the level meter converts: at
+// these levels single-precision arithmetic lands on a neighbouring float. Expected values worked
+// out to 40 digits with Python's decimal module.
+TEST(CAPlayThroughTest, GainFactorIsWorkedOutInDoublePrecision) {
+    struct Case {
+        float dB;
+        double factor;
+    };
+    const Case cases[] = {
+        {-59.5f, 0.001059253725177288878809280373278108619979},
+        {-58.5f, 0.001188502227437018437730122464892177271202},
+        {12.25f, 4.097321098135415007654980178448493148507},
+    };
+    DeckAndSpeakers system;
+    CAPlayThrough monitor(system, kDeck, kSpeakers);
+    for (const Case& c : cases) {
+        monitor.SetInputGain(c.dB);
+        EXPECT_EQ(monitor.GainFactor(), static_cast<float>(c.factor)) << c.dB << " dB";
+    }
+}
+
 // The input clock runs 0.1 % fast. Without varispeed the ring overruns within five minutes;
 // with it, ten minutes play without a single re-alignment after the start.
 TEST(CAPlayThroughTest, FastInputClockPlaysTenMinutesWithoutReAlignment) {
