@@ -1,5 +1,6 @@
 // The input chain as it runs per captured buffer: peaks, the RIAA preset on both channels and the
 // gap detector, over 4096-frame stereo buffers of music-like signal.
+#include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
 
 #include <benchmark/benchmark.h>
@@ -27,7 +28,7 @@ void inputChain(benchmark::State& state, AudioFilter::Type preset, bool withDete
     }
     NullListener listener;
     GapDetector detector(listener, 44100);
-    waxline::filter.Set(preset);
+    waxline::setFilterType(preset);
     waxline::gapDetector.store(withDetector ? &detector : nullptr);
     waxline::AudioBufferList list;
     list.mNumberBuffers = 2;

@@ -1,3 +1,4 @@
+#include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
 #include "cli/Commands.h"
 
@@ -106,7 +107,7 @@ int analyseCommand(Arguments& args) {
     GapDetector detector(log, static_cast<unsigned>(info.samplerate));
     detector.SetSampleRate(static_cast<unsigned>(info.samplerate));
     log.detector = &detector;
-    filter.Set(preset);
+    setFilterType(preset);
     gapDetector.store(&detector);
 
     std::vector<float> interleaved(2 * kBufferFrames), left(kBufferFrames), right(kBufferFrames);

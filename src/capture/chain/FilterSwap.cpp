@@ -11,9 +11,13 @@ using Sonra::Audio::Filters::AudioFilter;
 
 namespace {
 
-// The preset in force (starting with the process's pass-through `filter`), and the one the
-// audio thread is applying right now: a single hazard pointer, as there is one input thread.
-std::atomic<AudioFilter*> active{&filter};
+// Zero-filled at program start: no sections, so it passes audio through until a preset is chosen.
+// Only reachable through `active`, so nothing can set a preset that the chain no longer reads.
+AudioFilter passThrough;
+
+// The preset in force, and the one the audio thread is applying right now: a single hazard
+// pointer, as there is one input thread.
+std::atomic<AudioFilter*> active{&passThrough};
 std::atomic<AudioFilter*> inUse{nullptr};
 
 } // namespace
@@ -29,7 +33,7 @@ ActiveFilter::ActiveFilter() {
             break;
         p = again;
     }
-    filter = p;
+    held = p;
 }
 
 ActiveFilter::~ActiveFilter() {
@@ -43,7 +47,7 @@ void setFilterType(AudioFilter::Type type) {
     // At most one buffer's filtering to wait for.
     while (inUse.load() == old)
         std::this_thread::yield();
-    if (old != &filter)
+    if (old != &passThrough)
         delete old;
 }
 

@@ -16,11 +16,11 @@ public:
     ~ActiveFilter();
     ActiveFilter(const ActiveFilter&) = delete;
     ActiveFilter& operator=(const ActiveFilter&) = delete;
-    Sonra::Audio::Filters::AudioFilter& operator*() const { return *filter; }
-    Sonra::Audio::Filters::AudioFilter* operator->() const { return filter; }
+    Sonra::Audio::Filters::AudioFilter& operator*() const { return *held; }
+    Sonra::Audio::Filters::AudioFilter* operator->() const { return held; }
 
 private:
-    Sonra::Audio::Filters::AudioFilter* filter;
+    Sonra::Audio::Filters::AudioFilter* held;
 };
 
 } // namespace waxline

@@ -7,7 +7,6 @@
 
 namespace waxline {
 
-Sonra::Audio::Filters::AudioFilter filter;
 std::atomic<Sonra::Audio::Filters::GapDetector*> gapDetector{nullptr};
 
 namespace {

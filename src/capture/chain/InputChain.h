@@ -9,8 +9,6 @@
 
 namespace waxline {
 
-// The one equalisation preset of the process. Set on the main thread before capture starts.
-extern Sonra::Audio::Filters::AudioFilter filter;
 // The one gap detector of the process, or null: the chain then runs without it.
 extern std::atomic<Sonra::Audio::Filters::GapDetector*> gapDetector;
 

@@ -1,4 +1,5 @@
 #include "capture/chain/InputChain.h"
+#include "capture/chain/FilterSwap.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
@@ -26,12 +27,12 @@ protected:
         waxline::ResetVUMax();
         waxline::GetVUMaxL();
         waxline::GetVUMaxR();
-        waxline::filter.Set(AudioFilter::NoFilter);
+        waxline::setFilterType(AudioFilter::NoFilter);
         waxline::gapDetector.store(nullptr);
     }
     void TearDown() override {
         waxline::gapDetector.store(nullptr);
-        waxline::filter.Set(AudioFilter::NoFilter);
+        waxline::setFilterType(AudioFilter::NoFilter);
     }
 
     static AudioBufferList listOf(std::vector<std::vector<float>>& channels) {
@@ -44,7 +45,7 @@ protected:
 };
 
 TEST_F(InputChain, PeaksAreMeasuredBeforeEqualisation) {
-    waxline::filter.Set(AudioFilter::RIAAPlayback);
+    waxline::setFilterType(AudioFilter::RIAAPlayback);
     std::vector<std::vector<float>> ch = {{0.1f, -0.8f, 0.4f, 0.3f, 0.2f},
                                           {0.05f, 0.6f, -0.1f, 0.0f, 0.0f}};
     auto list = listOf(ch);
@@ -88,7 +89,7 @@ TEST_F(InputChain, OnlyStereoIsEqualisedAndDetected) {
     CountingListener listener;
     GapDetector detector(listener, 44100);
     waxline::gapDetector.store(&detector);
-    waxline::filter.Set(AudioFilter::ChromeTape);
+    waxline::setFilterType(AudioFilter::ChromeTape);
     for (size_t buffers : {1u, 3u, 4u}) {
         SCOPED_TRACE(buffers);
         std::vector<std::vector<float>> ch(buffers, sine(500, 0.5, 44100, 30000));
@@ -125,7 +126,7 @@ TEST_F(InputChain, DetectorIsFedTheEqualisedBuffers) {
     CountingListener a, b;
     GapDetector chained(a, 44100), reference(b, 44100);
     waxline::gapDetector.store(&chained);
-    waxline::filter.Set(AudioFilter::RIAAPlayback);
+    waxline::setFilterType(AudioFilter::RIAAPlayback);
     AudioFilter separate;
     separate.Set(AudioFilter::RIAAPlayback);
 
@@ -145,8 +146,31 @@ TEST_F(InputChain, DetectorIsFedTheEqualisedBuffers) {
     EXPECT_EQ(chained.history(), reference.history());
 }
 
+// Every preset the selectors hand over is the one the next buffer is equalised with: the chain's
+// output equals a fresh filter of that type run over the same buffer.
+TEST_F(InputChain, EachHandedOverPresetEqualisesTheNextBuffer) {
+    for (auto type : {AudioFilter::RIAAPlayback, AudioFilter::ChromeTape, AudioFilter::NoFilter,
+                      AudioFilter::BrightSpin, AudioFilter::RIAAPlayback}) {
+        SCOPED_TRACE(static_cast<int>(type));
+        waxline::setFilterType(type);
+        const auto tone = sine(200, 0.5, 44100, 2048);
+        std::vector<std::vector<float>> ch = {tone, tone};
+        auto list = listOf(ch);
+        waxline::InputProcCallback(&list, 2048, 0);
+        AudioFilter reference;
+        reference.Set(type);
+        auto refL = tone, refR = tone;
+        reference(refL.data(), refR.data(), 2048);
+        EXPECT_EQ(ch[0], refL);
+        EXPECT_EQ(ch[1], refR);
+        if (type != AudioFilter::NoFilter) {
+            EXPECT_NE(ch[0], tone);
+        }
+    }
+}
+
 TEST_F(InputChain, RunsWithoutADetector) {
-    waxline::filter.Set(AudioFilter::BrightSpin);
+    waxline::setFilterType(AudioFilter::BrightSpin);
     std::vector<std::vector<float>> ch = {sine(50, 0.1, 44100, 4096), sine(50, 0.1, 44100, 4096)};
     auto list = listOf(ch);
     waxline::InputProcCallback(&list, 4096, 0);
