@@ -259,9 +259,16 @@ TEST(GapDetector, BandPassDesignIsTwoGainInQ13AndWrapsItsWidth) {
     EXPECT_EQ(p.frequency, 500.0f);
     EXPECT_EQ(p.b1, 0);
     EXPECT_EQ(p.b2, -p.b0);
-    // 2 / (cot(150 pi / 44100) + 1) in Q13, truncated.
-    const double g = 1 / (1 / std::tan(150 * M_PI / 44100) + 1);
-    EXPECT_EQ(p.b0, static_cast<int64_t>(2 * g * 8192));
+    // Worked out to 50 digits apart from the code: C = cot(150 pi / 44100) = 93.5795446144874,
+    // D = 2 cos(1000 pi / 44100) = 1.99492730332709, g = 1 / (C + 1) = 0.0105731107511256;
+    // 8192 x (2g, -DCg, (C - 1)g) = (173.2298, -16169.6540, 8018.7702), truncated toward zero.
+    // As a check on the literals: the poles lie at radius 0.9894 and angle 494 Hz, a band-pass
+    // about 150 Hz wide around 500 Hz.
+    EXPECT_EQ(p.b0, 173);
+    EXPECT_EQ(p.b1, 0);
+    EXPECT_EQ(p.b2, -173);
+    EXPECT_EQ(p.a1, -16169);
+    EXPECT_EQ(p.a2, 8018);
 
     // 2 x 20000 wraps to -25536 in 16 bits: the same as asking for -12768 directly.
     GapDetector::SetFilter_BP(&p, 500, 20000, 44100);
