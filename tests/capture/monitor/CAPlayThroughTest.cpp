@@ -91,8 +91,9 @@ void Equalise(AudioBufferList* buffers, uint32_t frames, int64_t) {
 }
 
 // The listener hears the processed input, one block at a time in order, shifted by the offset
-// the monitor reports; compared with the same filter run separately over the source.
-TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedByTheThruOffset) {
+// that follows from the devices' buffers; compared with the same filter run separately over the
+// source.
+TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedAsTheDevicesGive) {
     DeckAndSpeakers system;
     CAPlayThrough monitor(system, platform::kDefaultDevice, platform::kDefaultDevice);
     EXPECT_EQ(monitor.GetInputDeviceID(), kDeck);
@@ -112,9 +113,20 @@ TEST(CAPlayThroughTest, HeardSignalIsTheProcessedInputDelayedByTheThruOffset) {
     EXPECT_FALSE(monitor.VarispeedActive());
     EXPECT_EQ(session.silentBlocksAfter, 0u);
 
-    const auto offset = static_cast<int64_t>(monitor.ThruOffsetFrames());
-    ASSERT_GT(offset, 0);
-    EXPECT_NEAR(monitor.LatencyMilliseconds(), offset / 44.1, 1e-9);
+    // Worked out from the devices, not read back from the monitor. The first output cycle sets
+    // the offset to the thru offset (both safety offsets and buffers), which reaches back before
+    // the first stored input frame as it exceeds one output buffer; the next cycle's fetch fails
+    // and re-aligns to the oldest stored frame: both streams started at sample time 0, so output
+    // frame out.bufferFrames plays input frame 0 from then on.
+    const platform::DeviceInfo& in = system.inputs[0];
+    const platform::DeviceInfo& out = system.outputs[0];
+    const int64_t thru =
+        in.safetyOffsetFrames + in.bufferFrames + out.safetyOffsetFrames + out.bufferFrames;
+    EXPECT_EQ(monitor.ComputeThruOffset(), thru);
+    ASSERT_GT(thru, out.bufferFrames);
+    const int64_t offset = out.bufferFrames;
+    EXPECT_EQ(monitor.ThruOffsetFrames(), static_cast<double>(offset));
+    EXPECT_NEAR(monitor.LatencyMilliseconds(), offset * 1000.0 / in.actualSampleRate, 1e-9);
 
     Sonra::Audio::Filters::AudioFilter reference;
     reference.Set(Sonra::Audio::Filters::AudioFilter::RIAAPlayback);
