@@ -20,7 +20,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 namespace waxline {
 
@@ -47,11 +46,6 @@ void queueDiagnostic(const char* line) {
 constexpr auto kPollInterval = std::chrono::milliseconds(10);
 
 } // namespace
-
-void AudioDelegate::audioShowAlert(const std::string& title, const std::string& text,
-                                   const std::string& button) {
-    std::fprintf(stderr, "%s: %s [%s]\n", title.c_str(), text.c_str(), button.c_str());
-}
 
 void GapDetectorListener::TrackSilenceStarted() {
     audio.trackGapDetected();
@@ -248,7 +242,6 @@ void Audio::albumEndDetectedOnMainThread() {
     stopRecording();
     // The file opened at the last gap holds only the run-out: it stays on disk, uncounted.
     --_tracks;
-    writeTrackCount();
     if (mDelegate)
         mDelegate->audioDetectedAlbumEnd();
 }
@@ -265,8 +258,7 @@ void Audio::processPendingEvents() {
     if (mPendingWriteFailure.exchange(false, std::memory_order_acq_rel))
         endRecordingWith(mWriteFailure);
     if (mPendingDeviceGone.exchange(false, std::memory_order_acq_rel))
-        endRecordingWith("The recording device was disconnected; the recording has been stopped "
-                         "and the tracks recorded so far are kept.");
+        endRecordingWith({RecordingStopReason::DeviceGone, {}, {}});
     // Splits and the album end are handled in the order they can occur: gaps first.
     for (int n = mPendingNewTracks.exchange(0, std::memory_order_acq_rel); n > 0; --n)
         if (recording())
@@ -275,14 +267,22 @@ void Audio::processPendingEvents() {
         albumEndDetectedOnMainThread();
 }
 
-void Audio::endRecordingWith(const std::string& reason) {
+void Audio::endRecordingWith(const RecordingStop& stop) {
     if (!_recorderEngine)
         return;
     stopRecording();
     if (mDelegate)
-        mDelegate->audioRecordingStopped(reason);
+        mDelegate->audioRecordingStopped(stop);
     else
-        std::fprintf(stderr, "%s\n", reason.c_str());
+        std::fprintf(stderr, "Recording stopped (reason %d) %s %s\n", static_cast<int>(stop.reason),
+                     stop.path.c_str(), stop.errorText.c_str());
+}
+
+void Audio::showAlert(const CaptureAlert& alert) {
+    if (mDelegate)
+        mDelegate->audioShowAlert(alert);
+    else
+        AudioDelegate().audioShowAlert(alert);
 }
 
 bool Audio::recording() const {
@@ -324,15 +324,16 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
     mFileSampleRate = rate;
 
     auto engine = std::make_unique<RecorderEngine>(*mPlatform.audio, mInputDeviceID);
-    std::string error;
+    TrackFileError error;
     if (!engine->beginFile(path, rate, m_gainDb, error)) {
-        std::fprintf(stderr, "%s\n", error.c_str());
+        std::fprintf(stderr, "cannot create %s: %s\n", error.path.c_str(), error.text.c_str());
         return nullptr;
     }
     // Writer thread / platform thread: flag only; the poll stops the recording.
-    engine->setFailureHandler([this](const std::string& message) {
-        mWriteFailure = "The recording was stopped because a track file could not be written (" +
-                        message + "). What was recorded before is kept.";
+    engine->setFailureHandler([this](const TrackFileError& failure) {
+        const bool full = failure.errorNumber == ENOSPC || failure.errorNumber == EDQUOT;
+        mWriteFailure = {full ? RecordingStopReason::DiskFull : RecordingStopReason::WriteFailed,
+                         failure.path, failure.text};
         mPendingWriteFailure.store(true, std::memory_order_release);
     });
     engine->setEndHandler([this] { mPendingDeviceGone.store(true, std::memory_order_release); });
@@ -380,13 +381,15 @@ bool Audio::newTrack() {
     bool made = true;
     if (recording()) {
         // The capture keeps running: the new file takes over at the next captured buffer.
-        std::string error;
+        TrackFileError error;
         if (!_recorderEngine->beginFile(_outputFilePath, mFileSampleRate, m_gainDb, error)) {
-            std::fprintf(stderr, "%s\n", error.c_str());
+            std::fprintf(stderr, "cannot create %s: %s\n", error.path.c_str(), error.text.c_str());
             --_tracks;
-            endRecordingWith("The recording was stopped because the next track file could not "
-                             "be created (" +
-                             error + "). What was recorded before is kept.");
+            std::error_code ec;
+            const bool folderGone = !std::filesystem::is_directory(_outputFolderPathBase, ec);
+            endRecordingWith(
+                {folderGone ? RecordingStopReason::FolderGone : RecordingStopReason::FileNotCreated,
+                 error.path, error.text});
             made = false;
         }
     } else {
@@ -397,12 +400,10 @@ bool Audio::newTrack() {
                 std::fprintf(stderr, "engine failed to start: %s\n", error.c_str());
         } else {
             made = false;
-            const std::string text = "There was a problem creating the audio file. Your "
-                                     "recording may not be successful.";
-            if (mDelegate)
-                mDelegate->audioShowAlert("IDS_WARNING", text, "IDS_CONTINUE");
-            else
-                AudioDelegate().audioShowAlert("IDS_WARNING", text, "IDS_CONTINUE");
+            showAlert({"IDS_WARNING",
+                       "There was a problem creating the audio file. Your recording may not be "
+                       "successful.",
+                       "IDS_CONTINUE"});
         }
     }
     mRecording.store(recording(), std::memory_order_release);
@@ -417,16 +418,10 @@ void Audio::stopRecording() {
         _recorderEngine->stop();
         mLastCounters = _recorderEngine->counters();
         _recorderEngine.reset();
-        writeTrackCount();
     }
     mRecording.store(false, std::memory_order_release);
     if (mPlatform.audio->setDefaultInput(mPreviousInputDeviceID) != platform::kNoError)
         std::fprintf(stderr, "Error: Input device was not reset\n");
-}
-
-void Audio::writeTrackCount() {
-    std::ofstream count(trackCountPath(_outputFolderPathBase), std::ios::trunc);
-    count << _tracks << '\n';
 }
 
 uint64_t Audio::currentTrackLengthNanos() const {

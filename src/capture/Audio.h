@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/CaptureControl.h"
 #include "capture/chain/GapDetectorListener.h"
 #include "capture/devices/AudioDeviceList.h"
 #include "capture/devices/KnownUsbDevices.h"
@@ -22,54 +23,41 @@ namespace waxline {
 // needs its definition.
 class CAAudioFileRecorder;
 
-// Receives what the capture controller reports; every call arrives on the main thread.
-class AudioDelegate {
-public:
-    virtual ~AudioDelegate() = default;
-    // The gap detector found the end of the album; the recording has been stopped already.
-    virtual void audioDetectedAlbumEnd() {}
-    // A recording ended by itself (write failure, device gone); `reason` is a user sentence.
-    virtual void audioRecordingStopped(const std::string& /*reason*/) {}
-    // A modal message (title, text, button); the default prints it on standard error.
-    virtual void audioShowAlert(const std::string& title, const std::string& text,
-                                const std::string& button);
-};
-
 // The capture controller: device lists and detection, the play-through monitor host, the track
 // files and their recorder engine, the gain, automatic splitting. Main thread, except
 // trackGapDetected and albumEndDetected, which the audio input thread calls.
-class Audio : public QObject {
+class Audio : public QObject, public CaptureControl {
 public:
     explicit Audio(platform::Platform& platform, MonitorFactory monitorFactory = {},
                    QObject* parent = nullptr);
     ~Audio() override;
 
     AudioDelegate* delegate() const { return mDelegate; }
-    void setDelegate(AudioDelegate* d) { mDelegate = d; }
+    void setDelegate(AudioDelegate* d) override { mDelegate = d; }
 
     unsigned countDevicesWithMatchingName();
-    int detectAudioDevice();
-    bool mightBeTurntableOrTape() const;
-    void setNoFilter();
-    void setRIAAFilter();
-    void setChromeFilter();
+    int detectAudioDevice() override;
+    bool mightBeTurntableOrTape() const override;
+    void setNoFilter() override;
+    void setRIAAFilter() override;
+    void setChromeFilter() override;
     void setBrightSpinFilter();
-    void setAutomaticTrackSplit(bool on);
+    void setAutomaticTrackSplit(bool on) override;
     uint32_t selectInputFromDeviceList();
     void rebuildInputDevicesList();
-    void startPlayThru();
-    void stopPlayThru();
-    std::string fileNameForTrack(int track) const;
-    void resetTrackCounter() { _tracks = 0; }
+    void startPlayThru() override;
+    void stopPlayThru() override;
+    std::string fileNameForTrack(int track) const override;
+    void resetTrackCounter() override { _tracks = 0; }
     void trackGapDetected();
     void albumEndDetectedOnMainThread();
     void albumEndDetected();
     bool recording() const;
-    bool newTrack();
-    void stopRecording();
-    uint64_t currentTrackLengthNanos() const;
-    int numRecordedTracks() const { return _tracks; }
-    void setGainDb(float db);
+    bool newTrack() override;
+    void stopRecording() override;
+    uint64_t currentTrackLengthNanos() const override;
+    int numRecordedTracks() const override { return _tracks; }
+    void setGainDb(float db) override;
     platform::Status setInputDevice(platform::AudioObjectID id);
     // Makes the recorder engine for the input device with its first file at `path`; null when
     // the file cannot be made.
@@ -93,7 +81,7 @@ public:
     // The folder that holds the track files; WAXLINE_EXPORT_DIR overrides the default.
     static std::string defaultExportFolder();
     void setExportFolder(const std::string& folder);
-    const std::string& exportFolder() const { return _outputFolderPathBase; }
+    const std::string& exportFolder() const override { return _outputFolderPathBase; }
     // The running recording's engine, or null; valid until the recording stops.
     RecorderEngine* recorderEngine() const { return _recorderEngine.get(); }
     // The running recording's counters, or the last one's after it stopped.
@@ -108,8 +96,8 @@ public:
 private:
     void makeExportFolder();
     double setDetectorToInputRate();
-    void writeTrackCount();
-    void endRecordingWith(const std::string& reason);
+    void endRecordingWith(const RecordingStop& stop);
+    void showAlert(const CaptureAlert& alert);
     void log(const char* format, const char* what);
 
     platform::Platform& mPlatform;
@@ -144,7 +132,7 @@ private:
     std::atomic<bool> mPendingWriteFailure{false};
     std::atomic<bool> mPendingDeviceGone{false};
     std::atomic<bool> mPendingDeviceListChange{false};
-    std::string mWriteFailure; // written before mPendingWriteFailure is raised
+    RecordingStop mWriteFailure; // written before mPendingWriteFailure is raised
     QTimer mPoll;
 };
 

@@ -1,6 +1,7 @@
 #include "cli/RecordSession.h"
 
 #include "capture/Audio.h"
+#include "capture/RecordingSequence.h"
 #include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
 #include "platform/Platform.h"
@@ -39,20 +40,40 @@ std::unique_ptr<QCoreApplication> ensureApplication() {
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 
+// The command line's words for a recording that ended by itself.
+std::string describe(const RecordingStop& stop) {
+    switch (stop.reason) {
+    case RecordingStopReason::DeviceGone:
+        break;
+    case RecordingStopReason::WriteFailed:
+    case RecordingStopReason::DiskFull:
+        return "The recording was stopped because a track file could not be written (writing " +
+               stop.path + " failed: " + stop.errorText + "). What was recorded before is kept.";
+    case RecordingStopReason::FolderGone:
+    case RecordingStopReason::FileNotCreated:
+        return "The recording was stopped because the next track file could not be created "
+               "(cannot create " +
+               stop.path + ": " + stop.errorText + "). What was recorded before is kept.";
+    }
+    return "The recording device was disconnected; the recording has been stopped and the "
+           "tracks recorded so far are kept.";
+}
+
 class SessionDelegate : public AudioDelegate {
 public:
     bool albumEnded = false;
     std::string stoppedReason;
     void audioDetectedAlbumEnd() override { albumEnded = true; }
-    void audioRecordingStopped(const std::string& reason) override {
-        stoppedReason = reason;
-        std::fprintf(stderr, "\nwaxline-cli record: %s\n", reason.c_str());
+    void audioRecordingStopped(const RecordingStop& stop) override {
+        stoppedReason = describe(stop);
+        std::fprintf(stderr, "\nwaxline-cli record: %s\n", stoppedReason.c_str());
     }
-    void audioShowAlert(const std::string& title, const std::string& text,
-                        const std::string& button) override {
-        std::fprintf(stderr, "\n%s: %s (%s)\n", title.c_str(), text.c_str(), button.c_str());
+    // The keys are printed as they are: the command line has no catalogue.
+    void audioShowAlert(const CaptureAlert& alert) override {
+        std::fprintf(stderr, "\n%s: %s (%s)\n", alert.titleKey.c_str(), alert.message.c_str(),
+                     alert.buttonKey.c_str());
         if (stoppedReason.empty())
-            stoppedReason = text;
+            stoppedReason = alert.message;
     }
 };
 
@@ -172,15 +193,13 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     if (audio.playThroughTarget().route != PlayThroughRoute::Direct)
         std::fprintf(stderr, "%s\n", playThroughWarning(*platform.audio, audio).c_str());
 
-    // As the application's wizard: a device that can only be one thing needs no equalisation;
-    // one that might be a turntable or a tape deck would be asked about, and here is taken for
-    // a turntable.
-    if (preset == "auto" && !audio.mightBeTurntableOrTape()) {
-        audio.setNoFilter();
-    } else if (preset == "auto") {
-        std::printf("Taking the device for a turntable; give --preset none or --preset chrome "
-                    "for a cassette deck\n");
-        audio.setRIAAFilter();
+    // As the application's wizard; a device it would ask about is taken for a turntable here.
+    if (preset == "auto") {
+        if (choosePresetByDevice(audio) == PresetChoice::AskUser) {
+            std::printf("Taking the device for a turntable; give --preset none or --preset "
+                        "chrome for a cassette deck\n");
+            choosePresetFor(audio, PlaybackDevice::Turntable);
+        }
     } else if (preset == "none")
         audio.setNoFilter();
     else if (preset == "riaa")
@@ -190,16 +209,12 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     else if (preset == "brightspin")
         audio.setBrightSpinFilter();
 
-    std::error_code ec;
-    std::filesystem::create_directories(audio.exportFolder(), ec);
-    removeOldTrackFiles(audio.exportFolder());
-
+    // The ready panel: monitoring at the chosen gain. Then Record.
     audio.setGainDb(options.gainDb);
     audio.startPlayThru();
-    audio.resetTrackCounter();
-    ResetVUMax();
-    audio.setAutomaticTrackSplit(options.automaticSplit);
-    if (!audio.newTrack()) {
+    RecordingSequence sequence(audio, removeOldTrackFiles);
+    sequence.prepare(options.automaticSplit);
+    if (!sequence.openFirstTrack()) {
         audio.stopPlayThru();
         std::fprintf(stderr, "waxline-cli record: cannot record into %s\n",
                      audio.exportFolder().c_str());
@@ -225,14 +240,14 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     QObject::connect(&status, &QTimer::timeout, [&] {
         audio.processPendingEvents();
         if (interrupted) {
-            audio.stopRecording();
+            sequence.stop();
             result.endedBy = "interrupted";
         }
         const auto counters = audio.recorderCounters();
         if (options.maxSeconds > 0 && audio.recording() &&
             static_cast<double>(counters.capturedFrames) >=
                 options.maxSeconds * audio.fileSampleRate()) {
-            audio.stopRecording();
+            sequence.stop();
             result.endedBy = "time limit";
         }
         if (!audio.recording()) {
@@ -260,7 +275,11 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
 
     audio.stopPlayThru();
     if (audio.recording())
-        audio.stopRecording();
+        sequence.stop();
+    else if (delegate.albumEnded)
+        sequence.albumEnded();
+    else
+        sequence.leaveTrackCount();
     if (delegate.albumEnded)
         result.endedBy = "album end";
     else if (!delegate.stoppedReason.empty())
@@ -273,6 +292,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     result.droppedBuffers = counters.droppedBuffers;
     result.droppedFrames = counters.droppedFrames;
     result.countedTracks = audio.numRecordedTracks();
+    std::error_code ec;
     for (int n = 1;; ++n) {
         const std::string path = audio.fileNameForTrack(n);
         if (!std::filesystem::exists(path, ec))

@@ -54,20 +54,21 @@ RecorderEngine::~RecorderEngine() {
 }
 
 bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float gainDb,
-                               std::string& error) {
+                               TrackFileError& error) {
     if (!running.load(std::memory_order_acquire))
         streamRate = sampleRate;
     else if (sampleRate != streamRate) {
-        error = "cannot change the sample rate within a recording";
+        error = {path, 0, "cannot change the sample rate within a recording"};
         return false;
     }
     SF_INFO info{};
     info.samplerate = static_cast<int>(static_cast<float>(sampleRate));
     info.channels = 2;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    errno = 0;
     SNDFILE* sf = sf_open(path.c_str(), SFM_WRITE, &info);
     if (!sf) {
-        error = "cannot create " + path + ": " + sf_strerror(nullptr);
+        error = {path, errno, sf_strerror(nullptr)};
         return false;
     }
     auto* file = new TrackFile;
@@ -80,7 +81,7 @@ bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float
     if (!files.tryPush(file)) {
         sf_close(sf);
         delete file;
-        error = "too many track switches waiting to be written";
+        error = {path, 0, "too many track switches waiting to be written"};
         return false;
     }
     // The file is queued before the generation is raised, so the writer finds it when the first
@@ -238,10 +239,10 @@ void RecorderEngine::writeBlock(const Block& block) {
     }
     if (n != static_cast<sf_count_t>(block.frames)) {
         const int err = errno;
-        std::string reason = sf_strerror(current->sf);
+        std::string text = sf_strerror(current->sf);
         if (err)
-            reason += std::string(" (") + std::strerror(err) + ")";
-        fail("writing " + current->path + " failed: " + reason);
+            text += std::string(" (") + std::strerror(err) + ")";
+        fail({current->path, err, text});
     }
 }
 
@@ -265,13 +266,13 @@ void RecorderEngine::closeCurrent() {
     filesFinished.fetch_add(1, std::memory_order_relaxed);
 }
 
-void RecorderEngine::fail(const std::string& message) {
+void RecorderEngine::fail(const TrackFileError& error) {
     if (writeFailed.exchange(true, std::memory_order_acq_rel))
         return;
     // Make the header describe what did reach the disk.
     sf_command(current->sf, SFC_UPDATE_HEADER_NOW, nullptr, 0);
     if (onFailure)
-        onFailure(message);
+        onFailure(error);
 }
 
 } // namespace waxline

@@ -12,6 +12,14 @@
 
 namespace waxline {
 
+// A track file that could not be made or written: which one, the system's error number (0 when
+// there was none) and what the file library and the system said about it.
+struct TrackFileError {
+    std::string path;
+    int errorNumber = 0;
+    std::string text;
+};
+
 // The record path: its own input stream on the capture device, a lock-free queue, and a writer
 // thread that writes 16-bit stereo WAV track files. The capture keeps running across track
 // switches; each captured buffer goes whole to exactly one file, so consecutive files neither
@@ -33,8 +41,8 @@ public:
         uint32_t filesFinished = 0;
     };
 
-    // Called once from the writer thread when a write fails, with a one-line reason.
-    using FailureHandler = std::function<void(const std::string& message)>;
+    // Called once from the writer thread when a write fails.
+    using FailureHandler = std::function<void(const TrackFileError& error)>;
     // Called once from a platform thread when the capture device vanished or its stream failed.
     using EndHandler = std::function<void()>;
 
@@ -50,8 +58,8 @@ public:
     // Opens the next track file (16-bit PCM WAV, 2 channels, at sampleRate) with the gain fixed
     // for the whole file, and makes it take over at the next captured buffer. Before start the
     // rate also sets the rate the input stream is asked for; while running it cannot change.
-    // Returns false with a reason when the file cannot be made; the current file then goes on.
-    bool beginFile(const std::string& path, double sampleRate, float gainDb, std::string& error);
+    // Returns false with the error when the file cannot be made; the current file then goes on.
+    bool beginFile(const std::string& path, double sampleRate, float gainDb, TrackFileError& error);
 
     // Opens and starts the input stream and the writer. False with a reason on failure.
     bool start(std::string& error);
@@ -87,7 +95,7 @@ private:
     void writeBlock(const Block& block);
     void switchFiles(uint32_t generation);
     void closeCurrent();
-    void fail(const std::string& message);
+    void fail(const TrackFileError& error);
 
     platform::AudioSystem& system;
     platform::AudioObjectID inputId;

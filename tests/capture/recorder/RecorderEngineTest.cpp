@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
@@ -72,12 +73,13 @@ TEST(RecorderEngine, EveryCapturedFrameLandsInExactlyOneFile) {
 
         RecorderEngine engine(system, 1);
         std::string error;
+        TrackFileError fileError;
         std::vector<std::string> paths;
         auto begin = [&] {
             paths.push_back(dir.file("t." + std::to_string(paths.size() + 1) + ".wav"));
             ASSERT_TRUE(engine.beginFile(paths.back(), 44100,
-                                         static_cast<float>(c.gains[paths.size() - 1]), error))
-                << error;
+                                         static_cast<float>(c.gains[paths.size() - 1]), fileError))
+                << fileError.text;
         };
         begin();
         ASSERT_TRUE(engine.start(error)) << error;
@@ -128,7 +130,8 @@ TEST(RecorderEngine, MonoInputFillsBothChannels) {
     test::FakeAudioSystem system;
     RecorderEngine engine(system, 1);
     std::string error;
-    ASSERT_TRUE(engine.beginFile(dir.file("m.wav"), 48000, 0, error));
+    TrackFileError fileError;
+    ASSERT_TRUE(engine.beginFile(dir.file("m.wav"), 48000, 0, fileError));
     ASSERT_TRUE(engine.start(error));
     std::vector<float> mono = test::sine(1000, 0.5, 48000, 4800);
     float* ch[1] = {mono.data()};
@@ -166,13 +169,14 @@ TEST(RecorderEngine, AsksTheInputForTheFilesRate) {
     system.add(platform::Direction::Input, 0, "USB Audio CODEC", 2, 44100);
     RecorderEngine engine(system, 0);
     std::string error;
-    ASSERT_TRUE(engine.beginFile(dir.file("t.1.wav"), 48000, 0, error)) << error;
+    TrackFileError fileError;
+    ASSERT_TRUE(engine.beginFile(dir.file("t.1.wav"), 48000, 0, fileError)) << fileError.text;
     ASSERT_TRUE(engine.start(error)) << error;
     ASSERT_EQ(system.inputIds, std::vector<platform::AudioObjectID>{0});
     EXPECT_EQ(system.lastInputFormat.sampleRate, 48000);
     EXPECT_EQ(system.lastInputFormat.channels, 2u);
-    EXPECT_FALSE(engine.beginFile(dir.file("t.2.wav"), 44100, 0, error));
-    EXPECT_TRUE(engine.beginFile(dir.file("t.2.wav"), 48000, 0, error)) << error;
+    EXPECT_FALSE(engine.beginFile(dir.file("t.2.wav"), 44100, 0, fileError));
+    EXPECT_TRUE(engine.beginFile(dir.file("t.2.wav"), 48000, 0, fileError)) << fileError.text;
     engine.stop();
     EXPECT_EQ(test::soundInfo(dir.file("t.1.wav")).sampleRate, 48000);
 }
@@ -180,9 +184,11 @@ TEST(RecorderEngine, AsksTheInputForTheFilesRate) {
 TEST(RecorderEngine, RefusesAFileThatCannotBeMade) {
     test::FakeAudioSystem system;
     RecorderEngine engine(system, 1);
-    std::string error;
+    TrackFileError error;
     EXPECT_FALSE(engine.beginFile("/nonexistent-folder/t.1.wav", 44100, 0, error));
-    EXPECT_NE(error.find("/nonexistent-folder/t.1.wav"), std::string::npos) << error;
+    EXPECT_EQ(error.path, "/nonexistent-folder/t.1.wav");
+    EXPECT_EQ(error.errorNumber, ENOENT) << error.text;
+    EXPECT_FALSE(error.text.empty());
 }
 
 TEST(RecorderEngine, StreamOpenFailureIsReported) {
@@ -227,18 +233,22 @@ TEST(RecorderEngine, WriteFailureStopsWritingAndKeepsWhatFitted) {
         RecorderEngine engine(system, 1);
         std::atomic<int> failures{0};
         std::string message;
-        engine.setFailureHandler([&](const std::string& m) {
-            message = m;
+        int errorNumber = 0;
+        engine.setFailureHandler([&](const TrackFileError& e) {
+            message = e.path;
+            errorNumber = e.errorNumber;
             failures.fetch_add(1);
         });
         std::string error;
-        if (!engine.beginFile(path, 44100, 0, error) || !engine.start(error))
+        TrackFileError fileError;
+        if (!engine.beginFile(path, 44100, 0, fileError) || !engine.start(error))
             _exit(10);
         for (size_t pos = 0; pos < kFrames; pos += 1000)
             signal.feed(*system.lastInputHandler, pos,
                         static_cast<uint32_t>(std::min<size_t>(1000, kFrames - pos)));
         engine.stop();
-        const bool named = message.find(path) != std::string::npos;
+        // The limit makes the write fail with EFBIG, which the error carries.
+        const bool named = message.find(path) != std::string::npos && errorNumber == EFBIG;
         _exit(failures.load() == 1 && engine.failed() && named ? 0 : 11);
     }
     int status = 0;

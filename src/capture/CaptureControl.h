@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+// The seam between the application controller and the capture engine: the calls the wizard makes
+// and what the engine reports back. Qt-free, so the wizard can be tested against a fake.
+namespace waxline {
+
+// Why a recording ended without being asked to.
+enum class RecordingStopReason {
+    DeviceGone,     // the capture device vanished or its stream failed
+    WriteFailed,    // a track file could not be written
+    DiskFull,       // a track file could not be written: no space left (or the quota is used up)
+    FolderGone,     // the next track file could not be made: the export folder is gone
+    FileNotCreated, // the next track file could not be made for another reason
+};
+
+// A recording that ended by itself. The front end words it; the detail names the file and what
+// the file library and the system said (both empty when the device went away).
+struct RecordingStop {
+    RecordingStopReason reason = RecordingStopReason::DeviceGone;
+    std::string path;
+    std::string errorText;
+};
+
+// A modal alert of the capture controller: the title and the button are "IDS_" keys that the
+// front end looks up; the message is shown as it is.
+struct CaptureAlert {
+    std::string titleKey;
+    std::string message;
+    std::string buttonKey;
+};
+
+// Receives what the capture controller reports; every call arrives on the main thread.
+class AudioDelegate {
+public:
+    virtual ~AudioDelegate() = default;
+    // The gap detector found the end of the album; the recording has been stopped already.
+    virtual void audioDetectedAlbumEnd() {}
+    // A recording ended by itself (write failure, device gone, ...); what was written is kept.
+    virtual void audioRecordingStopped(const RecordingStop& /*stop*/) {}
+    // A modal message; a front end that shows none leaves a diagnostic line on standard error.
+    virtual void audioShowAlert(const CaptureAlert& alert) {
+        std::fprintf(stderr, "%s: %s [%s]\n", alert.titleKey.c_str(), alert.message.c_str(),
+                     alert.buttonKey.c_str());
+    }
+};
+
+// Exactly what the application controller asks of the capture engine. Main thread only.
+class CaptureControl {
+public:
+    virtual ~CaptureControl() = default;
+
+    virtual void setDelegate(AudioDelegate* delegate) = 0;
+    // 0 no usable device, 1 one device found and its input selected, 2 several supported
+    // devices attached, 3 several inputs match the device.
+    virtual int detectAudioDevice() = 0;
+    // Whether the detected device might be either a turntable or a tape deck, so the user must
+    // say which before a preset can be chosen.
+    virtual bool mightBeTurntableOrTape() const = 0;
+    virtual void setNoFilter() = 0;
+    // The turntable preset the detected device calls for (RIAA, BrightSpin or none).
+    virtual void setRIAAFilter() = 0;
+    virtual void setChromeFilter() = 0;
+    virtual void startPlayThru() = 0;
+    virtual void stopPlayThru() = 0;
+    virtual void resetTrackCounter() = 0;
+    virtual void setAutomaticTrackSplit(bool on) = 0;
+    // Closes the current track file, if any, and starts the next; false when no file was made.
+    virtual bool newTrack() = 0;
+    virtual void stopRecording() = 0;
+    virtual int numRecordedTracks() const = 0;
+    virtual uint64_t currentTrackLengthNanos() const = 0;
+    virtual void setGainDb(float db) = 0;
+    virtual std::string fileNameForTrack(int track) const = 0;
+    virtual const std::string& exportFolder() const = 0;
+};
+
+} // namespace waxline
