@@ -1,5 +1,6 @@
 #include "capture/Audio.h"
 #include "capture/buffered/CAAudioFileRecorder.h"
+#include "capture/chain/InputChain.h"
 #include "support/FakeAudioSystem.h"
 #include "support/FakeUsbBus.h"
 #include "support/MediaFiles.h"
@@ -10,6 +11,7 @@
 
 #include <sndfile.h>
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -212,16 +214,77 @@ TEST(Audio, RedetectionKeepsTheMonitor) {
     EXPECT_EQ(rig.monitorsMade, 1);
 }
 
+using Sonra::Audio::Filters::AudioFilter;
+using Levels = std::array<double, 2>;
+
+// A 300 Hz tone on the left and a 3 kHz tone on the right, one second of it; the levels in dB
+// of the last half second, where the presets have settled. The two tones tell all four presets
+// apart (RIAA lifts 300 Hz by about 5 dB and cuts 3 kHz by 5, chrome cuts 3 kHz by almost 4,
+// BrightSpin lifts 300 Hz by almost 6 and leaves 3 kHz nearly alone).
+constexpr uint32_t kToneFrames = 44100;
+Levels levelsOf(const std::vector<float>& left, const std::vector<float>& right) {
+    Levels db{};
+    for (int c = 0; c < 2; ++c) {
+        const std::vector<float>& x = c == 0 ? left : right;
+        double sum = 0;
+        for (uint32_t i = kToneFrames / 2; i < kToneFrames; ++i)
+            sum += static_cast<double>(x[i]) * x[i];
+        db[c] = 10 * std::log10(sum / (kToneFrames / 2));
+    }
+    return db;
+}
+
+// What the input chain makes of the tones with the preset that is in force.
+Levels chainLevels() {
+    std::vector<float> left = test::sine(300, 0.25, 44100, kToneFrames);
+    std::vector<float> right = test::sine(3000, 0.25, 44100, kToneFrames);
+    for (uint32_t i = 0; i < kToneFrames; i += 4096) {
+        const uint32_t n = std::min<uint32_t>(4096, kToneFrames - i);
+        AudioBufferList list;
+        list.mNumberBuffers = 2;
+        list.mBuffers[0].mData = left.data() + i;
+        list.mBuffers[1].mData = right.data() + i;
+        InputProcCallback(&list, n, i);
+    }
+    return levelsOf(left, right);
+}
+
+// The response of a preset, from a filter of that type of its own.
+Levels presetLevels(AudioFilter::Type type) {
+    std::vector<float> left = test::sine(300, 0.25, 44100, kToneFrames);
+    std::vector<float> right = test::sine(3000, 0.25, 44100, kToneFrames);
+    AudioFilter reference;
+    reference.Set(type);
+    reference(left.data(), right.data(), kToneFrames);
+    return levelsOf(left, right);
+}
+
+// The chain's levels are those of `type` (to 0.01 dB) and of no other preset.
+void expectPreset(AudioFilter::Type type, const char* after) {
+    SCOPED_TRACE(after);
+    const Levels heard = chainLevels();
+    for (int t = AudioFilter::NoFilter; t <= AudioFilter::BrightSpin; ++t) {
+        const Levels preset = presetLevels(static_cast<AudioFilter::Type>(t));
+        const bool same =
+            std::fabs(heard[0] - preset[0]) < 0.01 && std::fabs(heard[1] - preset[1]) < 0.01;
+        EXPECT_EQ(same, t == type) << "preset " << t << ": heard " << heard[0] << " / " << heard[1]
+                                   << " dB, preset " << preset[0] << " / " << preset[1] << " dB";
+    }
+}
+
+// The log line names the choice, and the audio shows it: a tone through the input chain comes
+// out at the response of the preset each selector should have put in force.
 TEST(Audio, PresetChosenByDevice) {
     struct Case {
         UsbID id;
         const char* expected;
+        AudioFilter::Type type;
     };
     const Case cases[] = {
-        {{0x0D8C, 0x0131}, "setRIAAFilter: Setting no filter"},
-        {{0x0D8C, 0x0121}, "setRIAAFilter: Setting RIAA filter"},
-        {{0x2034, 0x0105}, "setRIAAFilter: Setting BrightSpin filter"},
-        {{0x0C76, 0x1600}, "setRIAAFilter: Setting BrightSpin filter"},
+        {{0x0D8C, 0x0131}, "setRIAAFilter: Setting no filter", AudioFilter::NoFilter},
+        {{0x0D8C, 0x0121}, "setRIAAFilter: Setting RIAA filter", AudioFilter::RIAAPlayback},
+        {{0x2034, 0x0105}, "setRIAAFilter: Setting BrightSpin filter", AudioFilter::BrightSpin},
+        {{0x0C76, 0x1600}, "setRIAAFilter: Setting BrightSpin filter", AudioFilter::BrightSpin},
     };
     for (const auto& c : cases) {
         Rig rig({{c.id.vendor, c.id.product, 1, ""}}, {"USB PnP Audio Device", "USB Microphone"});
@@ -234,10 +297,36 @@ TEST(Audio, PresetChosenByDevice) {
         const std::string log = testing::internal::GetCapturedStderr();
         testing::internal::GetCapturedStdout();
         EXPECT_NE(log.find(c.expected), std::string::npos) << log;
+        expectPreset(c.type, "setRIAAFilter");
+        testing::internal::CaptureStderr();
+        rig.audio->setChromeFilter();
+        expectPreset(AudioFilter::ChromeTape, "setChromeFilter");
         rig.audio->setNoFilter();
+        expectPreset(AudioFilter::NoFilter, "setNoFilter");
+        testing::internal::GetCapturedStderr();
     }
 }
 
+// Feeds `frames` of a constant 0.5 on both channels to the recorder, as its stream would.
+void feedRecorder(test::FakeAudioSystem& system, uint32_t frames) {
+    std::vector<float> left(frames, 0.5f), right(frames, 0.5f);
+    float* channels[2] = {left.data(), right.data()};
+    system.lastInputHandler->onInput(channels, 2, frames, 0, 0);
+}
+
+// Every sample of a track file lies within 1.5 LSB of `value`; false for an empty file.
+bool holdsOnly(const std::string& path, double value, size_t frames) {
+    const test::WavContents wav = test::readStereoWav(path);
+    if (wav.frames() != frames)
+        return false;
+    for (float s : wav.samples)
+        if (std::fabs(s - value) > 1.5 / 32768)
+            return false;
+    return true;
+}
+
+// A gain change reaches the monitor at once and the track files only from the next track: the
+// file being written keeps the gain it was opened with.
 TEST(Audio, TrackFilesAlbumEndAndGain) {
     test::TempDir dir;
     Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
@@ -261,12 +350,15 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     // The monitor was stopped: newTrack must not start it.
     auto* monitor = static_cast<CountingMonitor*>(rig.audio->playThru());
     EXPECT_FALSE(monitor->running);
+    feedRecorder(*rig.audioSystem, 4096);
     rig.audio->setGainDb(-6);
     EXPECT_FLOAT_EQ(monitor->gain, -6);
+    feedRecorder(*rig.audioSystem, 4096);
 
     rig.audio->trackGapDetected();
     rig.audio->processPendingEvents();
     EXPECT_EQ(rig.audio->numRecordedTracks(), 2);
+    feedRecorder(*rig.audioSystem, 4096);
     rig.audio->albumEndDetected();
     rig.audio->processPendingEvents();
     testing::internal::GetCapturedStdout();
@@ -277,6 +369,73 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(2)));
     // The file rate is the output device's, read second.
     EXPECT_EQ(rig.audio->fileSampleRate(), 48000);
+
+    // 0.5 at 0 dB before and after the change in track 1; at -6 dB in track 2, the factor
+    // 10^(-6/20) worked out here.
+    EXPECT_TRUE(holdsOnly(rig.audio->fileNameForTrack(1), 0.5, 8192));
+    EXPECT_TRUE(holdsOnly(rig.audio->fileNameForTrack(2), 0.5 * 0.5011872336272722, 4096));
+}
+
+class StopRecorder : public AudioDelegate {
+public:
+    std::vector<RecordingStop> stops;
+    void audioRecordingStopped(const RecordingStop& stop) override { stops.push_back(stop); }
+};
+
+// A recording that ends by itself reaches the delegate once, as a reason with the file it
+// concerns; the tracks before stay counted.
+TEST(Audio, RecordingThatEndsByItselfReachesTheDelegateAsATypedReason) {
+    enum class Fault { DeviceGone, FolderGone, NextFileIsAFolder };
+    struct Case {
+        const char* name;
+        Fault fault;
+        RecordingStopReason reason;
+        bool namesTrack2;
+    };
+    const Case cases[] = {
+        {"device unplugged", Fault::DeviceGone, RecordingStopReason::DeviceGone, false},
+        {"export folder removed", Fault::FolderGone, RecordingStopReason::FolderGone, true},
+        {"next file cannot be made", Fault::NextFileIsAFolder, RecordingStopReason::FileNotCreated,
+         true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::TempDir dir;
+        Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
+        StopRecorder delegate;
+        rig.audio->setDelegate(&delegate);
+        const std::string folder = dir.file("Exports");
+        rig.audio->setExportFolder(folder);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        rig.audio->detectAudioDevice();
+        rig.audio->resetTrackCounter();
+        rig.audio->setAutomaticTrackSplit(true);
+        ASSERT_TRUE(rig.audio->newTrack());
+        feedRecorder(*rig.audioSystem, 4096);
+        switch (c.fault) {
+        case Fault::DeviceGone:
+            rig.audioSystem->lastInputHandler->onStreamEnded(platform::kErrorNotConnected);
+            break;
+        case Fault::FolderGone:
+            std::filesystem::remove_all(folder);
+            rig.audio->trackGapDetected();
+            break;
+        case Fault::NextFileIsAFolder:
+            std::filesystem::create_directory(rig.audio->fileNameForTrack(2));
+            rig.audio->trackGapDetected();
+            break;
+        }
+        rig.audio->processPendingEvents();
+        testing::internal::GetCapturedStdout();
+        testing::internal::GetCapturedStderr();
+        EXPECT_FALSE(rig.audio->recording());
+        EXPECT_EQ(rig.audio->numRecordedTracks(), 1);
+        ASSERT_EQ(delegate.stops.size(), 1u);
+        EXPECT_EQ(delegate.stops[0].reason, c.reason);
+        EXPECT_EQ(delegate.stops[0].path, c.namesTrack2 ? rig.audio->fileNameForTrack(2) : "");
+        EXPECT_EQ(delegate.stops[0].errorText.empty(), !c.namesTrack2);
+    }
 }
 
 // The buffered recorder: float stereo at the input's rate (not the output's, as track files
