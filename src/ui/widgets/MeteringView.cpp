@@ -1,6 +1,6 @@
 #include "ui/widgets/MeteringView.h"
 
-#include "ui/widgets/Decibels.h"
+#include "util/Decibels.h"
 
 #include <QMouseEvent>
 #include <QPainter>
