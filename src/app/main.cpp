@@ -1,63 +1,72 @@
-// waxline: the desktop application. Today it has one mode, which renders every panel:
+// waxline: the desktop application. main only wires the parts together.
+//     waxline [--virtual-device SETUP]
 //     waxline --screenshot-panels DIR [--locale de] [--scale 2]
 
+#include "app/AppDelegate.h"
+#include "app/MessageBoxAlerts.h"
+#include "capture/Audio.h"
+#include "exporting/ExportFolders.h"
 #include "ui/Catalogue.h"
 #include "ui/UiResources.h"
+#include "ui/panels/CustomView.h"
+#include "ui/window/CustomWindow.h"
 #include "ui/window/PanelScreenshots.h"
 
 #include <QApplication>
-#include <QLocale>
-#include <QStringList>
 
 #include <cstdio>
 #include <cstring>
-#include <string>
-
-namespace {
-
-struct Options {
-    std::string screenshotDir;
-    std::string locale;
-    std::string scale;
-    bool valid = true;
-};
-
-Options parse(int argc, char** argv) {
-    Options options;
-    for (int i = 1; i < argc; ++i) {
-        const bool hasValue = i + 1 < argc;
-        if (!std::strcmp(argv[i], "--screenshot-panels") && hasValue)
-            options.screenshotDir = argv[++i];
-        else if (!std::strcmp(argv[i], "--locale") && hasValue)
-            options.locale = argv[++i];
-        else if (!std::strcmp(argv[i], "--scale") && hasValue)
-            options.scale = argv[++i];
-        else
-            options.valid = false;
-    }
-    return options;
-}
-
-} // namespace
+#include <stdexcept>
 
 int main(int argc, char** argv) {
-    const Options options = parse(argc, argv);
-    if (!options.valid || options.screenshotDir.empty()) {
-        std::fputs("usage: waxline --screenshot-panels DIR [--locale de] [--scale 2]\n", stderr);
-        return 2;
+    std::string screenshots, locale, scale, setup;
+    for (int i = 1; i < argc; ++i) {
+        const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
+        std::string* option = !std::strcmp(argv[i], "--screenshot-panels") ? &screenshots
+                              : !std::strcmp(argv[i], "--locale")          ? &locale
+                              : !std::strcmp(argv[i], "--scale")           ? &scale
+                              : !std::strcmp(argv[i], "--virtual-device")  ? &setup
+                                                                           : nullptr;
+        if (!option || !value) {
+            std::fputs("usage: waxline [--virtual-device SETUP]\n"
+                       "       waxline --screenshot-panels DIR [--locale de] [--scale 2]\n",
+                       stderr);
+            return 2;
+        }
+        *option = argv[++i];
     }
     // The pictures need no display; the scale is the screen's device-pixel ratio.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    if (!screenshots.empty() && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    if (!options.scale.empty())
-        qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(options.scale));
+    if (!scale.empty())
+        qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(scale));
 
     QApplication app(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));
     waxline::ui::initUiResources();
-    const QLocale locale = options.locale.empty() ? QLocale::system()
-                                                  : QLocale(QString::fromStdString(options.locale));
-    waxline::ui::installCatalogue(locale);
-    return waxline::ui::writePanelScreenshots(QString::fromStdString(options.screenshotDir)) ? 0
-                                                                                             : 1;
+    const QString language = waxline::ui::installCatalogue(
+        locale.empty() ? QLocale::system() : QLocale(QString::fromStdString(locale)));
+    if (!screenshots.empty())
+        return waxline::ui::writePanelScreenshots(QString::fromStdString(screenshots)) ? 0 : 1;
+
+    waxline::ui::CustomWindow window;
+    waxline::app::MessageBoxAlerts alerts(&window);
+    waxline::platform::Platform platform;
+    try {
+        platform = waxline::platform::openPlatform(setup);
+    } catch (const std::exception& e) {
+        // The window still opens, so the user learns why nothing works.
+        auto panel = waxline::ui::loadPanelForLooking(1);
+        window.setContentView(panel.get());
+        window.show();
+        alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_NO_AUDIO_SERVER"),
+                     {QString::fromLocal8Bit(e.what())});
+        return 1;
+    }
+    waxline::Audio audio(platform);
+    waxline::app::AppDelegate controller(audio, window, alerts, waxline::exporting::musicFolder());
+    controller.helpLanguage = language;
+    controller.awakeFromNib();
+    window.show();
+    return app.exec();
 }

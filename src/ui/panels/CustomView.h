@@ -60,7 +60,7 @@ public:
     SKShapedButton* buttonWithRole(const QString& role) const;
     QPointF dragInitialLocation() const { return _dragInitialLocation; }
 
-public slots:
+public Q_SLOTS:
     void doCloseButton(QObject* sender);
     void showHelp(QObject* sender);
     void doNextButton1(QObject* sender);
@@ -96,7 +96,7 @@ public slots:
     void doSelectTapeChrome(QObject* sender);
     void updateLevelMeterTimer();
 
-signals:
+Q_SIGNALS:
     void backgroundImageChanged();
 
 protected:

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "app/Alerts.h"
+#include "app/ExportDriver.h"
+#include "app/PanelMachine.h"
+#include "app/PanelTabs.h"
+#include "app/RecordingControl.h"
+#include "capture/CaptureControl.h"
+#include "ui/PanelController.h"
+
+#include <QObject>
+#include <QUrl>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace waxline::ui {
+class CustomWindow;
+}
+
+namespace waxline::app {
+
+// The application controller: starts the wizard, routes every panel action to the panel
+// machine, the recording control or the export driver, hears the capture engine, and closes
+// the application only after asking. Main thread only.
+class AppDelegate : public QObject, public ui::PanelController, public AudioDelegate {
+    Q_OBJECT
+public:
+    // `libraryFolder` is the user's music folder the export fills.
+    AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts& alerts,
+                std::string libraryFolder);
+    ~AppDelegate() override;
+
+    // Start-up: tab items, the panels loaded at once, panel 1 shown.
+    void awakeFromNib();
+    void setPanel(unsigned n) { machine.setPanel(n); }
+
+    // How showHelp opens a page; the desktop's browser unless a test puts its own.
+    std::function<bool(const QUrl&)> openUrl;
+    // The language of the help page showHelp opens ("en", "de"): the catalogue's.
+    QString helpLanguage = QStringLiteral("en");
+
+    // ui::PanelController
+    void doNextButton1(QObject* sender) override;
+    void doBackButtonSelectDevice(QObject* sender) override;
+    void doNextButtonSelectDevice(QObject* sender) override;
+    void doBackButtonSelectTape(QObject* sender) override;
+    void doNextButtonSelectTape(QObject* sender) override;
+    void doBackButton2(QObject* sender) override;
+    void doRecordButton(QObject* sender, bool normalization, bool clickRemoval) override;
+    void doBackButton3(QObject* sender) override;
+    void doNextButton3(QObject* sender) override;
+    void doNewTrackButton(QObject* sender) override;
+    void doBackButton4(QObject* sender) override;
+    void doNextButton4(QObject* sender) override;
+    void doBackButton5(QObject* sender) override;
+    void doNextButton5(QObject* sender) override;
+    void doBackButton6(QObject* sender) override;
+    void doNextButton6(QObject* sender) override;
+    void doBackButton7(QObject* sender) override;
+    void doNextButton7(QObject* sender) override;
+    void doBackButton8(QObject* sender) override;
+    void doNextButton8(QObject* sender) override;
+    void doBackButton9(QObject* sender) override;
+    void doNextButton9(QObject* sender) override;
+    void doBackButton10(QObject* sender) override;
+    void doNextButton10(QObject* sender) override;
+    void doCloseButton(QObject* sender) override;
+    void doCloseApplication(QObject* sender) override;
+    void showHelp(QObject* sender) override;
+    void setRecordingGainDb(float gainDb) override;
+
+    // AudioDelegate
+    void audioDetectedAlbumEnd() override;
+    void audioRecordingStopped(const RecordingStop& stop) override;
+    void audioShowAlert(const CaptureAlert& alert) override;
+
+    PanelTabs& tabs() { return _multipleNibTabView; }
+    RecordingControl& recording() { return recordingControl; }
+    ExportDriver& exporter() { return exportDriver; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    bool confirmClose();
+    // Stops the recording, ends the export and empties the export folder.
+    void endRun();
+
+    CaptureControl& audio;
+    ui::CustomWindow& itsWindow;
+    Alerts& alerts;
+    PanelTabs _multipleNibTabView;
+    PanelMachine machine;
+    RecordingControl recordingControl;
+    ExportDriver exportDriver;
+    bool closing = false;
+};
+
+// The bundled help page in the catalogue's language, written out of the resources into
+// `folder` (a browser cannot open resource paths); an empty path when it cannot be written.
+QString writeHelpPage(const QString& folder, const QString& language);
+
+} // namespace waxline::app

@@ -1,0 +1,199 @@
+#include "app/ExportDriver.h"
+
+#include "app/PanelMachine.h"
+#include "exporting/LibraryImporter.h"
+#include "exporting/LibraryProbe.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <chrono>
+#include <cstdio>
+
+namespace waxline::app {
+
+using namespace waxline::exporting;
+
+namespace {
+
+constexpr std::chrono::milliseconds pollInterval{500};
+const QString warningKey = QStringLiteral("IDS_WARNING");
+const QString libraryErrorKey = QStringLiteral("IDS_ITUNES_ERROR");
+
+std::string fieldText(const PanelViews& views, unsigned n, int tag) {
+    return views.text(n, tag).toStdString();
+}
+
+} // namespace
+
+ExportNames namesFromPanels(const PanelViews& views, int tracks) {
+    ExportNames names;
+    if (tracks == 1) {
+        names.artist = fieldText(views, panel::nameOne, panel::oneArtistTag);
+        names.album = fieldText(views, panel::nameOne, panel::oneAlbumTag);
+        names.titles.push_back(fieldText(views, panel::nameOne, panel::oneNameTag));
+        return names;
+    }
+    names.artist = fieldText(views, panel::nameFirstTen, panel::artistTag);
+    names.album = fieldText(views, panel::nameFirstTen, panel::albumTag);
+    for (int track = 1; track <= tracks; ++track)
+        names.titles.push_back(
+            fieldText(views, panel::namingPanelOf(track), panel::trackNameTag(track)));
+    return names;
+}
+
+ExportDriver::ExportDriver(CaptureControl& capture, PanelViews& views, Alerts& alerts,
+                           std::function<void(unsigned)> setPanel, TextLookup text,
+                           std::string libraryFolder)
+    : capture(capture)
+    , views(views)
+    , alerts(alerts)
+    , setPanel(std::move(setPanel))
+    , text(std::move(text))
+    , library(std::move(libraryFolder)) {}
+
+ExportDriver::~ExportDriver() {
+    finishOrCancel();
+}
+
+void ExportDriver::processAudioFiles() {
+    const int n = capture.numRecordedTracks();
+
+    const LibraryImporter importer(library);
+    probeUntilAvailable(
+        [&] { return importer.probe(); },
+        [](int error) { std::fprintf(stderr, "SimpleRunAppleScript err = %d\n", error); },
+        [&] {
+            // Modal: the user makes the folder writable, then confirms, and it is asked again.
+            alerts.alert(warningKey, libraryErrorKey);
+            return true;
+        });
+
+    views.setBusy(true);
+    views.setProgressRange(n);
+    views.setProgressValue(0);
+
+    pollTimer = std::make_unique<QTimer>();
+    pollTimer->setInterval(pollInterval);
+    connect(pollTimer.get(), &QTimer::timeout, this, &ExportDriver::pollingTimerFired);
+    pollTimer->start();
+    pollingTimerFired();
+
+    // The previous export has ended (the poll saw it); its thread only waits to be joined.
+    joinFinishedThread();
+
+    // The fields are read here, on the main thread, while panel 5 keeps them from changing.
+    ExportNames names = namesFromPanels(views, n);
+    // Missing names stand in with the catalogue's words; a track's carries its number, which
+    // continues from the last side under the same names.
+    ExportNumbering peek = numbering;
+    const uint32_t offset = peek.begin(names.artist, names.album);
+    ExportRequest request;
+    request.exportFolder = capture.exportFolder();
+    request.normalise = false;
+    request.numRecordedTracks = [n] { return n; };
+    request.jobs = 0;
+    request.text = text;
+    for (int track = 1; track <= n; ++track) {
+        const TrackNames filled =
+            namesOrUnknown(text, names.artist, names.album, names.titles[size_t(track) - 1],
+                           std::to_string(offset + uint32_t(track)));
+        request.titles.push_back(filled.title);
+        request.artist = filled.artist;
+        request.album = filled.album;
+    }
+    if (n == 0) {
+        request.artist = names.artist;
+        request.album = names.album;
+    }
+
+    finished = false;
+    cancelled = false;
+    thread = std::thread([this, request = std::move(request)]() mutable {
+        DoITunesImportTagAndConvertThreadRoutine2(std::move(request));
+    });
+}
+
+// Export thread.
+void ExportDriver::DoITunesImportTagAndConvertThreadRoutine2(ExportRequest request) {
+    const LibraryImporter importer(library);
+    ExportPipeline pipeline(importer);
+    pipeline.onTrackConverted = [](const TrackOutcome& outcome) {
+        if (!outcome.ok)
+            std::fprintf(stderr, "export of track %d failed (reason %d): %s\n", outcome.index,
+                         int(outcome.problem.kind), outcome.problem.path.c_str());
+    };
+    pipeline.onProbeFailed = [this](int error) {
+        std::fprintf(stderr, "SimpleRunAppleScript check after comversion. err = %d\n", error);
+        if (cancelled)
+            return false;
+        if (error == LibraryImporter::kLibraryUnavailable)
+            return confirmLibraryOnMainThread();
+        return true;
+    };
+    pipeline.onTrackDone = [this](const TrackOutcome& outcome, int) { setProgress(outcome.index); };
+
+    std::vector<TrackOutcome> result = pipeline.run(request, numbering);
+
+    QMetaObject::invokeMethod(
+        this,
+        [this, result = std::move(result)]() mutable {
+            views.setBusy(false);
+            outcomes = std::move(result);
+            capture.resetTrackCounter();
+            _timeToGoToPanel6 = true;
+        },
+        Qt::QueuedConnection);
+    finished = true;
+}
+
+// Export thread: the alert is the main thread's; this thread waits for the answer.
+bool ExportDriver::confirmLibraryOnMainThread() {
+    QMetaObject::invokeMethod(
+        this, [this] { alerts.alert(warningKey, libraryErrorKey); }, Qt::BlockingQueuedConnection);
+    return !cancelled;
+}
+
+// Export thread.
+void ExportDriver::setProgress(int track) {
+    QMetaObject::invokeMethod(
+        this,
+        [this, track] {
+            views.setProgressValue(track);
+            if (track == capture.numRecordedTracks())
+                views.setBusy(false);
+        },
+        Qt::QueuedConnection);
+}
+
+void ExportDriver::pollingTimerFired() {
+    if (!_timeToGoToPanel6.exchange(false))
+        return;
+    pollTimer.reset();
+    joinFinishedThread();
+    if (setPanel)
+        setPanel(panel::another);
+}
+
+void ExportDriver::joinFinishedThread() {
+    if (thread.joinable())
+        thread.join();
+}
+
+void ExportDriver::finishOrCancel() {
+    if (!thread.joinable())
+        return;
+    // Whoever waits here has left panel 5 behind: the end of this export moves no panel.
+    pollTimer.reset();
+    cancelled = true;
+    while (!finished) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        QThread::msleep(5);
+    }
+    thread.join();
+    // What the thread queued last (its outcome, the counter reset) is handled now.
+    QCoreApplication::sendPostedEvents(this);
+    _timeToGoToPanel6 = false;
+}
+
+} // namespace waxline::app

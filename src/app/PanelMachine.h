@@ -1,0 +1,90 @@
+#pragma once
+
+#include "app/Alerts.h"
+#include "app/PanelViews.h"
+#include "capture/CaptureControl.h"
+
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace waxline::app {
+
+// Panel numbers and the tags of the fields the wizard reads and writes.
+namespace panel {
+constexpr unsigned connect = 1, ready = 2, recording = 3, nameOne = 4, exporting = 5, another = 6,
+                   nameFirstTen = 7, nameLast = 10, selectDevice = 11, selectTape = 12, count = 12;
+constexpr int elapsedTag = 21, trackCountTag = 22;
+constexpr int oneArtistTag = 10, oneAlbumTag = 11, oneNameTag = 12;
+constexpr int artistTag = 51, albumTag = 52;
+constexpr int progressTag = 31;
+// The name field of track i is tagged i + 60 on whichever naming panel holds it.
+constexpr int trackNameTag(int track) {
+    return track + 60;
+}
+// The naming panel (7 to 10) holding track i's field.
+constexpr unsigned namingPanelOf(int track) {
+    return track <= 10 ? 7u : track <= 20 ? 8u : track <= 30 ? 9u : 10u;
+}
+} // namespace panel
+
+// True for the panels whose input is monitored on the speakers: 2 and 3.
+constexpr bool PanelNumberShouldPlayThru(unsigned n) {
+    return (n & ~1u) == 2;
+}
+
+// The wizard's panel machine: switching panels with the monitor on 2 and 3 only, what
+// entering a panel does, the device check and the device and tape choices, and every Back
+// and Next that is not recording or exporting. Holds the level-meter timer. Main thread only.
+class PanelMachine {
+public:
+    PanelMachine(CaptureControl& capture, PanelViews& views, Alerts& alerts);
+
+    // Called for Next on a naming panel when the export is to start (after the switch to 5).
+    std::function<void()> processAudioFiles;
+
+    void setPanel(unsigned n);
+
+    void doNextButton1();
+    void doBackButtonSelectDevice();
+    void doNextButtonSelectDevice();
+    void doBackButtonSelectTape();
+    void doNextButtonSelectTape();
+    void doBackButton2();
+    void doBackButton4();
+    void doNextButton4();
+    void doBackButton5();
+    void doNextButton5();
+    void doBackButton6();
+    void doNextButton6();
+    void doBackButton7();
+    void doNextButton7();
+    void doBackButton8();
+    void doNextButton8();
+    void doBackButton9();
+    void doNextButton9();
+    void doBackButton10();
+    void doNextButton10();
+
+    // Stop's choice of naming panel for n recorded tracks: 0 passes through panel 1 to 7.
+    void showNamingPanel(int tracks);
+
+    // The level-meter timer of the shown panel (_meterUpdateTimer).
+    void startMetering(unsigned panel);
+    bool meterRunning() const { return _meterUpdateTimer != nullptr; }
+    void releaseMeter() { _meterUpdateTimer.reset(); }
+
+private:
+    void panelEntered(unsigned n);
+    void offerTrackFields(unsigned namingPanel, bool empty);
+    void nextOnNamingPanel(unsigned panel, int lastTrackHere);
+    void startExport();
+
+    CaptureControl& capture;
+    PanelViews& views;
+    Alerts& alerts;
+    std::unique_ptr<QTimer> _meterUpdateTimer;
+};
+
+} // namespace waxline::app

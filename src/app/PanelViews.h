@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+
+namespace waxline::app {
+
+// What the wizard's logic asks of the panels: switching, the choices the user made, the
+// fields by their tags, the meters and panel 5's progress. AppDelegate answers with the
+// loaded panel views; tests with a fake. Main thread only.
+class PanelViews {
+public:
+    virtual ~PanelViews() = default;
+
+    // Selects the tab item of that panel, loading its view on first use. True when that
+    // brought a different panel on screen; false for a number no item has, or the panel
+    // already shown.
+    virtual bool selectPanel(unsigned panel) = 0;
+
+    // Panel 11's turntable card, panel 12's tape type, panel 2's automatic split box.
+    virtual bool selectedDeviceIsTurntable() const = 0;
+    virtual bool selectedTapeIsChrome() const = 0;
+    virtual bool automaticallySplitTracks() const = 0;
+    // Panel 3's New Track button.
+    virtual void setSplitButtonVisibility(bool visible) = 0;
+
+    // Starts that panel's level meters; they run until the returned timer is deleted.
+    virtual std::unique_ptr<QTimer> startMetering(unsigned panel) = 0;
+    virtual void stopMetering(unsigned panel) = 0;
+
+    // The fields of a panel by their tags: text, selecting it for typing, and whether a
+    // track's field is offered at all (enabled and shown).
+    virtual QString text(unsigned panel, int tag) const = 0;
+    virtual void setText(unsigned panel, int tag, const QString& text) = 0;
+    virtual void selectText(unsigned panel, int tag) = 0;
+    virtual void setFieldOffered(unsigned panel, int tag, bool offered) = 0;
+
+    // Panel 5: the busy indicator and the progress level indicator (tag 31).
+    virtual void setBusy(bool animating) = 0;
+    virtual void setProgressRange(int maximum) = 0;
+    virtual void setProgressValue(int value) = 0;
+};
+
+} // namespace waxline::app

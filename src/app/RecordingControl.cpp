@@ -1,0 +1,107 @@
+#include "app/RecordingControl.h"
+
+#include "exporting/ExportFolders.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+
+namespace waxline::app {
+
+namespace {
+
+constexpr std::chrono::seconds elapsedInterval{1};
+const QString warningKey = QStringLiteral("IDS_WARNING");
+
+} // namespace
+
+QString elapsedText(uint64_t nanos) {
+    const double t = double(nanos) * 1e-9;
+    const unsigned h = unsigned(std::lround(float(t))) / 3600;
+    // Just below a whole hour the hours round up and the rest comes out negative: show 0.
+    const unsigned r = unsigned(std::max(0L, std::lround(float(t - double(h) * 3600))));
+    const unsigned m = r / 60;
+    const unsigned s = r - m * 60;
+    return QString::asprintf("%02u:%02u:%02u", h, m, s);
+}
+
+RecordingControl::RecordingControl(CaptureControl& capture, PanelViews& views, Alerts& alerts,
+                                   PanelMachine& machine)
+    : capture(capture)
+    , views(views)
+    , alerts(alerts)
+    , machine(machine)
+    , sequence(capture, exporting::clearTmpFolder) {}
+
+void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
+    const bool split = views.automaticallySplitTracks();
+    sequence.prepare(split);
+    m_applyNormalization = normalization;
+    m_applyClickRemoval = clickRemoval;
+    machine.setPanel(panel::recording);
+    views.setSplitButtonVisibility(!split);
+    if (machine.meterRunning()) {
+        machine.releaseMeter();
+        machine.startMetering(panel::recording);
+    }
+    try {
+        doNewTrackButton();
+    } catch (const std::exception&) {
+        std::fputs("ERROR: _recorder103->Start()\n", stderr);
+    }
+}
+
+void RecordingControl::doNewTrackButton() {
+    const int n = capture.numRecordedTracks();
+    if (n == trackLimit) {
+        alerts.alert(warningKey, QStringLiteral("IDS_LIMIT"));
+        doNextButton3();
+        return;
+    }
+    if (n == trackLimit - 1)
+        alerts.alert(warningKey, QStringLiteral("IDS_LASTTRACK"));
+    capture.newTrack();
+
+    _pTimer = std::make_unique<QTimer>();
+    _pTimer->setInterval(elapsedInterval);
+    connect(_pTimer.get(), &QTimer::timeout, this, &RecordingControl::elaspedTimerFired);
+    _pTimer->start();
+    elaspedTimerFired();
+}
+
+void RecordingControl::doNextButton3() {
+    sequence.stop();
+    _pTimer.reset();
+    views.stopMetering(panel::recording);
+    machine.releaseMeter();
+    machine.showNamingPanel(capture.numRecordedTracks());
+}
+
+void RecordingControl::doBackButton3() {
+    // The recording goes on, and so does its clock: only the meters move back to panel 2.
+    machine.releaseMeter();
+    machine.setPanel(panel::ready);
+    machine.startMetering(panel::ready);
+}
+
+void RecordingControl::audioDetectedAlbumEnd() {
+    if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks)
+        doNextButton3();
+    else
+        doBackButton3();
+}
+
+void RecordingControl::elaspedTimerFired() {
+    views.setText(panel::recording, panel::elapsedTag,
+                  elapsedText(capture.currentTrackLengthNanos()));
+    views.setText(panel::recording, panel::trackCountTag,
+                  QString::asprintf("%u", unsigned(capture.numRecordedTracks())));
+}
+
+void RecordingControl::setRecordingGainDb(float gainDb) {
+    capture.setGainDb(gainDb);
+}
+
+} // namespace waxline::app

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/Alerts.h"
+#include "app/PanelMachine.h"
+#include "app/PanelViews.h"
+#include "capture/CaptureControl.h"
+#include "capture/RecordingSequence.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <cstdint>
+#include <memory>
+
+namespace waxline::app {
+
+// The elapsed time of a track as panel 3 shows it, "%02u:%02u:%02u", rounded as the
+// recorder's clock always was: to whole seconds in single precision.
+QString elapsedText(uint64_t nanos);
+
+// Recording from panels 2 and 3: Record, New Track up to 40 tracks, Stop, Back, the album
+// end, the elapsed-time tick and the gain. Main thread only.
+class RecordingControl : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int trackLimit = 40;
+
+    RecordingControl(CaptureControl& capture, PanelViews& views, Alerts& alerts,
+                     PanelMachine& machine);
+
+    void doRecordButton(bool normalization, bool clickRemoval);
+    void doNewTrackButton();
+    void doNextButton3();
+    void doBackButton3();
+    void audioDetectedAlbumEnd();
+    void elaspedTimerFired();
+    void setRecordingGainDb(float gainDb);
+
+    bool applyNormalization() const { return m_applyNormalization; }
+    bool elapsedTimerRunning() const { return _pTimer != nullptr; }
+
+private:
+    CaptureControl& capture;
+    PanelViews& views;
+    Alerts& alerts;
+    PanelMachine& machine;
+    RecordingSequence sequence;
+    std::unique_ptr<QTimer> _pTimer;
+    bool m_applyNormalization = false;
+    bool m_applyClickRemoval = false;
+};
+
+} // namespace waxline::app
