@@ -1,0 +1,220 @@
+#include "app/AppDelegate.h"
+#include "app/CaptureCalls.h"
+#include "support/FakeAlerts.h"
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+#include "ui/panels/CustomView.h"
+#include "ui/widgets/SKShapedButton.h"
+#include "ui/window/CustomWindow.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using waxline::app::AppDelegate;
+using waxline::test::besidesMonitor;
+using waxline::test::count;
+using waxline::test::FakeAlerts;
+using waxline::test::FakeCapture;
+using waxline::test::TempDir;
+
+struct App {
+    TempDir folder;
+    TempDir music;
+    FakeCapture capture = waxline::test::captureIn(folder.path());
+    FakeAlerts alerts;
+    waxline::ui::CustomWindow window;
+    AppDelegate controller{capture, window, alerts, music.file("Music")};
+    std::vector<QUrl> opened;
+
+    App() {
+        controller.openUrl = [this](const QUrl& url) {
+            opened.push_back(url);
+            return true;
+        };
+        controller.awakeFromNib();
+        window.show();
+    }
+    unsigned shown() { return controller.tabs().selectedPanel(); }
+    waxline::ui::CustomView* view() { return controller.tabs().view(shown()); }
+    // Presses the shown panel's button that carries `action`, as a click does.
+    void press(const char* action) {
+        waxline::ui::CustomView* v = view();
+        ASSERT_TRUE(v) << "panel " << shown();
+        for (auto* button : v->findChildren<waxline::ui::SKShapedButton*>())
+            if (button->property("action").toString() == QLatin1String(action)) {
+                ASSERT_TRUE(button->isVisible()) << action;
+                button->click();
+                return;
+            }
+        FAIL() << "panel " << shown() << " has no button for " << action;
+    }
+    void type(int tag, const QString& text) {
+        auto field = qobject_cast<QLineEdit*>(view()->viewWithTag(tag));
+        ASSERT_TRUE(field) << tag;
+        field->selectAll();
+        QTest::keyClicks(field, text);
+    }
+};
+
+TEST(AppDelegate, StartUpMakesTwelveItemsLoadsThreePanelsAndShowsPanelOne) {
+    App app;
+    waxline::app::PanelTabs& tabs = app.controller.tabs();
+    EXPECT_EQ(tabs.numberOfTabItems(), 12);
+    EXPECT_EQ(tabs.label(3), "Tab3");
+    EXPECT_EQ(tabs.label(10), "Tab10");
+    EXPECT_EQ(tabs.label(11), "SelectDevice");
+    EXPECT_EQ(tabs.label(12), "SelectTape");
+    for (unsigned n = 2; n <= 12; ++n)
+        EXPECT_EQ(tabs.view(n) != nullptr, n == 6 || n == 11 || n == 12) << n;
+    EXPECT_EQ(app.shown(), 1u);
+    ASSERT_TRUE(tabs.view(1));
+    EXPECT_EQ(app.window.contentView(), tabs.view(1));
+    EXPECT_EQ(app.capture.delegate, &app.controller);
+    EXPECT_TRUE(app.alerts.shown.empty());
+}
+
+TEST(AppDelegate, CloseAsksAndOnlyYesStopsAndEmptiesTheFolder) {
+    for (bool yes : {false, true}) {
+        SCOPED_TRACE(yes);
+        App app;
+        std::ofstream(app.folder.file("WXRTTmpFile.1.wav")) << "a track";
+        app.alerts.answers = {yes};
+        app.press("doCloseButton:");
+        ASSERT_EQ(app.alerts.shown.size(), 1u);
+        EXPECT_EQ(app.alerts.shown[0].title, "IDS_CANCEL_RECORDING");
+        EXPECT_EQ(app.alerts.shown[0].text, "");
+        EXPECT_EQ(app.alerts.shown[0].button, "IDS_YES|IDS_NO");
+        EXPECT_EQ(count(app.capture, "stopRecording"), yes ? 1 : 0);
+        EXPECT_EQ(fs::is_empty(app.folder.path()), yes);
+        EXPECT_EQ(app.window.isVisible(), !yes);
+    }
+}
+
+TEST(AppDelegate, TheWindowManagersCloseAndCtrlQAskToo) {
+    App app;
+    app.alerts.answers = {false, false, true};
+    app.window.close();
+    EXPECT_TRUE(app.window.isVisible());
+    app.window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&app.window));
+    QTest::keyClick(app.view(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_TRUE(app.window.isVisible());
+    EXPECT_EQ(app.alerts.shown.size(), 2u);
+    app.window.close();
+    EXPECT_FALSE(app.window.isVisible());
+    EXPECT_EQ(app.alerts.shown.size(), 3u);
+    EXPECT_EQ(count(app.capture, "stopRecording"), 1);
+}
+
+TEST(AppDelegate, HelpOpensTheBundledPageFromAFile) {
+    App app;
+    app.press("showHelp:");
+    ASSERT_EQ(app.opened.size(), 1u);
+    ASSERT_TRUE(app.opened[0].isLocalFile());
+    std::ifstream page(app.opened[0].toLocalFile().toStdString());
+    const std::string html((std::istreambuf_iterator<char>(page)), {});
+    EXPECT_NE(html.find("<html"), std::string::npos);
+    EXPECT_NE(html.find("id=\"connect\""), std::string::npos);
+}
+
+TEST(AppDelegate, OneTrackByTheButtonsFromPanelOneToPanelSix) {
+    App app;
+    app.capture.turntableOrTape = true;
+    app.capture.detectionCodes = {1};
+    app.press("doNextButton1:");
+    ASSERT_EQ(app.shown(), 11u);
+    app.press("doNextButtonSelectDevice:"); // the turntable is chosen at first
+    ASSERT_EQ(app.shown(), 2u);
+    EXPECT_EQ(count(app.capture, "setRIAAFilter"), 1);
+    app.press("doRecordButton:");
+    ASSERT_EQ(app.shown(), 3u);
+    EXPECT_EQ(app.capture.tracks, 1);
+    ASSERT_TRUE(waxline::test::writeToneWav(app.capture.fileNameForTrack(1), 0.5, 0.3));
+    app.press("doNextButton3:");
+    ASSERT_EQ(app.shown(), 4u);
+    app.type(10, QStringLiteral("Artist"));
+    app.type(11, QStringLiteral("Album"));
+    app.type(12, QStringLiteral("Title"));
+    app.press("doNextButton4:");
+    EXPECT_EQ(app.shown(), 5u);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return app.shown() == 6u; }, 60000));
+    EXPECT_EQ(waxline::test::filesBelow(app.music.file("Music")),
+              std::vector<std::string>{"Artist/Album/01 Title.mp3"});
+    EXPECT_EQ(count(app.capture, "startPlayThru"), 2) << "panels 2 and 3";
+    EXPECT_TRUE(app.alerts.shown.empty());
+}
+
+TEST(AppDelegate, RecordPressedWhileAnExportRunsWaitsForItBeforeEmptyingTheFolder) {
+    App app;
+    app.capture.turntableOrTape = false;
+    app.capture.detectionCodes = {1};
+    app.press("doNextButton1:");
+    ASSERT_EQ(app.shown(), 2u);
+    app.press("doRecordButton:");
+    app.capture.tracks = 3;
+    for (int i = 1; i <= 3; ++i)
+        ASSERT_TRUE(waxline::test::writeToneWav(app.capture.fileNameForTrack(i), 2.0, 0.3));
+    app.press("doNextButton3:");
+    ASSERT_EQ(app.shown(), 7u);
+    app.type(51, QStringLiteral("Busy"));
+    app.type(52, QStringLiteral("Export"));
+    app.press("doNextButton7:");
+    ASSERT_EQ(app.shown(), 5u);
+    // Done, then Yes and Record at once, while the tracks are still being encoded.
+    app.press("doNextButton5:");
+    app.press("doNextButton6:");
+    ASSERT_EQ(app.shown(), 2u);
+    app.press("doRecordButton:");
+    EXPECT_EQ(app.shown(), 3u);
+    EXPECT_EQ(waxline::test::filesBelow(app.music.file("Music")).size(), 3u);
+    QTest::qWait(700);
+    EXPECT_EQ(app.shown(), 3u) << "the finished export moves no panel any more";
+}
+
+TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
+    using waxline::RecordingStopReason;
+    struct Row {
+        RecordingStopReason reason;
+        const char* key;
+        int arguments;
+    };
+    const std::vector<Row> table = {
+        {RecordingStopReason::DeviceGone, "IDS_STOP_DEVICE_GONE", 0},
+        {RecordingStopReason::DiskFull, "IDS_STOP_DISK_FULL", 1},
+        {RecordingStopReason::FolderGone, "IDS_STOP_FOLDER_GONE", 1},
+        {RecordingStopReason::WriteFailed, "IDS_STOP_WRITE_FAILED", 2},
+        {RecordingStopReason::FileNotCreated, "IDS_STOP_WRITE_FAILED", 2},
+    };
+    for (const Row& row : table) {
+        SCOPED_TRACE(row.key);
+        App app;
+        app.capture.detectionCodes = {1};
+        app.press("doNextButton1:");
+        app.press("doRecordButton:");
+        ASSERT_EQ(app.shown(), 3u);
+        const std::string file = app.capture.fileNameForTrack(1);
+        app.capture.endRecording({row.reason, file, "No space left on device"});
+        ASSERT_EQ(app.alerts.shown.size(), 1u);
+        EXPECT_EQ(app.alerts.shown[0].text, row.key);
+        ASSERT_EQ(app.alerts.shown[0].arguments.size(), row.arguments);
+        if (row.arguments == 1) {
+            EXPECT_EQ(app.alerts.shown[0].arguments[0].toStdString(), app.folder.path());
+        }
+        if (row.arguments == 2) {
+            EXPECT_EQ(app.alerts.shown[0].arguments,
+                      (QStringList{QString::fromStdString(file), "No space left on device"}));
+        }
+        EXPECT_EQ(app.shown(), 4u) << "the track recorded so far is named";
+    }
+}
+
+} // namespace

@@ -1,0 +1,185 @@
+#include "app/ExportDriver.h"
+#include "app/CaptureCalls.h"
+#include "app/FakePanelViews.h"
+#include "support/FakeAlerts.h"
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using waxline::app::ExportDriver;
+using waxline::test::besidesMonitor;
+using waxline::test::count;
+using waxline::test::FakeAlerts;
+using waxline::test::FakeCapture;
+using waxline::test::FakePanelViews;
+using waxline::test::TempDir;
+
+// A catalogue of our own, so that the texts are seen to come from the lookup.
+std::string testText(const std::string& key) {
+    if (key == "IDS_UNKNOWN_TRACK")
+        return "Stück %1";
+    if (key == "IDS_UNKNOWN_ARTIST")
+        return "Niemand";
+    if (key == "IDS_UNKNOWN_ALBUM")
+        return "Ohne Titel";
+    return key;
+}
+
+struct Exporter {
+    TempDir folder;
+    TempDir music;
+    std::string library = music.file("Music");
+    FakeCapture capture = waxline::test::captureIn(folder.path());
+    FakePanelViews views;
+    FakeAlerts alerts;
+    std::vector<unsigned> panels;
+    ExportDriver driver{capture,  views,  alerts, [this](unsigned n) { panels.push_back(n); },
+                        testText, library};
+
+    // A side of `tracks` short tracks, as the recorder leaves it.
+    void record(int tracks) {
+        for (const auto& entry : fs::directory_iterator(folder.path()))
+            fs::remove_all(entry.path());
+        for (int i = 1; i <= tracks; ++i)
+            ASSERT_TRUE(waxline::test::writeToneWav(capture.fileNameForTrack(i), 0.5 + 0.1 * i, 0.3,
+                                                    220.0 * i));
+        capture.tracks = tracks;
+    }
+    void name(const QString& artist, const QString& album, const std::vector<QString>& titles) {
+        if (titles.size() == 1) {
+            views.texts[{4, 10}] = artist;
+            views.texts[{4, 11}] = album;
+            views.texts[{4, 12}] = titles[0];
+            return;
+        }
+        views.texts[{7, 51}] = artist;
+        views.texts[{7, 52}] = album;
+        for (size_t i = 0; i < titles.size(); ++i) {
+            const int track = int(i) + 1;
+            const unsigned panel = track <= 10 ? 7 : track <= 20 ? 8 : track <= 30 ? 9 : 10;
+            views.texts[{panel, track + 60}] = titles[i];
+        }
+    }
+    // Starts the export as Next does and waits for the poll to move on.
+    bool exportAndWait() {
+        const size_t before = panels.size();
+        driver.processAudioFiles();
+        return QTest::qWaitFor([&] { return panels.size() > before; }, 60000);
+    }
+    std::vector<std::string> libraryFiles() const {
+        return fs::exists(library) ? waxline::test::filesBelow(library)
+                                   : std::vector<std::string>{};
+    }
+};
+
+TEST(ExportDriver, OneTrackIsNamedFromPanelFourAndTheRunEndsOnPanelSix) {
+    Exporter e;
+    e.record(1);
+    e.name("Solo", "Single", {"Only Song"});
+    e.views.texts[{7, 51}] = "not this";
+    ASSERT_TRUE(e.exportAndWait());
+    EXPECT_EQ(e.panels, std::vector<unsigned>{6});
+    EXPECT_EQ(e.libraryFiles(), std::vector<std::string>{"Solo/Single/01 Only Song.mp3"});
+    const auto tags = waxline::test::probeTags(e.library + "/Solo/Single/01 Only Song.mp3");
+    EXPECT_EQ(tags.at("artist"), "Solo");
+    EXPECT_EQ(tags.at("album"), "Single");
+    EXPECT_EQ(tags.at("title"), "Only Song");
+    EXPECT_EQ(tags.at("track"), "1");
+    EXPECT_TRUE(e.alerts.shown.empty());
+}
+
+TEST(ExportDriver, SeveralTracksAreNamedFromPanelsSevenToTenWithProgressToTheEnd) {
+    Exporter e;
+    e.record(12);
+    std::vector<QString> titles;
+    for (int i = 1; i <= 12; ++i)
+        titles.push_back(QStringLiteral("Song %1").arg(i));
+    titles[10].clear(); // track 11 left unnamed on panel 8
+    e.name("Band", "Long Player", titles);
+    ASSERT_TRUE(e.exportAndWait());
+
+    std::vector<std::string> expected;
+    for (int i = 1; i <= 12; ++i)
+        expected.push_back(
+            "Band/Long Player/" + std::string(i < 10 ? "0" : "") + std::to_string(i) + " " +
+            (i == 11 ? std::string("Stück 11") : "Song " + std::to_string(i)) + ".mp3");
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(e.libraryFiles(), expected);
+
+    EXPECT_EQ(e.views.progressMaximum, 12);
+    ASSERT_FALSE(e.views.progress.empty());
+    EXPECT_EQ(e.views.progress.front(), 0);
+    EXPECT_EQ(e.views.progress.back(), 12);
+    EXPECT_TRUE(std::is_sorted(e.views.progress.begin(), e.views.progress.end()));
+    EXPECT_FALSE(e.views.busy);
+    EXPECT_EQ(count(e.capture, "resetTrackCounter"), 1);
+    EXPECT_EQ(e.capture.tracks, 0);
+}
+
+TEST(ExportDriver, NumberingGoesOnUnderTheSameNamesAndRestartsForANewAlbum) {
+    Exporter e;
+    e.record(2);
+    e.name("A", "B", {"one", "two"});
+    ASSERT_TRUE(e.exportAndWait());
+    e.record(3);
+    e.name("A", "B", {"three", "four", "five"});
+    ASSERT_TRUE(e.exportAndWait());
+    // A third side numbers on from the second side's own count (3), not from 5.
+    e.record(2);
+    e.name("A", "B", {"six", "seven"});
+    ASSERT_TRUE(e.exportAndWait());
+    e.record(2);
+    e.name("A", "C", {"first", "second"});
+    ASSERT_TRUE(e.exportAndWait());
+    EXPECT_EQ(e.libraryFiles(), (std::vector<std::string>{
+                                    "A/B/01 one.mp3", "A/B/02 two.mp3", "A/B/03 three.mp3",
+                                    "A/B/04 four.mp3", "A/B/04 six.mp3", "A/B/05 five.mp3",
+                                    "A/B/05 seven.mp3", "A/C/01 first.mp3", "A/C/02 second.mp3"}));
+    EXPECT_EQ(e.panels, (std::vector<unsigned>{6, 6, 6, 6}));
+}
+
+TEST(ExportDriver, MissingArtistAndAlbumComeFromTheCatalogue) {
+    Exporter e;
+    e.record(2);
+    e.name("", "", {"", "Named"});
+    ASSERT_TRUE(e.exportAndWait());
+    EXPECT_EQ(e.libraryFiles(), (std::vector<std::string>{"Niemand/Ohne Titel/01 Stück 1.mp3",
+                                                          "Niemand/Ohne Titel/02 Named.mp3"}));
+    const auto tags = waxline::test::probeTags(e.library + "/Niemand/Ohne Titel/01 Stück 1.mp3");
+    EXPECT_EQ(tags.at("artist"), "Niemand");
+    // The tag writer stores each UTF-8 byte as one Latin-1 character, as it always has.
+    EXPECT_EQ(tags.at("title"), waxline::test::latin1BytesAsUtf8("Stück 1"));
+}
+
+TEST(ExportDriver, AnUnwritableLibraryShowsTheAlertAndIsAskedAgain) {
+    Exporter e;
+    // A file where the music folder should be: no folder can be made there.
+    std::ofstream(e.library) << "in the way";
+    e.alerts.onAlert = [&] {
+        fs::remove(e.library);
+        fs::create_directory(e.library);
+    };
+    e.record(1);
+    e.name("X", "Y", {"Z"});
+    testing::internal::CaptureStderr();
+    ASSERT_TRUE(e.exportAndWait());
+    const std::string log = testing::internal::GetCapturedStderr();
+    ASSERT_EQ(e.alerts.shown.size(), 1u);
+    EXPECT_EQ(e.alerts.shown[0].title, "IDS_WARNING");
+    EXPECT_EQ(e.alerts.shown[0].text, "IDS_ITUNES_ERROR");
+    EXPECT_NE(log.find("SimpleRunAppleScript err = -1753\n"), std::string::npos) << log;
+    EXPECT_EQ(e.libraryFiles(), std::vector<std::string>{"X/Y/01 Z.mp3"});
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+#include "app/RecordingControl.h"
+#include "app/CaptureCalls.h"
+#include "app/FakePanelViews.h"
+#include "app/PanelMachine.h"
+#include "support/FakeAlerts.h"
+#include "support/Signals.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using waxline::app::elapsedText;
+using waxline::app::PanelMachine;
+using waxline::app::RecordingControl;
+using waxline::test::besidesMonitor;
+using waxline::test::count;
+using waxline::test::FakeAlerts;
+using waxline::test::FakeCapture;
+using waxline::test::FakePanelViews;
+using waxline::test::TempDir;
+
+struct Recorder {
+    TempDir folder;
+    FakeCapture capture = waxline::test::captureIn(folder.path());
+    FakePanelViews views;
+    FakeAlerts alerts;
+    PanelMachine machine{capture, views, alerts};
+    RecordingControl control{capture, views, alerts, machine};
+};
+
+TEST(RecordingControl, RecordEmptiesTheFolderThenStartsTrackOneOnPanelThree) {
+    for (bool split : {false, true}) {
+        SCOPED_TRACE(split);
+        Recorder r;
+        std::ofstream(r.folder.file("WXRTTmpFile.1.wav")) << "an older recording";
+        std::filesystem::create_directory(r.folder.file("leftover"));
+        r.machine.setPanel(2);
+        r.machine.startMetering(2);
+        r.capture.tracks = 7; // the last side's count
+        r.capture.calls.clear();
+        r.views.split = split;
+
+        r.control.doRecordButton(false, false);
+
+        EXPECT_TRUE(std::filesystem::is_empty(r.folder.path()));
+        EXPECT_EQ(besidesMonitor(r.capture),
+                  (std::vector<std::string>{"resetTrackCounter",
+                                            split ? "setAutomaticTrackSplit(true)"
+                                                  : "setAutomaticTrackSplit(false)",
+                                            "newTrack"}));
+        EXPECT_EQ(count(r.capture, "startPlayThru"), 1) << "panel 3 keeps the monitor on";
+        EXPECT_EQ(count(r.capture, "stopPlayThru"), 0);
+        EXPECT_EQ(r.views.shown, 3u);
+        EXPECT_EQ(r.views.splitButtonVisible, !split) << "automatic split hides New Track";
+        EXPECT_EQ(r.views.metersStarted, (std::vector<unsigned>{2, 3}));
+        EXPECT_EQ(r.capture.tracks, 1);
+        EXPECT_TRUE(r.control.elapsedTimerRunning());
+        EXPECT_EQ(r.views.texts.at({3, 22}), "1");
+        EXPECT_EQ(r.views.texts.at({3, 21}), "00:00:00");
+    }
+}
+
+TEST(RecordingControl, WithoutARunningMeterPanelThreeGetsNone) {
+    Recorder r;
+    r.machine.setPanel(2);
+    r.control.doRecordButton(false, false);
+    EXPECT_TRUE(r.views.metersStarted.empty());
+    EXPECT_FALSE(r.machine.meterRunning());
+}
+
+TEST(RecordingControl, NewTrackWarnsAtThirtyNineAndStopsAtForty) {
+    struct Row {
+        int tracks;
+        const char* alert;
+        int tracksAfter;
+        bool stopped;
+        std::vector<unsigned> panels;
+    };
+    const std::vector<Row> table = {
+        {5, "", 6, false, {}},
+        {38, "", 39, false, {}},
+        {39, "IDS_LASTTRACK", 40, false, {}},
+        {40, "IDS_LIMIT", 40, true, {7}},
+    };
+    for (const Row& row : table) {
+        SCOPED_TRACE(row.tracks);
+        Recorder r;
+        r.views.shown = 3;
+        r.capture.tracks = row.tracks;
+        r.control.doNewTrackButton();
+        if (*row.alert) {
+            ASSERT_EQ(r.alerts.shown.size(), 1u);
+            EXPECT_EQ(r.alerts.shown[0].title, "IDS_WARNING");
+            EXPECT_EQ(r.alerts.shown[0].text, row.alert);
+        } else {
+            EXPECT_TRUE(r.alerts.shown.empty());
+        }
+        EXPECT_EQ(r.capture.tracks, row.tracksAfter);
+        EXPECT_EQ(count(r.capture, "stopRecording"), row.stopped ? 1 : 0);
+        EXPECT_EQ(count(r.capture, "newTrack"), row.stopped ? 0 : 1);
+        EXPECT_EQ(r.views.switches, row.panels);
+        EXPECT_EQ(r.control.elapsedTimerRunning(), !row.stopped);
+    }
+}
+
+TEST(RecordingControl, AlbumEndStopsWithTracksAndGoesBackWithout) {
+    struct Row {
+        int tracks;
+        unsigned panel;
+        bool stopped;
+    };
+    for (const Row& row : {Row{0, 2, false}, Row{1, 4, true}, Row{3, 7, true}}) {
+        SCOPED_TRACE(row.tracks);
+        Recorder r;
+        r.views.shown = 3;
+        r.machine.startMetering(3);
+        r.capture.tracks = row.tracks;
+        r.control.audioDetectedAlbumEnd();
+        EXPECT_EQ(r.views.switches, std::vector<unsigned>{row.panel});
+        EXPECT_EQ(count(r.capture, "stopRecording"), row.stopped ? 1 : 0);
+        EXPECT_EQ(r.machine.meterRunning(), !row.stopped) << "Back moves the meter to panel 2";
+    }
+}
+
+TEST(RecordingControl, ElapsedTimeIsTheCurrentTracksLengthRoundedInSinglePrecision) {
+    struct Row {
+        uint64_t nanos;
+        const char* shown;
+    };
+    const std::vector<Row> table = {
+        {0, "00:00:00"},
+        {3'725'400'000'000, "01:02:05"},
+        {59'400'000'000, "00:00:59"},
+        {59'500'000'000, "00:01:00"},
+        {7'199'000'000'000, "01:59:59"},
+        // The hours round up before the rest does: 3,599.6 s is 1 h and -0.4 s, shown as 0.
+        {3'599'600'000'000, "01:00:00"},
+        {36'000'000'000'000 + 61'000'000'000, "10:01:01"},
+    };
+    for (const Row& row : table)
+        EXPECT_EQ(elapsedText(row.nanos), row.shown) << row.nanos;
+
+    Recorder r;
+    r.capture.tracks = 12;
+    r.capture.trackLengthNanos = 3'725'400'000'000;
+    r.control.elaspedTimerFired();
+    EXPECT_EQ(r.views.texts.at({3, 21}), "01:02:05");
+    EXPECT_EQ(r.views.texts.at({3, 22}), "12");
+}
+
+TEST(RecordingControl, StopEndsTheClockAndTheMeter) {
+    Recorder r;
+    r.machine.setPanel(2);
+    r.machine.startMetering(2);
+    r.control.doRecordButton(false, false);
+    r.control.doNewTrackButton();
+    r.control.doNextButton3();
+    EXPECT_FALSE(r.control.elapsedTimerRunning());
+    EXPECT_FALSE(r.machine.meterRunning());
+    EXPECT_EQ(r.views.metersStopped, std::vector<unsigned>{3});
+    EXPECT_EQ(r.views.shown, 7u);
+    EXPECT_EQ(count(r.capture, "stopPlayThru"), 1);
+}
+
+TEST(RecordingControl, BackFromPanelThreeKeepsRecording) {
+    Recorder r;
+    r.machine.setPanel(2);
+    r.machine.startMetering(2);
+    r.control.doRecordButton(false, false);
+    r.control.doBackButton3();
+    EXPECT_EQ(r.views.shown, 2u);
+    EXPECT_EQ(count(r.capture, "stopRecording"), 0);
+    EXPECT_TRUE(r.control.elapsedTimerRunning());
+    EXPECT_EQ(r.views.metersStarted, (std::vector<unsigned>{2, 3, 2}));
+}
+
+TEST(RecordingControl, GainAndOptionsPassUnchanged) {
+    for (float gain : {2.3f, -7.5f, 0.1f, 12.0f}) {
+        Recorder r;
+        r.control.setRecordingGainDb(gain);
+        EXPECT_EQ(r.capture.gainDb, gain);
+    }
+    Recorder r;
+    r.control.doRecordButton(true, false);
+    EXPECT_TRUE(r.control.applyNormalization());
+    r.control.doRecordButton(false, true);
+    EXPECT_FALSE(r.control.applyNormalization());
+}
+
+} // namespace
