@@ -14,6 +14,7 @@
 
 #include <cerrno>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -324,6 +325,9 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
     mFileSampleRate = rate;
 
     auto engine = std::make_unique<RecorderEngine>(*mPlatform.audio, mInputDeviceID);
+    if (mTimeLimitSeconds > 0)
+        engine->setFrameLimit(
+            std::max<uint64_t>(1, static_cast<uint64_t>(std::llround(mTimeLimitSeconds * rate))));
     TrackFileError error;
     if (!engine->beginFile(path, rate, m_gainDb, error)) {
         std::fprintf(stderr, "cannot create %s: %s\n", error.path.c_str(), error.text.c_str());

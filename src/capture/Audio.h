@@ -88,6 +88,9 @@ public:
     RecorderEngine::Counters recorderCounters() const;
     // Frames recorded into the current track file (audio time, unlike currentTrackLengthNanos).
     double currentTrackSeconds() const;
+    // Recordings started from now on take at most this many seconds of audio in all (0: no
+    // limit), counted at the files' rate, however fast the input delivers.
+    void setRecordingTimeLimit(double seconds) { mTimeLimitSeconds = seconds; }
     // The rate the track files are written at (the two-step rule of newRecorderEngine).
     double fileSampleRate() const { return mFileSampleRate; }
     // Handles what the audio and writer threads flagged; the poll timer calls it, tests may too.
@@ -123,6 +126,7 @@ private:
     AudioDelegate* mDelegate = nullptr;
     std::string _outputFolderPathBase;
     double mFileSampleRate = 0;
+    double mTimeLimitSeconds = 0;
     RecorderEngine::Counters mLastCounters; // of the last recording, once stopped
 
     // Cross-thread flags, raised by the audio, writer and platform threads, handled by the poll.

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <vector>
@@ -52,6 +53,12 @@ struct EventLog : GapDetector::Listener {
     void AlbumEnded() override { events.emplace_back(now(), "album ended"); }
 };
 
+// Whether two names lead to one file: the same name, a symbolic or a hard link.
+bool sameFile(const std::string& a, const std::string& b) {
+    std::error_code ec;
+    return std::filesystem::equivalent(a, b, ec) && !ec;
+}
+
 struct SoundFileCloser {
     void operator()(SNDFILE* f) const { sf_close(f); }
 };
@@ -68,6 +75,13 @@ int analyseCommand(Arguments& args) {
     if (files.size() != 1)
         throw UsageError("name one WAV file to analyse");
     const std::string& path = files.front();
+    if (outputPath && sameFile(path, *outputPath)) {
+        std::fprintf(stderr,
+                     "waxline-cli analyse: --output %s is the input file itself; writing it "
+                     "would destroy what is read, so name another file\n",
+                     outputPath->c_str());
+        return 2;
+    }
 
     SF_INFO info{};
     SoundFile in(sf_open(path.c_str(), SFM_READ, &info));

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include <cerrno>
+#include <cmath>
 #include <cstdlib>
 
 namespace waxline::cli {
@@ -52,8 +53,8 @@ std::optional<long long> Arguments::integerOption(const std::string& name, long 
     char* end = nullptr;
     const long long value = std::strtoll(text->c_str(), &end, 10);
     if (text->empty() || *end != '\0' || errno != 0 || value < min || value > max)
-        throw UsageError(name + " takes a whole number from " + std::to_string(min) + " to " +
-                         std::to_string(max) + ", not '" + *text + "'");
+        throw BadValue(name + " takes a whole number from " + std::to_string(min) + " to " +
+                       std::to_string(max) + ", not '" + *text + "'");
     return value;
 }
 
@@ -63,8 +64,8 @@ std::optional<double> Arguments::numberOption(const std::string& name) {
         return std::nullopt;
     char* end = nullptr;
     const double value = std::strtod(text->c_str(), &end);
-    if (text->empty() || *end != '\0')
-        throw UsageError(name + " takes a number, not '" + *text + "'");
+    if (text->empty() || *end != '\0' || !std::isfinite(value))
+        throw BadValue(name + " takes a finite number, not '" + *text + "'");
     return value;
 }
 

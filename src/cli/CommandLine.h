@@ -12,6 +12,11 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A value the command cannot use: shown as one line, without the usage, exit status 2.
+struct BadValue : UsageError {
+    using UsageError::UsageError;
+};
+
 // The arguments of one command. Options ("--name value", "--name=value" or a bare flag) are
 // taken out as they are asked for; what remains are the positional arguments.
 class Arguments {
@@ -24,6 +29,7 @@ public:
     // Every value of an option that may be repeated, in order.
     std::vector<std::string> options(const std::string& name);
     std::optional<long long> integerOption(const std::string& name, long long min, long long max);
+    // A finite number; NaN and infinities are refused as they are never meant.
     std::optional<double> numberOption(const std::string& name);
 
     // The positional arguments; fails on any option that no one asked for.

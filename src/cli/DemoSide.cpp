@@ -37,6 +37,8 @@ DemoSideGenerator::DemoSideGenerator(const DemoSideOptions& options)
                (static_cast<uint64_t>(options.seed) * 0xD1B54A32D192ED03ull)) {
     if (options.tracks < (options.realistic ? 0 : 1) || options.tracks > 40)
         throw std::invalid_argument("the number of tracks must be from 1 to 40");
+    if (!(options.lengthSeconds >= 0 && options.lengthSeconds <= kMaxDemoSideSeconds))
+        throw std::invalid_argument("the side's length must be from 0 (automatic) to 4 hours");
     if (options.sampleRate < 8000)
         throw std::invalid_argument("the sample rate is too low");
     sideLayout.sampleRate = options.sampleRate;

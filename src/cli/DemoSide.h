@@ -42,6 +42,9 @@ struct DemoSideRealism {
     double maxGapSeconds = 5.0;
 };
 
+// The longest side the generator makes: far beyond any record or cassette side.
+constexpr double kMaxDemoSideSeconds = 4 * 3600;
+
 struct DemoSideOptions {
     int tracks = 5; // realistic sides: 0 takes 3 to 14 from the seed
     uint32_t seed = 1;

@@ -59,7 +59,14 @@ int devicesCommand(Arguments& args) {
         static char* argv[] = {name, nullptr};
         app = std::make_unique<QCoreApplication>(argc, argv);
     }
-    platform::Platform platform = platform::openPlatform(setup);
+    platform::Platform platform;
+    try {
+        platform = platform::openPlatform(setup);
+    } catch (const std::exception& e) {
+        // A virtual device that cannot be made is a bad value, as in record.
+        std::fprintf(stderr, "waxline-cli devices: %s\n", e.what());
+        return 2;
+    }
 
     std::printf("USB devices:\n");
     const auto usb = platform.usb->devices();

@@ -16,7 +16,13 @@ int makeDemoSideCommand(Arguments& args) {
     options.tracks =
         static_cast<int>(args.integerOption("--tracks", 1, 40).value_or(options.realistic ? 0 : 5));
     options.seed = static_cast<uint32_t>(args.integerOption("--seed", 0, 4294967295LL).value_or(1));
-    options.lengthSeconds = args.numberOption("--length").value_or(0);
+    if (const auto length = args.numberOption("--length")) {
+        // 0 is the option left out; given, it must make a side no deck would refuse to play.
+        if (*length <= 0 || *length > kMaxDemoSideSeconds)
+            throw BadValue("--length takes seconds above 0 and up to " +
+                           std::to_string(static_cast<int>(kMaxDemoSideSeconds)) + " (4 hours)");
+        options.lengthSeconds = *length;
+    }
     const auto files = args.positional();
     if (files.size() != 1)
         throw UsageError("name one output file");
@@ -26,7 +32,7 @@ int makeDemoSideCommand(Arguments& args) {
     try {
         generator.emplace(options);
     } catch (const std::invalid_argument& e) {
-        throw UsageError(e.what());
+        throw BadValue(e.what());
     }
 
     SF_INFO info{};

@@ -17,11 +17,11 @@ RecordOptions recordOptionsFrom(Arguments& args) {
     options.automaticSplit = split == "auto";
     const double gain = args.numberOption("--gain").value_or(0);
     if (gain < -60 || gain > 40)
-        throw UsageError("--gain must lie between -60 and 40 dB");
+        throw BadValue("--gain must lie between -60 and 40 dB");
     options.gainDb = static_cast<float>(gain);
     options.maxSeconds = args.numberOption("--max-seconds").value_or(0);
     if (options.maxSeconds < 0)
-        throw UsageError("--max-seconds must not be negative");
+        throw BadValue("--max-seconds must not be negative");
     options.exportDir = args.option("--export-dir").value_or("");
     return options;
 }

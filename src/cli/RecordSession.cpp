@@ -211,6 +211,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
 
     // The ready panel: monitoring at the chosen gain. Then Record.
     audio.setGainDb(options.gainDb);
+    audio.setRecordingTimeLimit(options.maxSeconds);
     audio.startPlayThru();
     RecordingSequence sequence(audio, removeOldTrackFiles);
     sequence.prepare(options.automaticSplit);
@@ -245,8 +246,8 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         }
         const auto counters = audio.recorderCounters();
         if (options.maxSeconds > 0 && audio.recording() &&
-            static_cast<double>(counters.capturedFrames) >=
-                options.maxSeconds * audio.fileSampleRate()) {
+            counters.capturedFrames >=
+                static_cast<uint64_t>(std::llround(options.maxSeconds * audio.fileSampleRate()))) {
             sequence.stop();
             result.endedBy = "time limit";
         }

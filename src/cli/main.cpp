@@ -10,32 +10,73 @@ struct Command {
     const char* name;
     int (*run)(waxline::cli::Arguments&);
     const char* usage;
+    const char* help; // what the command does and what each option means
 };
 
 const Command kCommands[] = {
     {"analyse", waxline::cli::analyseCommand,
-     "analyse FILE.wav [--preset none|riaa|chrome|brightspin] [--output OUT.wav] [--tracks]"},
+     "analyse FILE.wav [--preset none|riaa|chrome|brightspin] [--output OUT.wav] [--tracks]",
+     "Runs a stereo WAV through the live input chain and prints the gap detector's events.\n"
+     "  --preset P       equalisation: none (default), riaa, chrome or brightspin\n"
+     "  --output OUT.wav writes the equalised stream (never the input file itself)\n"
+     "  --tracks         lists the tracks the offline track finder proposes\n"
+     "  --timing         prints how fast the chain ran\n"},
     {"make-demo-side", waxline::cli::makeDemoSideCommand,
-     "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS] [--realistic]"},
+     "make-demo-side OUT.wav [--tracks N] [--seed S] [--length SECONDS] [--realistic]",
+     "Writes a synthetic record side: music-like passages, gaps of surface noise, a run-out.\n"
+     "  --tracks N       1 to 40 tracks (default 5)\n"
+     "  --seed S         the side's random seed (default 1)\n"
+     "  --length SECONDS the whole side's length, up to 4 hours (default: 46 to 80 s a track)\n"
+     "  --realistic      fades, quiet passages, hum, rumble and crackle bursts, as real sides\n"
+     "                   have; without --tracks it takes 3 to 14 tracks from the seed\n"},
     {"devices", waxline::cli::devicesCommand,
-     "devices [--virtual-device SETUP] [--latency [--input INPUT]]"},
+     "devices [--virtual-device SETUP] [--latency [--input INPUT]]",
+     "Lists the USB devices, audio inputs and outputs, and what detection finds.\n"
+     "  --latency        measures the monitor's latency on the detected (or named) input\n"
+     "  --input INPUT    an input by id, server name or shown name\n"},
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
-     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR]"},
+     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR]",
+     "Records one side into the export folder, a WAV per track.\n"
+     "  --input INPUT    record this input instead of the detected USB device\n"
+     "  --preset P       equalisation: auto (by device), none, riaa, chrome or brightspin\n"
+     "  --split auto|off split at the gaps (default) or record one track\n"
+     "  --gain DB        file gain from -60 to 40 dB\n"
+     "  --max-seconds N  stop after N seconds of recorded audio\n"
+     "  --export-dir DIR the folder for the track files\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
-     "[--library DIR] [--jobs N]"},
+     "[--library DIR] [--jobs N]",
+     "Encodes the recorded tracks to MP3, tags them and files them in the music library.\n"
+     "  --artist A --album B   the names (either may be empty: \"\")\n"
+     "  --title T        one per track, in order\n"
+     "  --normalise      raises each track to full level first\n"
+     "  --tracks N       export N tracks instead of the recorded count\n"
+     "  --export-dir DIR the folder holding the track files\n"
+     "  --library DIR    the music library (default: your music folder)\n"
+     "  --jobs N         encodings at once (default: one per core)\n"},
     {"digitize", waxline::cli::digitizeCommand,
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
-     "[--export-dir DIR] [--library DIR] [--jobs N]"},
+     "[--export-dir DIR] [--library DIR] [--jobs N]",
+     "Records one side, then exports it: the options of record and export together.\n"},
 };
+
+const char* const kCommonHelp =
+    "Every command takes --virtual-device SETUP (or $WAXLINE_VIRTUAL_DEVICE) to record from a WAV\n"
+    "played as if by the turntable, and -h or --help.\n";
 
 void printUsage(FILE* to) {
     std::fprintf(to, "Usage: waxline-cli COMMAND [ARGS]\n\nCommands:\n");
     for (const auto& c : kCommands)
         std::fprintf(to, "  waxline-cli %s\n", c.usage);
+    std::fprintf(to, "\n%s'waxline-cli COMMAND --help' explains a command's options.\n",
+                 kCommonHelp);
+}
+
+bool isHelp(const char* arg) {
+    return !std::strcmp(arg, "-h") || !std::strcmp(arg, "--help");
 }
 
 } // namespace
@@ -45,16 +86,26 @@ int main(int argc, char** argv) {
         printUsage(stderr);
         return 2;
     }
-    if (!std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "help")) {
+    if (isHelp(argv[1]) || !std::strcmp(argv[1], "help")) {
         printUsage(stdout);
         return 0;
     }
     for (const auto& c : kCommands) {
         if (std::strcmp(argv[1], c.name) != 0)
             continue;
+        for (int i = 2; i < argc; ++i) {
+            if (isHelp(argv[i])) {
+                std::printf("Usage: waxline-cli %s\n\n%s\n%s", c.usage, c.help, kCommonHelp);
+                return 0;
+            }
+        }
         waxline::cli::Arguments args(std::vector<std::string>(argv + 2, argv + argc));
         try {
             return c.run(args);
+        } catch (const waxline::cli::BadValue& e) {
+            std::fprintf(stderr, "waxline-cli %s: %s (see waxline-cli %s --help)\n", c.name,
+                         e.what(), c.name);
+            return 2;
         } catch (const waxline::cli::UsageError& e) {
             std::fprintf(stderr, "waxline-cli %s: %s\nUsage: waxline-cli %s\n", c.name, e.what(),
                          c.usage);

@@ -143,5 +143,27 @@ TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
     EXPECT_GE(probed, fedAtLeast - 1.0) << "ffprobe: " << probed;
 }
 
+// The time limit counts recorded audio, not the status ticks: a deck running 20 times as fast
+// as real time gives 2 s of audio between two ticks, and none of it may pass the limit.
+TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
+    for (const char* speed : {"1", "20", "max"}) {
+        SCOPED_TRACE(speed);
+        const std::string exports = dir.file(std::string("exports-") + speed);
+        std::string out;
+        ASSERT_EQ(test::runCommand(test::cliPath() + " record --virtual-device " +
+                                       test::shellQuote("file=" + side + ",speed=" + speed) +
+                                       " --export-dir " + test::shellQuote(exports) +
+                                       " --split off --preset none --max-seconds 1.5",
+                                   out),
+                  0)
+            << out;
+        const test::SoundInfo info = test::soundInfo(exports + "/WXRTTmpFile.1.wav");
+        EXPECT_EQ(info.sampleRate, 44100);
+        EXPECT_EQ(info.frames, 66150) << out; // 1.5 s at 44.1 kHz, to the frame
+    }
+}
+
 } // namespace
 } // namespace waxline

@@ -144,6 +144,12 @@ void RecorderEngine::onInput(float* const* channels, uint32_t channelCount, uint
                              int64_t /*sampleTime*/, uint64_t /*hostTime*/) {
     if (channelCount == 0)
         return;
+    if (const uint64_t limit = frameLimit.load(std::memory_order_relaxed)) {
+        const uint64_t taken = capturedFrames.load(std::memory_order_relaxed);
+        if (taken >= limit)
+            return;
+        frames = static_cast<uint32_t>(std::min<uint64_t>(frames, limit - taken));
+    }
     const uint32_t generation = requestedGeneration.load(std::memory_order_acquire);
     if (generation != lastStampedGeneration) {
         // The switch falls exactly between two callbacks: what came before goes to the old file.

@@ -61,6 +61,10 @@ public:
     // Returns false with the error when the file cannot be made; the current file then goes on.
     bool beginFile(const std::string& path, double sampleRate, float gainDb, TrackFileError& error);
 
+    // Takes no more than `frames` frames in all (0: no limit); what arrives after is left out, so
+    // a time limit holds however fast the stream delivers. Set before start.
+    void setFrameLimit(uint64_t frames) { frameLimit.store(frames, std::memory_order_relaxed); }
+
     // Opens and starts the input stream and the writer. False with a reason on failure.
     bool start(std::string& error);
     // Stops the capture, writes out everything captured so far and closes the files.
@@ -118,6 +122,7 @@ private:
     Block pending{};
     uint32_t lastStampedGeneration = 0;
     std::atomic<uint64_t> capturedFrames{0};
+    std::atomic<uint64_t> frameLimit{0};
     std::atomic<uint64_t> droppedBuffers{0};
     std::atomic<uint64_t> droppedFrames{0};
     std::atomic<uint64_t> currentFileFrames{0};

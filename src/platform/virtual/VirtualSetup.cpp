@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -21,6 +22,12 @@ std::string trimmed(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
+std::string shortNumber(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
 double parseNumber(const std::string& item, const std::string& value, double low, double high) {
     const std::string text = trimmed(value);
     char* end = nullptr;
@@ -29,7 +36,7 @@ double parseNumber(const std::string& item, const std::string& value, double low
     if (text.empty() || *end != '\0' || errno != 0 || !std::isfinite(number))
         fail(item, "\"" + value + "\" is not a number");
     if (number < low || number > high)
-        fail(item, "must lie between " + std::to_string(low) + " and " + std::to_string(high));
+        fail(item, "must lie between " + shortNumber(low) + " and " + shortNumber(high));
     return number;
 }
 
@@ -121,6 +128,9 @@ VirtualSetup parseVirtualSetup(const std::string& setup) {
                 result.speed = 0;
             } else {
                 result.speed = parseNumber(item, value, 0, 10000);
+                // A deck at speed 0 would never play; step is the way to move it by hand.
+                if (result.speed == 0)
+                    fail(item, "must be above 0 (or step, or max)");
                 result.asFastAsPossible = false;
             }
         } else if (key == "output") {

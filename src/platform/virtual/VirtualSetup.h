@@ -14,8 +14,8 @@ namespace waxline::platform {
 //   name=TEXT             the virtual deck's input name, kept exactly (trailing blanks matter)
 //   file=PATH             a sound file the deck plays (any rate/channels libsndfile reads);
 //                         after its end the deck delivers digital silence forever
-//   speed=F|step|0|max    real-time factor; step (or 0): nothing moves until step() is called;
-//                         max: as fast as the machine allows
+//   speed=F|step|max      real-time factor above 0; step: nothing moves until step() is
+//                         called; max: as fast as the machine allows
 //   output=PATH.wav       the virtual output writes what it hears (32-bit float WAV)
 //   clock=F               the input clock runs F times as fast as the output's (varispeed tests)
 //   outrate=HZ            the output's sample rate (default: the input's)
@@ -30,7 +30,7 @@ struct VirtualSetup {
     std::vector<UsbDevice> usb{UsbDevice{0x08bb, 0x2900, 0x0100, "USB Audio CODEC"}};
     std::string name = "USB Audio CODEC ";
     std::string file;
-    double speed = 1.0; // 0: stepped
+    double speed = 1.0; // 0 with asFastAsPossible unset: stepped
     bool asFastAsPossible = false;
     std::string output;
     double clock = 1.0;

@@ -46,7 +46,6 @@ TEST(VirtualSetup, ParsesGoodSetups) {
              EXPECT_EQ(s.name, "USB Audio CODEC ");
          }},
         {"speed=step", [](const VirtualSetup& s) { EXPECT_TRUE(s.stepped()); }},
-        {"speed=0", [](const VirtualSetup& s) { EXPECT_TRUE(s.stepped()); }},
         {"speed=20", [](const VirtualSetup& s) { EXPECT_DOUBLE_EQ(s.speed, 20.0); }},
         {"speed=max",
          [](const VirtualSetup& s) {
@@ -88,21 +87,15 @@ TEST(VirtualSetup, RejectsBadSetupsWithOneLineNamingTheItem) {
         const char* setup;
         const char* mentioned;
     } cases[] = {
-        {"usb=08bb", "usb=08bb"},
-        {"usb=08bb:29000", "29000"},
-        {"usb=xyz:0001", "xyz"},
-        {"usb=08bb:2900+", "usb=08bb:2900+"},
-        {"speed=fast", "fast"},
-        {"speed=-1", "speed=-1"},
-        {"clock=0", "clock=0"},
-        {"clock=abc", "abc"},
-        {"channels=1.5", "channels=1.5"},
-        {"channels=0", "channels=0"},
-        {"buffer=4", "buffer=4"},
-        {"outrate=12", "outrate=12"},
-        {"file=", "file="},
-        {"colour=red", "colour"},
-        {"justtext", "justtext"},
+        {"usb=08bb", "usb=08bb"},     {"usb=08bb:29000", "29000"},
+        {"usb=xyz:0001", "xyz"},      {"usb=08bb:2900+", "usb=08bb:2900+"},
+        {"speed=fast", "fast"},       {"speed=-1", "speed=-1"},
+        {"speed=0", "speed=0"},       {"speed=nan", "nan"},
+        {"speed=inf", "inf"},         {"clock=0", "clock=0"},
+        {"clock=abc", "abc"},         {"channels=1.5", "channels=1.5"},
+        {"channels=0", "channels=0"}, {"buffer=4", "buffer=4"},
+        {"outrate=12", "outrate=12"}, {"file=", "file="},
+        {"colour=red", "colour"},     {"justtext", "justtext"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.setup);
