@@ -1,5 +1,6 @@
 #include "exporting/ExportFolders.h"
 
+#include "capture/recorder/ExportFolderLock.h"
 #include "capture/recorder/TrackFiles.h"
 
 #include <QStandardPaths>
@@ -71,6 +72,9 @@ void clearTmpFolder(const std::string& folder) {
     std::error_code ec;
     for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();
          it.increment(ec)) {
+        // The lock file stays: the program emptying the folder may hold the lock itself.
+        if (it->path().filename() == ExportFolderLock::lockFileName())
+            continue;
         std::error_code ignored;
         fs::remove_all(it->path(), ignored);
     }

@@ -26,7 +26,8 @@ std::optional<int> countedTracks(const std::string& folder);
 // How many track files exist in a row from WXRTTmpFile.1.wav on.
 int trackFilesPresent(const std::string& folder);
 
-// Removes every entry of the folder, files and folders alike; errors are ignored.
+// Removes every entry of the folder, files and folders alike, but its lock file; errors are
+// ignored.
 void clearTmpFolder(const std::string& folder);
 
 // The newer export path (encode, tag, import) is the only one on Linux.

@@ -5,13 +5,22 @@
 
 namespace waxline {
 
+// How the tagger reads the names it is given.
+enum class TagText {
+    // Byte by byte as Latin-1, as the export has always stored them: a UTF-8 name lands in the
+    // tag as one character per byte ("Café" reads back as "CafÃ©").
+    Latin1Bytes,
+    // As UTF-8 text, so a name reads back as it was typed; bytes that are not UTF-8 are still
+    // taken as Latin-1.
+    Unicode,
+};
+
 // Writes the four tags of one exported file through TagLib's format-neutral property map.
 // Made, set and destroyed as a local: the file is saved when the tagger goes.
-// Keys and values are taken byte by byte as Latin-1, as the export has always stored them: a
-// UTF-8 name lands in the tag as one character per byte. Callers must not convert first.
+// Keys are always Latin-1; values are read as `text` says. Callers must not convert first.
 class TaglibTagger {
 public:
-    explicit TaglibTagger(const char* path);
+    explicit TaglibTagger(const char* path, TagText text = TagText::Latin1Bytes);
     ~TaglibTagger();
     TaglibTagger(const TaglibTagger&) = delete;
     TaglibTagger& operator=(const TaglibTagger&) = delete;
@@ -30,6 +39,7 @@ public:
 
 private:
     TagLib::FileRef fileRef;
+    TagText text;
 };
 
 } // namespace waxline

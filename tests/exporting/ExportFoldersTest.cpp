@@ -1,4 +1,5 @@
 #include "exporting/ExportFolders.h"
+#include "capture/recorder/ExportFolderLock.h"
 
 #include "support/Signals.h"
 
@@ -57,6 +58,21 @@ TEST(ExportFolders, ClearTmpFolderEmptiesButKeepsTheFolder) {
     EXPECT_TRUE(fs::is_empty(exports));
     EXPECT_TRUE(fs::exists(dir.file("beside")));
     clearTmpFolder(dir.file("missing")); // nothing to do, no failure
+}
+
+// Emptying the folder under a held lock must not remove the lock file: a second program would
+// make a new one, lock that, and both would work in the folder at once.
+TEST(ExportFolders, ClearTmpFolderKeepsTheHeldLock) {
+    test::TempDir dir;
+    ExportFolderLock lock;
+    ASSERT_EQ(lock.tryLock(dir.path(), FolderUse::Recording, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
+    std::ofstream(dir.file("WXRTTmpFile.1.wav")) << "x";
+    clearTmpFolder(dir.path());
+    EXPECT_FALSE(fs::exists(dir.file("WXRTTmpFile.1.wav")));
+    ExportFolderLock other;
+    EXPECT_EQ(other.tryLock(dir.path(), FolderUse::Exporting, "waxline-cli"),
+              ExportFolderLock::Outcome::Held);
 }
 
 TEST(ExportFolders, EnvironmentOverridesTheStandardLocations) {

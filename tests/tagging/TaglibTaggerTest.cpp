@@ -121,6 +121,39 @@ TEST(TaglibTagger, Latin1ValueHasOneCharacterPerByte) {
     EXPECT_EQ(static_cast<unsigned>(title[4]), 0xA9u);
 }
 
+// With TagText::Unicode a name reads back as it was typed, whatever the characters; bytes that
+// are not UTF-8 still go in one character per byte.
+TEST(TaglibTagger, UnicodeTextReadsBackAsTyped) {
+    const struct {
+        TagText mode;
+        const char* given;
+        std::string readBack;
+    } cases[] = {
+        {TagText::Unicode, kCafeUtf8, kCafeUtf8},
+        {TagText::Unicode, "\xCE\xA9mega \xE2\x99\xAA \xF0\x9F\x8E\xB5", // outside Latin-1
+         "\xCE\xA9mega \xE2\x99\xAA \xF0\x9F\x8E\xB5"},
+        {TagText::Unicode, "Caf\xE9", test::latin1BytesAsUtf8("Caf\xE9")},           // Latin-1
+        {TagText::Unicode, "\xC0\xAF", test::latin1BytesAsUtf8("\xC0\xAF")},         // overlong
+        {TagText::Unicode, "\xED\xA0\x80", test::latin1BytesAsUtf8("\xED\xA0\x80")}, // surrogate
+        {TagText::Unicode, "", "Unknown"},
+        {TagText::Latin1Bytes, kCafeUtf8, test::latin1BytesAsUtf8(kCafeUtf8)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.given);
+        test::TempDir dir;
+        const std::string path = dir.file("track.mp3");
+        ASSERT_TRUE(test::makeMp3(path, 0.5));
+        {
+            TaglibTagger tagger(path.c_str(), c.mode);
+            tagger.setSongTitle(c.given);
+            tagger.setArtist(c.given);
+        }
+        Tags tags = probeTags(path);
+        EXPECT_EQ(tags["title"], c.readBack);
+        EXPECT_EQ(tags["artist"], c.readBack);
+    }
+}
+
 TEST(TaglibTagger, NothingReachesTheDiskBeforeDestruction) {
     test::TempDir dir;
     const std::string path = dir.file("track.mp3");
