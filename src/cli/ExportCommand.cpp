@@ -15,6 +15,7 @@ ExportOptions exportNamingOptions(Arguments& args) {
     options.libraryDir = args.option("--library").value_or("");
     options.normalise = args.flag("--normalise");
     options.jobs = static_cast<unsigned>(args.integerOption("--jobs", 1, 64).value_or(0));
+    options.unicodeTags = args.flag("--unicode-tags");
     return options;
 }
 

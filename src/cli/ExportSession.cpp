@@ -6,7 +6,12 @@
 #include "exporting/LibraryProbe.h"
 #include "exporting/UnknownNames.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 namespace waxline::cli {
@@ -24,7 +29,68 @@ std::string encoderFailed(const ExportProblem& p, const std::string& why) {
            (why.empty() ? "" : "\n  " + why);
 }
 
+// Why nothing can be made in the folder, as the system says it; empty when something can.
+std::string whyNotWritable(const std::string& folder) {
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (ec)
+        return ec.message();
+    std::string name = folder + "/.waxline-probe-XXXXXX";
+    const int fd = ::mkstemp(name.data());
+    if (fd < 0)
+        return std::strerror(errno);
+    ::close(fd);
+    ::unlink(name.c_str());
+    return {};
+}
+
+std::string musicFolderProblem(const std::string& folder, const std::string& what) {
+    const std::string why = whyNotWritable(folder);
+    return "the music folder " + folder + " " + what + (why.empty() ? "" : " (" + why + ")") +
+           ": choose another with --library DIR";
+}
+
+std::string quotedList(const std::vector<std::string>& items) {
+    std::string text;
+    for (size_t i = 0; i < items.size(); ++i)
+        text += (i ? ", \"" : "\"") + items[i] + "\"";
+    return text;
+}
+
 } // namespace
+
+std::string folderInUse(const std::string& folder, const ExportFolderLock& lock) {
+    const FolderLockHolder& holder = lock.holder();
+    std::string who = holder.program.empty() ? "another program" : holder.program;
+    if (holder.pid > 0)
+        who += " (process " + std::to_string(holder.pid) + ")";
+    std::string doing = "is working in it";
+    if (holder.use == FolderUse::Recording)
+        doing = "is recording into it";
+    else if (holder.use == FolderUse::Exporting)
+        doing = "is exporting from it";
+    return "the export folder " + folder + " is in use: " + who + " " + doing +
+           "; wait until it has finished, or use another folder with --export-dir DIR";
+}
+
+std::string titleMismatch(const std::vector<std::string>& titles, int tracks, bool& tooMany) {
+    tooMany = false;
+    const auto count = static_cast<int>(titles.size());
+    if (titles.empty() || count == tracks)
+        return {};
+    const std::string numbers = std::to_string(count) + " title" + (count == 1 ? "" : "s") +
+                                " for " + std::to_string(tracks) + " track" +
+                                (tracks == 1 ? "" : "s");
+    if (count > tracks) {
+        tooMany = true;
+        const std::vector<std::string> unused(titles.begin() + tracks, titles.end());
+        return numbers + ": not used " + quotedList(unused) +
+               "; a missed split may have joined two tracks, so check the names";
+    }
+    return numbers + ": track" + (tracks - count == 1 ? " " : "s ") + std::to_string(count + 1) +
+           (tracks - count == 1 ? "" : " to " + std::to_string(tracks)) +
+           " will have no title; an extra split may have shifted the names, so check them";
+}
 
 std::string describe(const ExportProblem& p) {
     using Kind = ExportProblem::Kind;
@@ -103,6 +169,26 @@ std::string exportText(const std::string& key) {
 
 int exportRecording(const ExportOptions& options) {
     const std::string folder = options.exportDir.empty() ? exportFolder() : options.exportDir;
+    std::error_code ec;
+    if (!std::filesystem::is_directory(folder, ec)) {
+        std::fprintf(stderr, "No recorded tracks to export in %s\n", folder.c_str());
+        return 2;
+    }
+
+    // One export at a time, and none while a recording writes the files it would read.
+    ExportFolderLock lock;
+    switch (lock.tryLock(folder, FolderUse::Exporting, "waxline-cli")) {
+    case ExportFolderLock::Outcome::Taken:
+        break;
+    case ExportFolderLock::Outcome::Held:
+        std::fprintf(stderr, "waxline-cli export: %s\n", folderInUse(folder, lock).c_str());
+        return 1;
+    case ExportFolderLock::Outcome::Failed:
+        std::fprintf(stderr, "waxline-cli export: cannot lock the export folder %s (%s)\n",
+                     folder.c_str(), std::strerror(lock.errorNumber()));
+        return 1;
+    }
+
     int tracks = options.tracks;
     if (tracks < 0) {
         const std::optional<int> counted = countedTracks(folder);
@@ -116,15 +202,19 @@ int exportRecording(const ExportOptions& options) {
         return 2;
     }
 
+    bool tooManyTitles = false;
+    const std::string mismatch = titleMismatch(options.titles, tracks, tooManyTitles);
+    if (!mismatch.empty())
+        std::fprintf(stderr, "waxline-cli export: %s%s\n", tooManyTitles ? "warning: " : "",
+                     mismatch.c_str());
+
     const LibraryImporter importer(options.libraryDir.empty() ? musicFolder() : options.libraryDir);
     // Nobody is there to fix the folder and confirm, so an unavailable library ends the export.
     const int probed =
         probeUntilAvailable([&] { return importer.probe(); }, {}, [] { return false; });
-    if (const int error = probed; error != 0) {
-        std::fprintf(stderr,
-                     "The music library folder %s cannot be written (err = %d); nothing was "
-                     "exported. Choose another with --library DIR.\n",
-                     importer.folder().c_str(), error);
+    if (probed != 0) {
+        std::fprintf(stderr, "waxline-cli export: %s; nothing was exported\n",
+                     musicFolderProblem(importer.folder(), "cannot be written").c_str());
         return 1;
     }
 
@@ -150,8 +240,9 @@ int exportRecording(const ExportOptions& options) {
         std::fflush(stdout);
     };
     // Nobody is there to fix the folder and confirm, so a failing check ends the export.
-    pipeline.onProbeFailed = [](int error) {
-        std::fprintf(stderr, "music library check after conversion failed: err = %d\n", error);
+    pipeline.onProbeFailed = [&importer](int) {
+        std::fprintf(stderr, "waxline-cli export: %s; the remaining tracks were not exported\n",
+                     musicFolderProblem(importer.folder(), "can no longer be written").c_str());
         return false;
     };
 
@@ -164,6 +255,7 @@ int exportRecording(const ExportOptions& options) {
     request.numRecordedTracks = [tracks] { return tracks; };
     request.jobs = options.jobs;
     request.text = exportText;
+    request.tagText = options.unicodeTags ? TagText::Unicode : TagText::Latin1Bytes;
     ExportNumbering numbering;
     const std::vector<TrackOutcome> outcomes = pipeline.run(request, numbering);
 
@@ -176,7 +268,7 @@ int exportRecording(const ExportOptions& options) {
             ++failed;
     }
     if (failed == 0)
-        return 0;
+        return tooManyTitles ? 1 : 0;
     std::fprintf(stderr, "%d of %zu tracks failed:\n", failed, outcomes.size());
     for (const auto& o : outcomes) {
         if (!o.ok)

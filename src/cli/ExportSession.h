@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/recorder/ExportFolderLock.h"
 #include "cli/CommandLine.h"
 #include "exporting/ExportProblem.h"
 
@@ -13,16 +14,25 @@ struct ExportOptions {
     std::string album;
     std::vector<std::string> titles;
     bool normalise = false;
-    int tracks = -1;        // -1: the count the recorder left, else the files present
-    std::string exportDir;  // empty: the default export folder
-    std::string libraryDir; // empty: the user's music folder
-    unsigned jobs = 0;      // encodings at once; 0: one per core
+    int tracks = -1;          // -1: the count the recorder left, else the files present
+    std::string exportDir;    // empty: the default export folder
+    std::string libraryDir;   // empty: the user's music folder
+    unsigned jobs = 0;        // encodings at once; 0: one per core
+    bool unicodeTags = false; // names written as the text they are, not as Latin-1 bytes
 };
 
 // Exports the tracks of the last recording into the music library, printing a line per track
 // and then the library files made. Returns 0 when every track got there, 1 otherwise (with
-// the reasons printed), 2 when there was nothing to export.
+// the reasons printed) or when more titles were given than there are tracks, 2 when there was
+// nothing to export.
 int exportRecording(const ExportOptions& options);
+
+// The line that says the export folder is in use and by whom, for a lock that was not taken.
+std::string folderInUse(const std::string& folder, const ExportFolderLock& lock);
+
+// What is wrong when titles and tracks do not match in number, one line; empty when they
+// match or no title was given at all. Sets `tooMany` when titles are left over.
+std::string titleMismatch(const std::vector<std::string>& titles, int tracks, bool& tooMany);
 
 // The command line's words for what went wrong with a track, and for a warning about one.
 std::string describe(const exporting::ExportProblem& problem);
@@ -32,7 +42,7 @@ std::string describe(const exporting::TrackWarning& warning);
 std::string exportText(const std::string& key);
 
 // The naming options shared by export and digitize: --artist, --album, --title..., --library,
-// --normalise, --jobs.
+// --normalise, --jobs, --unicode-tags.
 ExportOptions exportNamingOptions(Arguments& args);
 
 } // namespace waxline::cli

@@ -46,7 +46,7 @@ const Command kCommands[] = {
      "  --export-dir DIR the folder for the track files\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
-     "[--library DIR] [--jobs N]",
+     "[--library DIR] [--jobs N] [--unicode-tags]",
      "Encodes the recorded tracks to MP3, tags them and files them in the music library.\n"
      "  --artist A --album B   the names (either may be empty: \"\")\n"
      "  --title T        one per track, in order\n"
@@ -54,12 +54,15 @@ const Command kCommands[] = {
      "  --tracks N       export N tracks instead of the recorded count\n"
      "  --export-dir DIR the folder holding the track files\n"
      "  --library DIR    the music library (default: your music folder)\n"
-     "  --jobs N         encodings at once (default: one per core)\n"},
+     "  --jobs N         encodings at once (default: one per core)\n"
+     "  --unicode-tags   tags hold the names as typed; without it each byte of a name is taken\n"
+     "                   as a Latin-1 character, as the desktop application stores them\n"
+     "More titles than tracks exports every track but exits 1, naming the unused titles.\n"},
     {"digitize", waxline::cli::digitizeCommand,
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
-     "[--export-dir DIR] [--library DIR] [--jobs N]",
+     "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags]",
      "Records one side, then exports it: the options of record and export together.\n"},
 };
 

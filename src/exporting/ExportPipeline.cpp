@@ -24,8 +24,8 @@ constexpr uint64_t kCostPerTrack = 2'500'000;
 } // namespace
 
 bool tagFiles(const std::string& path, const std::string& artist, const std::string& album,
-              const std::string& name, const std::string& number) {
-    TaglibTagger tagger(path.c_str());
+              const std::string& name, const std::string& number, TagText text) {
+    TaglibTagger tagger(path.c_str(), text);
     if (!tagger.isValid())
         return false;
     tagger.setSongTitle(name.c_str());
@@ -58,7 +58,7 @@ EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
             ExportProblem::Kind::EncoderMadeNoMp3, encoded.mp3Path, {}, result.command};
         return encoded;
     }
-    if (!tagFiles(encoded.mp3Path, names.artist, names.album, names.title, number))
+    if (!tagFiles(encoded.mp3Path, names.artist, names.album, names.title, number, names.text))
         encoded.problem = {ExportProblem::Kind::CannotTag, encoded.mp3Path};
     return encoded;
 }
@@ -164,9 +164,11 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
                                      : peakOfFiles(request.exportFolder, count());
     auto trackNames = [&](int i) {
         TrackNames names = namesOf(i);
-        return legacy ? namesOrUnknown(request.text, names.artist, names.album, names.title,
-                                       numberOf(i))
-                      : names;
+        if (legacy)
+            names =
+                namesOrUnknown(request.text, names.artist, names.album, names.title, numberOf(i));
+        names.text = request.tagText;
+        return names;
     };
 
     EncoderPool::Cost cost;

@@ -15,7 +15,8 @@ namespace waxline::exporting {
 // Writes title, artist, album and track number into the file (saved when done).
 // False when the file could not be opened for tagging.
 bool tagFiles(const std::string& path, const std::string& artist, const std::string& album,
-              const std::string& name, const std::string& number);
+              const std::string& name, const std::string& number,
+              TagText text = TagText::Latin1Bytes);
 
 // What one export is asked to do.
 struct ExportRequest {
@@ -33,6 +34,8 @@ struct ExportRequest {
     std::function<float()> recordingPeak;
     // Tracks encoded at once; 0 means one per processor core.
     unsigned jobs = 0;
+    // How the tags take the names: Latin-1 bytes as the application always has, or as text.
+    TagText tagText = TagText::Latin1Bytes;
     // The texts of "IDS_UNKNOWN_TRACK", "IDS_UNKNOWN_ARTIST" and "IDS_UNKNOWN_ALBUM", which
     // stand in for missing names on the older export path.
     TextLookup text;

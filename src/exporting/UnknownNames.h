@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tagging/TagText.h"
+
 #include <functional>
 #include <string>
 
@@ -18,6 +20,7 @@ struct TrackNames {
     std::string artist;
     std::string album;
     std::string title;
+    TagText text = TagText::Latin1Bytes; // how the tagger reads the names' bytes
 };
 
 // The names with each empty one replaced by its looked-up text. Without a lookup the keys

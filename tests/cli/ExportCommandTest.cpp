@@ -1,7 +1,10 @@
+#include "capture/recorder/ExportFolderLock.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -107,8 +110,29 @@ const CliCase kCases[] = {
      "--artist A --album B --library {LIB}/Sub",
      "",
      1,
-     {"cannot be written (err = -1753)"},
+     {"the music folder", "cannot be written (", "choose another with --library DIR",
+      "nothing was exported"},
      {}},
+    {"MoreTitlesThanTracksNamesTheUnusedOnes",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 2);
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+     },
+     "--artist A --album B --title One --title Two --title 'Three Left' --library {LIB}",
+     "",
+     1,
+     {"warning: 3 titles for 2 tracks: not used \"Three Left\""},
+     {"A/B/01 One.mp3", "A/B/02 Two.mp3"}},
+    {"FewerTitlesThanTracksIsSaidButFine",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 3);
+         std::ofstream(e + "/WXRTTmpFile.count") << "3\n";
+     },
+     "--artist A --album B --title One --library {LIB}",
+     "",
+     0,
+     {"1 title for 3 tracks: tracks 2 to 3 will have no title"},
+     {"A/B/01 One.mp3", "A/B/02 Unknown.mp3", "A/B/03 Unknown.mp3"}},
     {"NothingToExport",
      [](const std::string&, const test::TempDir&) {},
      "--artist A --album B --library {LIB}",
@@ -127,6 +151,77 @@ const CliCase kCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Cases, ExportCommand, testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
+
+// No output may carry a bare error number instead of words.
+TEST(ExportCommandMessages, NoBareErrorNumbers) {
+    test::TempDir dir;
+    fs::create_directories(dir.file("exports"));
+    tones(dir.file("exports"), 1);
+    std::ofstream(dir.file("Music")) << "a file where the folder should be";
+    std::string output;
+    EXPECT_EQ(test::runCommand(shellQuote(test::cliPath()) + " export --export-dir " +
+                                   shellQuote(dir.file("exports")) + " --library " +
+                                   shellQuote(dir.file("Music/Sub")) + " --artist A --album B",
+                               output),
+              1);
+    EXPECT_EQ(output.find("err ="), std::string::npos) << output;
+    EXPECT_EQ(output.find("-1753"), std::string::npos) << output;
+    EXPECT_NE(output.find("Not a directory"), std::string::npos) << output;
+}
+
+// A recording (here: this process, as the recorder would) holds the export folder: the export
+// refuses at once, says who holds it, and touches nothing.
+TEST(ExportCommandLock, RefusesAFolderInUseAndNamesTheHolder) {
+    test::TempDir dir;
+    const std::string exports = dir.file("exports");
+    fs::create_directories(exports);
+    tones(exports, 2);
+    std::ofstream(exports + "/WXRTTmpFile.count") << "2\n";
+    const std::string command = shellQuote(test::cliPath()) + " export --export-dir " +
+                                shellQuote(exports) + " --library " +
+                                shellQuote(dir.file("Music")) + " --artist A --album B";
+    for (const FolderUse use : {FolderUse::Recording, FolderUse::Exporting}) {
+        ExportFolderLock held;
+        ASSERT_EQ(held.tryLock(exports, use, "waxline-cli"), ExportFolderLock::Outcome::Taken);
+        std::string output;
+        EXPECT_EQ(test::runCommand(command, output), 1) << output;
+        EXPECT_NE(
+            output.find("the export folder " + exports + " is in use: waxline-cli (process " +
+                        std::to_string(getpid()) + ") is " +
+                        (use == FolderUse::Recording ? "recording into it" : "exporting from it")),
+            std::string::npos)
+            << output;
+        EXPECT_FALSE(fs::exists(dir.file("Music"))) << output;
+        EXPECT_FALSE(fs::exists(exports + "/WXRTTmpFile.1.mp3")) << output;
+    }
+    std::string output;
+    EXPECT_EQ(test::runCommand(command, output), 0) << output;
+    EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 2u) << output;
+}
+
+// Unicode names read back as typed with --unicode-tags, and as Latin-1 bytes without it.
+TEST(ExportCommandTags, UnicodeTagsKeepTheNamesAsTyped) {
+    const std::string cafe = "Caf\xC3\xA9";
+    for (const bool unicode : {false, true}) {
+        SCOPED_TRACE(unicode);
+        test::TempDir dir;
+        fs::create_directories(dir.file("exports"));
+        tones(dir.file("exports"), 1);
+        std::string output;
+        ASSERT_EQ(test::runCommand(shellQuote(test::cliPath()) + " export --export-dir " +
+                                       shellQuote(dir.file("exports")) + " --library " +
+                                       shellQuote(dir.file("Music")) + " --artist " +
+                                       shellQuote(cafe) + " --album B --title " + shellQuote(cafe) +
+                                       (unicode ? " --unicode-tags" : ""),
+                                   output),
+                  0)
+            << output;
+        const auto tags = test::probeTags(dir.file("Music/" + cafe + "/B/01 " + cafe + ".mp3"));
+        const std::string expected = unicode ? cafe : test::latin1BytesAsUtf8(cafe);
+        EXPECT_EQ(tags.at("title"), expected);
+        EXPECT_EQ(tags.at("artist"), expected);
+    }
+}
 
 } // namespace
 } // namespace waxline
