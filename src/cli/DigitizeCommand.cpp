@@ -1,3 +1,4 @@
+#include "capture/recorder/TrackFiles.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
@@ -12,10 +13,26 @@ int digitizeCommand(Arguments& args) {
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
 
+    // Held from the recording through its export, so no other run slips in between.
+    ExportFolderLock lock;
+    if (const int refused = claimExportFolder(record, lock, "digitize"))
+        return refused;
     RecordResult result;
     const int recorded = recordSide(record, result);
     if (recorded != 0)
         return recorded;
+    if (result.endedBy == "interrupted") {
+        // The last track was cut off: exported, it would carry its full title. Keep, not export.
+        const std::string folder =
+            record.exportDir.empty() ? defaultExportFolder() : record.exportDir;
+        std::fprintf(stderr,
+                     "The recording was interrupted: %d track%s (the last one cut off) %s kept "
+                     "in %s and nothing was exported. Export them with: waxline-cli export "
+                     "--export-dir %s --artist A --album B [--title T]...\n",
+                     result.countedTracks, result.countedTracks == 1 ? "" : "s",
+                     result.countedTracks == 1 ? "is" : "are", folder.c_str(), folder.c_str());
+        return 130;
+    }
     if (result.countedTracks == 0) {
         std::fprintf(stderr, "The recording holds no track to export (%s)\n",
                      result.endedBy.c_str());
@@ -24,7 +41,7 @@ int digitizeCommand(Arguments& args) {
     std::printf("\n");
     exportOptions.tracks = result.countedTracks;
     exportOptions.exportDir = record.exportDir;
-    return exportRecording(exportOptions);
+    return exportRecording(exportOptions, &lock);
 }
 
 } // namespace waxline::cli

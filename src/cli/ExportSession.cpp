@@ -167,7 +167,23 @@ std::string exportText(const std::string& key) {
     return key;
 }
 
-int exportRecording(const ExportOptions& options) {
+bool lockExportFolder(ExportFolderLock& lock, const std::string& folder, FolderUse use,
+                      const char* command) {
+    switch (lock.tryLock(folder, use, "waxline-cli")) {
+    case ExportFolderLock::Outcome::Taken:
+        return true;
+    case ExportFolderLock::Outcome::Held:
+        std::fprintf(stderr, "waxline-cli %s: %s\n", command, folderInUse(folder, lock).c_str());
+        return false;
+    case ExportFolderLock::Outcome::Failed:
+        std::fprintf(stderr, "waxline-cli %s: cannot lock the export folder %s (%s)\n", command,
+                     folder.c_str(), std::strerror(lock.errorNumber()));
+        return false;
+    }
+    return false;
+}
+
+int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     const std::string folder = options.exportDir.empty() ? exportFolder() : options.exportDir;
     std::error_code ec;
     if (!std::filesystem::is_directory(folder, ec)) {
@@ -176,18 +192,11 @@ int exportRecording(const ExportOptions& options) {
     }
 
     // One export at a time, and none while a recording writes the files it would read.
-    ExportFolderLock lock;
-    switch (lock.tryLock(folder, FolderUse::Exporting, "waxline-cli")) {
-    case ExportFolderLock::Outcome::Taken:
-        break;
-    case ExportFolderLock::Outcome::Held:
-        std::fprintf(stderr, "waxline-cli export: %s\n", folderInUse(folder, lock).c_str());
+    ExportFolderLock ownLock;
+    if (heldLock)
+        heldLock->setUse(FolderUse::Exporting);
+    else if (!lockExportFolder(ownLock, folder, FolderUse::Exporting, "export"))
         return 1;
-    case ExportFolderLock::Outcome::Failed:
-        std::fprintf(stderr, "waxline-cli export: cannot lock the export folder %s (%s)\n",
-                     folder.c_str(), std::strerror(lock.errorNumber()));
-        return 1;
-    }
 
     int tracks = options.tracks;
     if (tracks < 0) {

@@ -25,7 +25,13 @@ struct ExportOptions {
 // and then the library files made. Returns 0 when every track got there, 1 otherwise (with
 // the reasons printed) or when more titles were given than there are tracks, 2 when there was
 // nothing to export.
-int exportRecording(const ExportOptions& options);
+// With `heldLock`, the caller holds the export folder's lock already (digitize, from its
+// recording on); else the export takes it and refuses a folder in use.
+int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock = nullptr);
+
+// Takes the export folder's lock, or says on standard error why not, as `command`.
+bool lockExportFolder(ExportFolderLock& lock, const std::string& folder, FolderUse use,
+                      const char* command);
 
 // The line that says the export folder is in use and by whom, for a lock that was not taken.
 std::string folderInUse(const std::string& folder, const ExportFolderLock& lock);

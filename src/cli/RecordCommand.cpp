@@ -1,5 +1,11 @@
+#include "capture/recorder/TrackFiles.h"
 #include "cli/Commands.h"
+#include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
+#include "exporting/ExportFolders.h"
+
+#include <cstdio>
+#include <filesystem>
 
 namespace waxline::cli {
 
@@ -23,13 +29,36 @@ RecordOptions recordOptionsFrom(Arguments& args) {
     if (options.maxSeconds < 0)
         throw BadValue("--max-seconds must not be negative");
     options.exportDir = args.option("--export-dir").value_or("");
+    options.discard = args.flag("--discard");
     return options;
+}
+
+int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, const char* command) {
+    const std::string folder =
+        options.exportDir.empty() ? defaultExportFolder() : options.exportDir;
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (!lockExportFolder(lock, folder, FolderUse::Recording, command))
+        return 1;
+    if (!options.discard && exporting::holdsUnexportedRecording(folder)) {
+        const int files = exporting::trackFilesPresent(folder);
+        std::fprintf(stderr,
+                     "waxline-cli %s: %s holds a recording (%d track file%s) that was never "
+                     "exported; export it first (waxline-cli export --export-dir %s --artist A "
+                     "--album B), or give --discard to record over it\n",
+                     command, folder.c_str(), files, files == 1 ? "" : "s", folder.c_str());
+        return 2;
+    }
+    return 0;
 }
 
 int recordCommand(Arguments& args) {
     const RecordOptions options = recordOptionsFrom(args);
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
+    ExportFolderLock lock;
+    if (const int refused = claimExportFolder(options, lock, "record"))
+        return refused;
     RecordResult result;
     return recordSide(options, result);
 }

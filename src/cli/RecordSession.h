@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/recorder/ExportFolderLock.h"
 #include "cli/CommandLine.h"
 
 #include <cstdint>
@@ -24,6 +25,7 @@ struct RecordOptions {
     float gainDb = 0;
     double maxSeconds = 0; // of recorded audio; 0: no limit
     std::string exportDir; // empty: the default export folder
+    bool discard = false;  // a recording never exported may be thrown away
     bool showStatus = true;
     // Called on the main thread at every status tick while recording (every 100 ms), with the
     // controller and the platform it records from: lets tests unplug the deck or stall the writer.
@@ -48,6 +50,11 @@ struct RecordResult {
 // The recording options of `record` and `digitize`, taken from the command line; throws
 // UsageError for a bad value.
 RecordOptions recordOptionsFrom(Arguments& args);
+
+// Makes the export folder, takes its lock for recording and checks that starting would throw
+// away no recording that was never exported (unless options.discard). Returns 0 when the
+// recording may start, else the exit status, with the reason printed as `command`.
+int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, const char* command);
 
 // Records one side exactly as the application does: detects the device (or takes the named
 // input), starts the monitor, and records through the capture controller until the album end,

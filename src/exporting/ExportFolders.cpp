@@ -68,6 +68,22 @@ int trackFilesPresent(const std::string& folder) {
     return n;
 }
 
+void markExported(const std::string& folder) {
+    std::ofstream(exportedMarkPath(folder), std::ios::trunc) << "exported\n";
+}
+
+bool holdsUnexportedRecording(const std::string& folder) {
+    std::error_code ec;
+    if (trackFilesPresent(folder) == 0 || fs::exists(exportedMarkPath(folder), ec))
+        return false;
+    if (countedTracks(folder) == 0 && trackFilesPresent(folder) == 1) {
+        // A side stopped before anything was counted: keep nothing but a file with audio.
+        const auto size = fs::file_size(trackFileName(folder, 1), ec);
+        return !ec && size > 44;
+    }
+    return true;
+}
+
 void clearTmpFolder(const std::string& folder) {
     std::error_code ec;
     for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();

@@ -26,6 +26,14 @@ std::optional<int> countedTracks(const std::string& folder);
 // How many track files exist in a row from WXRTTmpFile.1.wav on.
 int trackFilesPresent(const std::string& folder);
 
+// Notes beside the track files that every track reached the library.
+void markExported(const std::string& folder);
+
+// Whether the folder holds track files that no export has put into the library in full: what
+// a new recording would throw away. A recording that counted no track and has no file beyond
+// an empty first one holds nothing worth keeping.
+bool holdsUnexportedRecording(const std::string& folder);
+
 // Removes every entry of the folder, files and folders alike, but its lock file; errors are
 // ignored.
 void clearTmpFolder(const std::string& folder);

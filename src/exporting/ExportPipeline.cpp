@@ -229,6 +229,9 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             onTrackDone(outcome, count());
     }
     pool.stop();
+    if (!outcomes.empty() &&
+        std::all_of(outcomes.begin(), outcomes.end(), [](const TrackOutcome& o) { return o.ok; }))
+        markExported(request.exportFolder);
     numbering.finish(static_cast<uint32_t>(std::max(0, count())));
     if (onFinished)
         onFinished(outcomes);

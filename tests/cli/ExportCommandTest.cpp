@@ -255,5 +255,36 @@ TEST(DigitizeCommand, RecordsAndExportsASideIntoTheLibrary) {
     EXPECT_EQ(tags.at("artist"), "Deck");
 }
 
+// Ctrl-C during digitize: the tracks so far are kept, nothing reaches the library (the cut-off
+// track would carry its full title), and the user is told how to export them.
+TEST(DigitizeCommand, InterruptedKeepsTheTracksButExportsNothing) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
+    const std::string exports = dir.file("exports");
+    const std::string log = dir.file("output.txt");
+    const std::string command =
+        shellQuote(test::cliPath()) + " digitize --virtual-device " +
+        shellQuote("file=" + side + ",speed=10") + " --export-dir " + shellQuote(exports) +
+        " --library " + shellQuote(dir.file("Music")) + " --artist Deck --album Side --title One" +
+        " --title Two >" + shellQuote(log) + " 2>&1";
+    // The shell waits for the track file, interrupts the program 1.5 s later, and reports its
+    // exit status.
+    std::string status;
+    ASSERT_EQ(test::runCommand(
+                  command + " & pid=$!; until [ -s " + shellQuote(exports + "/WXRTTmpFile.1.wav") +
+                      " ]; do sleep 0.1; done; sleep 1.5; kill -INT $pid; wait $pid;" + " echo $?",
+                  status, false),
+              0);
+    std::ifstream in(log);
+    const std::string output((std::istreambuf_iterator<char>(in)), {});
+    EXPECT_EQ(status, "130\n") << output;
+    EXPECT_NE(output.find("interrupted"), std::string::npos) << output;
+    EXPECT_NE(output.find("waxline-cli export --export-dir " + exports), std::string::npos)
+        << output;
+    EXPECT_FALSE(fs::exists(dir.file("Music"))) << output;
+    EXPECT_TRUE(fs::exists(exports + "/WXRTTmpFile.1.wav"));
+    EXPECT_FALSE(fs::exists(exports + "/WXRTTmpFile.1.mp3"));
+}
+
 } // namespace
 } // namespace waxline

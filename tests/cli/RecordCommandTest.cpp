@@ -1,5 +1,6 @@
 // `waxline-cli record` as a process: a file-size limit that makes the writes fail, and a kill
 // without warning. The track file must stay a WAV that libsndfile and ffprobe open.
+#include "capture/recorder/ExportFolderLock.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 
@@ -12,6 +13,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -162,6 +164,68 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
         const test::SoundInfo info = test::soundInfo(exports + "/WXRTTmpFile.1.wav");
         EXPECT_EQ(info.sampleRate, 44100);
         EXPECT_EQ(info.frames, 66150) << out; // 1.5 s at 44.1 kHz, to the frame
+    }
+}
+
+// A recording that was never exported is not thrown away by the next one unless asked; once
+// exported (or discarded) the folder is free again.
+TEST(RecordCommand, KeepsAnUnexportedRecordingUnlessToldToDiscardIt) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
+    const std::string exports = dir.file("exports");
+    const std::string record = test::cliPath() + " record --virtual-device " +
+                               test::shellQuote("file=" + side + ",speed=max") + " --export-dir " +
+                               test::shellQuote(exports) + " --split off --preset none";
+    std::string out;
+    ASSERT_EQ(test::runCommand(record + " --max-seconds 1", out), 0) << out;
+    const std::string track = exports + "/WXRTTmpFile.1.wav";
+    ASSERT_EQ(test::soundInfo(track).frames, 44100) << out;
+
+    // The second recording refuses and leaves the first as it was.
+    EXPECT_EQ(test::runCommand(record + " --max-seconds 2", out), 2) << out;
+    EXPECT_NE(out.find("never exported"), std::string::npos) << out;
+    EXPECT_NE(out.find("--discard"), std::string::npos) << out;
+    EXPECT_EQ(test::soundInfo(track).frames, 44100) << out;
+
+    EXPECT_EQ(test::runCommand(record + " --max-seconds 2 --discard", out), 0) << out;
+    EXPECT_EQ(test::soundInfo(track).frames, 88200) << out;
+
+    // Exported in full, the recording may be replaced without --discard.
+    ASSERT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
+                                   test::shellQuote(exports) + " --library " +
+                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
+                               out),
+              0)
+        << out;
+    EXPECT_EQ(test::runCommand(record + " --max-seconds 1", out), 0) << out;
+    EXPECT_EQ(test::soundInfo(track).frames, 44100) << out;
+}
+
+// A second recording into a folder in use refuses at once, names the holder and touches nothing.
+TEST(RecordCommand, RefusesAnExportFolderInUse) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
+    const std::string exports = dir.file("exports");
+    std::filesystem::create_directories(exports);
+    std::ofstream(exports + "/WXRTTmpFile.1.wav") << "being exported";
+    ExportFolderLock held;
+    ASSERT_EQ(held.tryLock(exports, FolderUse::Exporting, "Waxline"),
+              ExportFolderLock::Outcome::Taken);
+    for (const char* command : {"record", "digitize --artist A --album B"}) {
+        SCOPED_TRACE(command);
+        std::string out;
+        EXPECT_EQ(test::runCommand(test::cliPath() + " " + command + " --virtual-device " +
+                                       test::shellQuote("file=" + side + ",speed=max") +
+                                       " --export-dir " + test::shellQuote(exports) +
+                                       " --discard --max-seconds 1",
+                                   out),
+                  1)
+            << out;
+        EXPECT_NE(out.find("is in use: Waxline (process " + std::to_string(getpid()) +
+                           ") is exporting from it"),
+                  std::string::npos)
+            << out;
+        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.1.wav"), "being exported");
     }
 }
 

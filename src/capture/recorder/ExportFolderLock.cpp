@@ -103,17 +103,27 @@ ExportFolderLock::Outcome ExportFolderLock::tryLock(const std::string& folder, F
             ::close(file);
             continue;
         }
-        const std::string text = "pid=" + std::to_string(::getpid()) + "\nprogram=" + program +
-                                 "\nuse=" + useWord(use) + "\n";
-        if (::ftruncate(file, 0) != 0 ||
-            ::pwrite(file, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
-            // The lock itself holds; only the note of who holds it is missing.
-        }
         fd = file;
+        holderProgram = program;
+        writeNote(use);
         return Outcome::Taken;
     }
     error = EAGAIN;
     return Outcome::Failed;
+}
+
+void ExportFolderLock::setUse(FolderUse use) {
+    if (fd >= 0)
+        writeNote(use);
+}
+
+void ExportFolderLock::writeNote(FolderUse use) {
+    const std::string text = "pid=" + std::to_string(::getpid()) + "\nprogram=" + holderProgram +
+                             "\nuse=" + useWord(use) + "\n";
+    if (::ftruncate(fd, 0) != 0 ||
+        ::pwrite(fd, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+        // The lock itself holds; only the note of who holds it is missing.
+    }
 }
 
 void ExportFolderLock::unlock() {

@@ -37,6 +37,8 @@ public:
     // Takes the lock on `folder` at once or not at all (never waits), and writes who holds it:
     // `program`, this process's id and the use. The folder must exist.
     Outcome tryLock(const std::string& folder, FolderUse use, const std::string& program);
+    // While held: notes a new use (a recording going on to export its tracks).
+    void setUse(FolderUse use);
     // Clears the lock file's text and lets the lock go; nothing when not held.
     void unlock();
 
@@ -51,7 +53,10 @@ public:
     static const char* lockFileName();
 
 private:
+    void writeNote(FolderUse use);
+
     int fd = -1;
+    std::string holderProgram;
     FolderLockHolder otherHolder;
     int error = 0;
 };

@@ -28,4 +28,8 @@ std::string trackCountPath(const std::string& folder) {
     return folder + kBaseName + ".count";
 }
 
+std::string exportedMarkPath(const std::string& folder) {
+    return folder + kBaseName + ".exported";
+}
+
 } // namespace waxline

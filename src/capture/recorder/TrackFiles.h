@@ -16,4 +16,8 @@ std::string trackFilePath(const std::string& folder, int track);
 // "<folder>/WXRTTmpFile.count": the count of counted tracks, left beside the files.
 std::string trackCountPath(const std::string& folder);
 
+// "<folder>/WXRTTmpFile.exported": left by an export that got every track into the library,
+// so a new recording knows the files it would remove are safe elsewhere.
+std::string exportedMarkPath(const std::string& folder);
+
 } // namespace waxline
