@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -226,12 +227,16 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
                 options.automaticSplit ? " (tracks split at the gaps)" : "");
     std::fflush(stdout);
 
+    // Ctrl-C, a logout (SIGHUP) and a shutdown (SIGTERM) all stop the recording cleanly, with
+    // the files closed and the count left.
     interrupted = 0;
     struct sigaction action {};
-    struct sigaction previous {};
     action.sa_handler = onInterrupt;
     sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &previous);
+    const int stopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+    struct sigaction previous[std::size(stopSignals)]{};
+    for (size_t i = 0; i < std::size(stopSignals); ++i)
+        sigaction(stopSignals[i], &action, &previous[i]);
 
     const bool tty = isatty(STDOUT_FILENO);
     int ticks = 0;
@@ -270,7 +275,8 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     status.start();
     loop.exec();
     status.stop();
-    sigaction(SIGINT, &previous, nullptr);
+    for (size_t i = 0; i < std::size(stopSignals); ++i)
+        sigaction(stopSignals[i], &previous[i], nullptr);
     if (tty && options.showStatus)
         std::printf("\n");
 

@@ -167,6 +167,40 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
     }
 }
 
+// A logout (SIGHUP) or a shutdown (SIGTERM) stops a recording as cleanly as Ctrl-C: exit 0, the
+// track file complete and the count left for the export.
+TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 6);
+    for (const int sig : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(sig);
+        const std::string exports = dir.file("exports-" + std::to_string(sig));
+        const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ASSERT_GE(out, 0);
+        const pid_t child =
+            startRecord({"--virtual-device", "file=" + side + ",speed=4", "--export-dir", exports,
+                         "--split", "off", "--preset", "none"},
+                        out);
+        close(out);
+        ASSERT_GT(child, 0);
+        const std::string track = exports + "/WXRTTmpFile.1.wav";
+        for (int i = 0; i < 100 && !std::filesystem::exists(track); ++i)
+            usleep(50'000);
+        usleep(500'000);
+        kill(child, sig);
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        const std::string text = readFile(dir.file("output.txt"));
+        ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status) << "\n" << text;
+        EXPECT_EQ(WEXITSTATUS(status), 0) << text;
+        EXPECT_NE(text.find("Recording ended (interrupted)"), std::string::npos) << text;
+        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\n") << text;
+        const test::SoundInfo info = test::soundInfo(track);
+        EXPECT_GT(info.frames, 44100);
+        EXPECT_EQ(headerDataBytes(track), 4 * info.frames);
+    }
+}
+
 // A recording that was never exported is not thrown away by the next one unless asked; once
 // exported (or discarded) the folder is free again.
 TEST(RecordCommand, KeepsAnUnexportedRecordingUnlessToldToDiscardIt) {
