@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
+#include "cli/Terminal.h"
 
 #include <cstdio>
 
@@ -17,15 +18,16 @@ int digitizeCommand(Arguments& args) {
     ExportFolderLock lock;
     if (const int refused = claimExportFolder(record, lock, "digitize"))
         return refused;
+    DiagnosticLog log;
+    log.open(diagnosticLogPath(exportFolderOf(record)), "waxline-cli digitize", record.verbose);
     RecordResult result;
     const int recorded = recordSide(record, result);
     if (recorded != 0)
         return recorded;
     if (result.endedBy == "interrupted") {
         // The last track was cut off: exported, it would carry its full title. Keep, not export.
-        const std::string folder =
-            record.exportDir.empty() ? defaultExportFolder() : record.exportDir;
-        std::fprintf(stderr,
+        const std::string folder = exportFolderOf(record);
+        std::fprintf(userErr(),
                      "The recording was interrupted: %d track%s (the last one cut off) %s kept "
                      "in %s and nothing was exported. Export them with: waxline-cli export "
                      "--export-dir %s --artist A --album B [--title T]...\n",
@@ -34,11 +36,11 @@ int digitizeCommand(Arguments& args) {
         return 130;
     }
     if (result.countedTracks == 0) {
-        std::fprintf(stderr, "The recording holds no track to export (%s)\n",
+        std::fprintf(userErr(), "The recording holds no track to export (%s)\n",
                      result.endedBy.c_str());
         return 1;
     }
-    std::printf("\n");
+    std::fprintf(userOut(), "\n");
     exportOptions.tracks = result.countedTracks;
     exportOptions.exportDir = record.exportDir;
     return exportRecording(exportOptions, &lock);

@@ -1,5 +1,7 @@
 #include "cli/ExportSession.h"
 
+#include "cli/Terminal.h"
+
 #include "exporting/ExportFolders.h"
 #include "exporting/ExportPipeline.h"
 #include "exporting/LibraryImporter.h"
@@ -173,10 +175,10 @@ bool lockExportFolder(ExportFolderLock& lock, const std::string& folder, FolderU
     case ExportFolderLock::Outcome::Taken:
         return true;
     case ExportFolderLock::Outcome::Held:
-        std::fprintf(stderr, "waxline-cli %s: %s\n", command, folderInUse(folder, lock).c_str());
+        std::fprintf(userErr(), "waxline-cli %s: %s\n", command, folderInUse(folder, lock).c_str());
         return false;
     case ExportFolderLock::Outcome::Failed:
-        std::fprintf(stderr, "waxline-cli %s: cannot lock the export folder %s (%s)\n", command,
+        std::fprintf(userErr(), "waxline-cli %s: cannot lock the export folder %s (%s)\n", command,
                      folder.c_str(), std::strerror(lock.errorNumber()));
         return false;
     }
@@ -187,7 +189,7 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     const std::string folder = options.exportDir.empty() ? exportFolder() : options.exportDir;
     std::error_code ec;
     if (!std::filesystem::is_directory(folder, ec)) {
-        std::fprintf(stderr, "No recorded tracks to export in %s\n", folder.c_str());
+        std::fprintf(userErr(), "No recorded tracks to export in %s\n", folder.c_str());
         return 2;
     }
 
@@ -203,18 +205,19 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         const std::optional<int> counted = countedTracks(folder);
         tracks = counted ? *counted : trackFilesPresent(folder);
         if (!counted && tracks > 0)
-            std::printf("No track count beside the files in %s: exporting all %d track files\n",
-                        folder.c_str(), tracks);
+            std::fprintf(userOut(),
+                         "No track count beside the files in %s: exporting all %d track files\n",
+                         folder.c_str(), tracks);
     }
     if (tracks == 0) {
-        std::fprintf(stderr, "No recorded tracks to export in %s\n", folder.c_str());
+        std::fprintf(userErr(), "No recorded tracks to export in %s\n", folder.c_str());
         return 2;
     }
 
     bool tooManyTitles = false;
     const std::string mismatch = titleMismatch(options.titles, tracks, tooManyTitles);
     if (!mismatch.empty())
-        std::fprintf(stderr, "waxline-cli export: %s%s\n", tooManyTitles ? "warning: " : "",
+        std::fprintf(userErr(), "waxline-cli export: %s%s\n", tooManyTitles ? "warning: " : "",
                      mismatch.c_str());
 
     const LibraryImporter importer(options.libraryDir.empty() ? musicFolder() : options.libraryDir);
@@ -222,35 +225,35 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     const int probed =
         probeUntilAvailable([&] { return importer.probe(); }, {}, [] { return false; });
     if (probed != 0) {
-        std::fprintf(stderr, "waxline-cli export: %s; nothing was exported\n",
+        std::fprintf(userErr(), "waxline-cli export: %s; nothing was exported\n",
                      musicFolderProblem(importer.folder(), "cannot be written").c_str());
         return 1;
     }
 
-    std::printf("Exporting %d track%s from %s to %s\n", tracks, tracks == 1 ? "" : "s",
-                folder.c_str(), importer.folder().c_str());
-    std::fflush(stdout);
+    std::fprintf(userOut(), "Exporting %d track%s from %s to %s\n", tracks, tracks == 1 ? "" : "s",
+                 folder.c_str(), importer.folder().c_str());
+    std::fflush(userOut());
 
     ExportPipeline pipeline(importer);
     pipeline.onTrackConverted = [](const TrackOutcome& o) {
         if (!o.ok)
-            std::fprintf(stderr, "export of track %d failed: %s\n", o.index,
+            std::fprintf(userErr(), "export of track %d failed: %s\n", o.index,
                          describe(o.problem).c_str());
     };
     pipeline.onTrackDone = [](const TrackOutcome& o, int total) {
         if (o.ok)
-            std::printf("track %d/%d  #%s  %s\n", o.index, total, o.number.c_str(),
-                        o.libraryPath.c_str());
+            std::fprintf(userOut(), "track %d/%d  #%s  %s\n", o.index, total, o.number.c_str(),
+                         o.libraryPath.c_str());
         else
-            std::printf("track %d/%d  #%s  FAILED: %s\n", o.index, total, o.number.c_str(),
-                        describe(o.problem).c_str());
+            std::fprintf(userOut(), "track %d/%d  #%s  FAILED: %s\n", o.index, total,
+                         o.number.c_str(), describe(o.problem).c_str());
         for (const auto& warning : o.warnings)
-            std::printf("  warning: %s\n", describe(warning).c_str());
-        std::fflush(stdout);
+            std::fprintf(userOut(), "  warning: %s\n", describe(warning).c_str());
+        std::fflush(userOut());
     };
     // Nobody is there to fix the folder and confirm, so a failing check ends the export.
     pipeline.onProbeFailed = [&importer](int) {
-        std::fprintf(stderr, "waxline-cli export: %s; the remaining tracks were not exported\n",
+        std::fprintf(userErr(), "waxline-cli export: %s; the remaining tracks were not exported\n",
                      musicFolderProblem(importer.folder(), "can no longer be written").c_str());
         return false;
     };
@@ -269,19 +272,19 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     const std::vector<TrackOutcome> outcomes = pipeline.run(request, numbering);
 
     int failed = 0;
-    std::printf("\nLibrary files made:\n");
+    std::fprintf(userOut(), "\nLibrary files made:\n");
     for (const auto& o : outcomes) {
         if (o.ok)
-            std::printf("  %s\n", o.libraryPath.c_str());
+            std::fprintf(userOut(), "  %s\n", o.libraryPath.c_str());
         else
             ++failed;
     }
     if (failed == 0)
         return tooManyTitles ? 1 : 0;
-    std::fprintf(stderr, "%d of %zu tracks failed:\n", failed, outcomes.size());
+    std::fprintf(userErr(), "%d of %zu tracks failed:\n", failed, outcomes.size());
     for (const auto& o : outcomes) {
         if (!o.ok)
-            std::fprintf(stderr, "  track %d: %s\n", o.index, describe(o.problem).c_str());
+            std::fprintf(userErr(), "  track %d: %s\n", o.index, describe(o.problem).c_str());
     }
     return 1;
 }

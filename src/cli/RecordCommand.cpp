@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
+#include "cli/Terminal.h"
 #include "exporting/ExportFolders.h"
 
 #include <cstdio>
@@ -30,19 +31,23 @@ RecordOptions recordOptionsFrom(Arguments& args) {
         throw BadValue("--max-seconds must not be negative");
     options.exportDir = args.option("--export-dir").value_or("");
     options.discard = args.flag("--discard");
+    options.verbose = args.flag("--verbose");
     return options;
 }
 
+std::string exportFolderOf(const RecordOptions& options) {
+    return options.exportDir.empty() ? defaultExportFolder() : options.exportDir;
+}
+
 int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, const char* command) {
-    const std::string folder =
-        options.exportDir.empty() ? defaultExportFolder() : options.exportDir;
+    const std::string folder = exportFolderOf(options);
     std::error_code ec;
     std::filesystem::create_directories(folder, ec);
     if (!lockExportFolder(lock, folder, FolderUse::Recording, command))
         return 1;
     if (!options.discard && exporting::holdsUnexportedRecording(folder)) {
         const int files = exporting::trackFilesPresent(folder);
-        std::fprintf(stderr,
+        std::fprintf(userErr(),
                      "waxline-cli %s: %s holds a recording (%d track file%s) that was never "
                      "exported; export it first (waxline-cli export --export-dir %s --artist A "
                      "--album B), or give --discard to record over it\n",
@@ -59,6 +64,8 @@ int recordCommand(Arguments& args) {
     ExportFolderLock lock;
     if (const int refused = claimExportFolder(options, lock, "record"))
         return refused;
+    DiagnosticLog log;
+    log.open(diagnosticLogPath(exportFolderOf(options)), "waxline-cli record", options.verbose);
     RecordResult result;
     return recordSide(options, result);
 }

@@ -4,6 +4,7 @@
 #include "capture/RecordingSequence.h"
 #include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
+#include "cli/Terminal.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -67,11 +68,11 @@ public:
     void audioDetectedAlbumEnd() override { albumEnded = true; }
     void audioRecordingStopped(const RecordingStop& stop) override {
         stoppedReason = describe(stop);
-        std::fprintf(stderr, "\nwaxline-cli record: %s\n", stoppedReason.c_str());
+        std::fprintf(userErr(), "\nwaxline-cli record: %s\n", stoppedReason.c_str());
     }
     // The keys are printed as they are: the command line has no catalogue.
     void audioShowAlert(const CaptureAlert& alert) override {
-        std::fprintf(stderr, "\n%s: %s (%s)\n", alert.titleKey.c_str(), alert.message.c_str(),
+        std::fprintf(userErr(), "\n%s: %s (%s)\n", alert.titleKey.c_str(), alert.message.c_str(),
                      alert.buttonKey.c_str());
         if (stoppedReason.empty())
             stoppedReason = alert.message;
@@ -142,7 +143,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     try {
         platform = platform::openPlatform(options.virtualDevice);
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "waxline-cli record: %s\n", e.what());
+        std::fprintf(userErr(), "waxline-cli record: %s\n", e.what());
         return 2;
     }
 
@@ -156,7 +157,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     if (!options.input.empty()) {
         const platform::AudioObjectID id = findInput(*platform.audio, options.input);
         if (id == platform::kNoDevice) {
-            std::fprintf(stderr,
+            std::fprintf(userErr(),
                          "waxline-cli record: no input named '%s'; 'waxline-cli devices' lists "
                          "the inputs\n",
                          options.input.c_str());
@@ -170,21 +171,21 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         case 1:
             break;
         case 2:
-            std::fprintf(stderr, "waxline-cli record: more than one supported USB turntable or "
-                                 "cassette player is attached; unplug all but one\n");
+            std::fprintf(userErr(), "waxline-cli record: more than one supported USB turntable or "
+                                    "cassette player is attached; unplug all but one\n");
             return 2;
         case 3:
-            std::fprintf(stderr,
+            std::fprintf(userErr(),
                          "waxline-cli record: several audio inputs match the supported device; "
                          "name one with --input\n");
             return 2;
         default:
             if (audio.device())
-                std::fprintf(stderr,
+                std::fprintf(userErr(),
                              "waxline-cli record: the supported device is attached but no audio "
                              "input carries its name; name the input with --input\n");
             else
-                std::fprintf(stderr,
+                std::fprintf(userErr(),
                              "waxline-cli record: no supported USB turntable or cassette player "
                              "found; connect one, or name an input with --input\n");
             return 2;
@@ -192,13 +193,14 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     }
 
     if (audio.playThroughTarget().route != PlayThroughRoute::Direct)
-        std::fprintf(stderr, "%s\n", playThroughWarning(*platform.audio, audio).c_str());
+        std::fprintf(userErr(), "%s\n", playThroughWarning(*platform.audio, audio).c_str());
 
     // As the application's wizard; a device it would ask about is taken for a turntable here.
     if (preset == "auto") {
         if (choosePresetByDevice(audio) == PresetChoice::AskUser) {
-            std::printf("Taking the device for a turntable; give --preset none or --preset "
-                        "chrome for a cassette deck\n");
+            std::fprintf(userOut(),
+                         "Taking the device for a turntable; give --preset none or --preset "
+                         "chrome for a cassette deck\n");
             choosePresetFor(audio, PlaybackDevice::Turntable);
         }
     } else if (preset == "none")
@@ -218,14 +220,14 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     sequence.prepare(options.automaticSplit);
     if (!sequence.openFirstTrack()) {
         audio.stopPlayThru();
-        std::fprintf(stderr, "waxline-cli record: cannot record into %s\n",
+        std::fprintf(userErr(), "waxline-cli record: cannot record into %s\n",
                      audio.exportFolder().c_str());
         return 1;
     }
-    std::printf("Recording from input %u into %s%s\n", audio.inputDeviceID(),
-                audio.exportFolder().c_str(),
-                options.automaticSplit ? " (tracks split at the gaps)" : "");
-    std::fflush(stdout);
+    std::fprintf(userOut(), "Recording from input %u into %s%s\n", audio.inputDeviceID(),
+                 audio.exportFolder().c_str(),
+                 options.automaticSplit ? " (tracks split at the gaps)" : "");
+    std::fflush(userOut());
 
     // Ctrl-C, a logout (SIGHUP) and a shutdown (SIGTERM) all stop the recording cleanly, with
     // the files closed and the count left.
@@ -264,12 +266,13 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
             options.onTick(audio, platform);
         const float l = GetVUMaxL(), r = GetVUMaxR();
         if (options.showStatus && (tty || ++ticks % 50 == 0)) {
-            std::printf(
-                "%strack %d  %s  L %s dBFS  R %s dBFS%s  dropped %llu%s", tty ? "\r" : "",
-                audio.numRecordedTracks(), clock(audio.currentTrackSeconds()).c_str(),
-                dbfs(l).c_str(), dbfs(r).c_str(), (l >= 1.0f || r >= 1.0f) ? "  CLIP" : "      ",
-                static_cast<unsigned long long>(counters.droppedBuffers), tty ? "\x1b[K" : "\n");
-            std::fflush(stdout);
+            std::fprintf(userOut(), "%strack %d  %s  L %s dBFS  R %s dBFS%s  dropped %llu%s",
+                         tty ? "\r" : "", audio.numRecordedTracks(),
+                         clock(audio.currentTrackSeconds()).c_str(), dbfs(l).c_str(),
+                         dbfs(r).c_str(), (l >= 1.0f || r >= 1.0f) ? "  CLIP" : "      ",
+                         static_cast<unsigned long long>(counters.droppedBuffers),
+                         tty ? "\x1b[K" : "\n");
+            std::fflush(userOut());
         }
     });
     status.start();
@@ -278,7 +281,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     for (size_t i = 0; i < std::size(stopSignals); ++i)
         sigaction(stopSignals[i], &previous[i], nullptr);
     if (tty && options.showStatus)
-        std::printf("\n");
+        std::fprintf(userOut(), "\n");
 
     audio.stopPlayThru();
     if (audio.recording())
@@ -307,13 +310,13 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         result.files.push_back({path, wavSeconds(path), n <= result.countedTracks});
     }
 
-    std::printf("Recording ended (%s): %d track%s, %llu dropped buffer%s\n", result.endedBy.c_str(),
-                result.countedTracks, result.countedTracks == 1 ? "" : "s",
-                static_cast<unsigned long long>(result.droppedBuffers),
-                result.droppedBuffers == 1 ? "" : "s");
+    std::fprintf(userOut(), "Recording ended (%s): %d track%s, %llu dropped buffer%s\n",
+                 result.endedBy.c_str(), result.countedTracks, result.countedTracks == 1 ? "" : "s",
+                 static_cast<unsigned long long>(result.droppedBuffers),
+                 result.droppedBuffers == 1 ? "" : "s");
     for (const auto& f : result.files)
-        std::printf("  %s  %s (%.3f s)%s\n", f.path.c_str(), clock(f.seconds).c_str(), f.seconds,
-                    f.counted ? "" : "  run-out after the album end, not counted");
+        std::fprintf(userOut(), "  %s  %s (%.3f s)%s\n", f.path.c_str(), clock(f.seconds).c_str(),
+                     f.seconds, f.counted ? "" : "  run-out after the album end, not counted");
     const bool failed = !delegate.stoppedReason.empty() && !delegate.albumEnded;
     return failed ? 1 : 0;
 }

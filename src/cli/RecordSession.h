@@ -26,6 +26,7 @@ struct RecordOptions {
     double maxSeconds = 0; // of recorded audio; 0: no limit
     std::string exportDir; // empty: the default export folder
     bool discard = false;  // a recording never exported may be thrown away
+    bool verbose = false;  // the engine's diagnostic lines on the terminal too, not only the log
     bool showStatus = true;
     // Called on the main thread at every status tick while recording (every 100 ms), with the
     // controller and the platform it records from: lets tests unplug the deck or stall the writer.
@@ -55,6 +56,9 @@ RecordOptions recordOptionsFrom(Arguments& args);
 // away no recording that was never exported (unless options.discard). Returns 0 when the
 // recording may start, else the exit status, with the reason printed as `command`.
 int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, const char* command);
+
+// The export folder the options name, or the default one.
+std::string exportFolderOf(const RecordOptions& options);
 
 // Records one side exactly as the application does: detects the device (or takes the named
 // input), starts the monitor, and records through the capture controller until the album end,

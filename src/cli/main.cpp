@@ -36,7 +36,7 @@ const Command kCommands[] = {
      "  --input INPUT    an input by id, server name or shown name\n"},
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
-     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard]",
+     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard] [--verbose]",
      "Records one side into the export folder, a WAV per track.\n"
      "  --input INPUT    record this input instead of the detected USB device\n"
      "  --preset P       equalisation: auto (by device), none, riaa, chrome or brightspin\n"
@@ -44,7 +44,9 @@ const Command kCommands[] = {
      "  --gain DB        file gain from -60 to 40 dB\n"
      "  --max-seconds N  stop after N seconds of recorded audio\n"
      "  --export-dir DIR the folder for the track files\n"
-     "  --discard        record even though the folder holds a recording never exported\n"},
+     "  --discard        record even though the folder holds a recording never exported\n"
+     "  --verbose        shows the device and filter diagnostics, which otherwise go only to\n"
+     "                   the log file beside the export folder (DIR.log)\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
      "[--library DIR] [--jobs N] [--unicode-tags]",
@@ -63,7 +65,7 @@ const Command kCommands[] = {
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
-     "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard]",
+     "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose]",
      "Records one side, then exports it: the options of record and export together.\n"
      "Interrupted (Ctrl-C), it keeps the tracks but exports nothing and exits 130.\n"},
 };

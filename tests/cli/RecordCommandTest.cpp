@@ -201,6 +201,44 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
     }
 }
 
+// The engine's diagnostic lines go to the log beside the export folder; the terminal sees them
+// only with --verbose, and the user's lines always.
+TEST(RecordCommand, DiagnosticsGoToTheLogAndToTheTerminalOnlyWhenVerbose) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
+    const std::string exports = dir.file("exports");
+    const std::string log = dir.file("exports.log");
+    const char* const diagnostics[] = {"selectInputFromDeviceList Device = ", "setNoFilter",
+                                       "Found device VID 0x08BB"};
+    for (const bool verbose : {false, true}) {
+        SCOPED_TRACE(verbose);
+        std::string out;
+        ASSERT_EQ(test::runCommand(test::cliPath() + " record --discard --virtual-device " +
+                                       test::shellQuote("file=" + side + ",speed=max") +
+                                       " --export-dir " + test::shellQuote(exports) +
+                                       " --preset none --max-seconds 1" +
+                                       (verbose ? " --verbose" : ""),
+                                   out),
+                  0)
+            << out;
+        EXPECT_NE(out.find("Recording from input"), std::string::npos) << out;
+        EXPECT_NE(out.find("Recording ended (time limit)"), std::string::npos) << out;
+        const std::string logged = readFile(log);
+        for (const char* line : diagnostics) {
+            EXPECT_EQ(out.find(line) != std::string::npos, verbose) << line << " in\n" << out;
+            EXPECT_NE(logged.find(line), std::string::npos) << line << " in\n" << logged;
+        }
+        EXPECT_EQ(logged.find("Recording from input"), std::string::npos) << logged;
+    }
+    // Each run appends under its own heading.
+    const std::string logged = readFile(log);
+    size_t runs = 0;
+    for (size_t at = logged.find("waxline-cli record"); at != std::string::npos;
+         at = logged.find("waxline-cli record", at + 1))
+        ++runs;
+    EXPECT_EQ(runs, 2u) << logged;
+}
+
 // A recording that was never exported is not thrown away by the next one unless asked; once
 // exported (or discarded) the folder is free again.
 TEST(RecordCommand, KeepsAnUnexportedRecordingUnlessToldToDiscardIt) {
