@@ -42,20 +42,40 @@ std::unique_ptr<QCoreApplication> ensureApplication() {
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 
-// The command line's words for a recording that ended by itself.
+// What the file library and the system said, in parentheses; nothing when they said nothing
+// useful (libsndfile answers "No Error." when the fault lay elsewhere).
+std::string detailOf(const RecordingStop& stop) {
+    if (stop.errorText.empty() || stop.errorText.rfind("No Error", 0) == 0)
+        return {};
+    return " (" + stop.errorText + ")";
+}
+
+std::string folderOf(const std::string& path) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+// The command line's words for a recording that ended by itself: what failed and what to do.
 std::string describe(const RecordingStop& stop) {
     switch (stop.reason) {
     case RecordingStopReason::DeviceGone:
         break;
-    case RecordingStopReason::WriteFailed:
     case RecordingStopReason::DiskFull:
-        return "The recording was stopped because a track file could not be written (writing " +
-               stop.path + " failed: " + stop.errorText + "). What was recorded before is kept.";
+        return "The disk is full: the recording was stopped while writing " + stop.path +
+               ". What was recorded before is kept; free space on the disk that holds " +
+               folderOf(stop.path) + " and record again.";
+    case RecordingStopReason::WriteFailed:
+        return "The recording was stopped because track file " + stop.path +
+               " could not be written" + detailOf(stop) +
+               ". What was recorded before is kept; check the disk and record again.";
     case RecordingStopReason::FolderGone:
+        return "The export folder " + folderOf(stop.path) +
+               " was removed while recording, and the tracks recorded into it went with it; "
+               "the recording was stopped. Record the side again.";
     case RecordingStopReason::FileNotCreated:
-        return "The recording was stopped because the next track file could not be created "
-               "(cannot create " +
-               stop.path + ": " + stop.errorText + "). What was recorded before is kept.";
+        return "The recording was stopped because the next track file " + stop.path +
+               " could not be created" + detailOf(stop) +
+               ". What was recorded before is kept; check the export folder and record again.";
     }
     return "The recording device was disconnected; the recording has been stopped and the "
            "tracks recorded so far are kept.";
@@ -310,15 +330,17 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         result.files.push_back({path, wavSeconds(path), n <= result.countedTracks});
     }
 
+    // A failure has been said in full already; the summary does not say it again.
+    const bool reasonShown = !delegate.stoppedReason.empty() && !delegate.albumEnded;
     std::fprintf(userOut(), "Recording ended (%s): %d track%s, %llu dropped buffer%s\n",
-                 result.endedBy.c_str(), result.countedTracks, result.countedTracks == 1 ? "" : "s",
+                 reasonShown ? "stopped" : result.endedBy.c_str(), result.countedTracks,
+                 result.countedTracks == 1 ? "" : "s",
                  static_cast<unsigned long long>(result.droppedBuffers),
                  result.droppedBuffers == 1 ? "" : "s");
     for (const auto& f : result.files)
         std::fprintf(userOut(), "  %s  %s (%.3f s)%s\n", f.path.c_str(), clock(f.seconds).c_str(),
                      f.seconds, f.counted ? "" : "  run-out after the album end, not counted");
-    const bool failed = !delegate.stoppedReason.empty() && !delegate.albumEnded;
-    return failed ? 1 : 0;
+    return reasonShown ? 1 : 0;
 }
 
 } // namespace waxline::cli

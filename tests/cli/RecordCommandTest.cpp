@@ -167,6 +167,41 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
     }
 }
 
+// A full disk: the recording stops, says so once in words a person can act on, and the summary
+// does not repeat it. The disk is a 600 kB tmpfs in a private mount namespace.
+TEST(RecordCommand, AFullDiskIsSaidOnceWithWhatToDo) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 1, 2);
+    const std::string disk = dir.file("disk");
+    std::filesystem::create_directories(disk);
+    std::string probe;
+    if (test::runCommand(
+            "unshare -rm sh -c " +
+                test::shellQuote("mount -t tmpfs -o size=600k tmpfs " + test::shellQuote(disk)),
+            probe) != 0)
+        GTEST_SKIP() << "no private tmpfs here: " << probe;
+    const std::string exports = disk + "/exports";
+    std::string out;
+    const int status = test::runCommand(
+        "unshare -rm sh -c " +
+            test::shellQuote("mount -t tmpfs -o size=600k tmpfs " + test::shellQuote(disk) +
+                             " && exec " + test::shellQuote(test::cliPath()) +
+                             " record --virtual-device " +
+                             test::shellQuote("file=" + side + ",speed=max") + " --export-dir " +
+                             test::shellQuote(exports) + " --split off --preset none"),
+        out);
+    EXPECT_EQ(status, 1) << out;
+    const std::string said = "The disk is full";
+    ASSERT_NE(out.find(said), std::string::npos) << out;
+    EXPECT_EQ(out.find(said, out.find(said) + 1), std::string::npos) << "said twice:\n" << out;
+    EXPECT_NE(out.find("free space on the disk that holds " + exports + " and record again"),
+              std::string::npos)
+        << out;
+    EXPECT_EQ(out.find("No Error"), std::string::npos) << out;
+    EXPECT_EQ(out.find("err = "), std::string::npos) << out;
+    EXPECT_NE(out.find("Recording ended (stopped): 1 track"), std::string::npos) << out;
+}
+
 // A logout (SIGHUP) or a shutdown (SIGTERM) stops a recording as cleanly as Ctrl-C: exit 0, the
 // track file complete and the count left for the export.
 TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
@@ -214,7 +249,7 @@ TEST(RecordCommand, DiagnosticsGoToTheLogAndToTheTerminalOnlyWhenVerbose) {
         SCOPED_TRACE(verbose);
         std::string out;
         ASSERT_EQ(test::runCommand(test::cliPath() + " record --discard --virtual-device " +
-                                       test::shellQuote("file=" + side + ",speed=max") +
+                                       test::shellQuote("file=" + side + ",speed=20") +
                                        " --export-dir " + test::shellQuote(exports) +
                                        " --preset none --max-seconds 1" +
                                        (verbose ? " --verbose" : ""),
