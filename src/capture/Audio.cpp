@@ -336,7 +336,10 @@ std::unique_ptr<RecorderEngine> Audio::newRecorderEngine(const std::string& path
     // Writer thread / platform thread: flag only; the poll stops the recording.
     engine->setFailureHandler([this](const TrackFileError& failure) {
         const bool full = failure.errorNumber == ENOSPC || failure.errorNumber == EDQUOT;
-        mWriteFailure = {full ? RecordingStopReason::DiskFull : RecordingStopReason::WriteFailed,
+        const bool gone = failure.errorNumber == ENOENT;
+        mWriteFailure = {full   ? RecordingStopReason::DiskFull
+                         : gone ? RecordingStopReason::FolderGone
+                                : RecordingStopReason::WriteFailed,
                          failure.path, failure.text};
         mPendingWriteFailure.store(true, std::memory_order_release);
     });

@@ -13,7 +13,7 @@ enum class RecordingStopReason {
     DeviceGone,     // the capture device vanished or its stream failed
     WriteFailed,    // a track file could not be written
     DiskFull,       // a track file could not be written: no space left (or the quota is used up)
-    FolderGone,     // the next track file could not be made: the export folder is gone
+    FolderGone,     // the export folder (or the track file) went away while recording
     FileNotCreated, // the next track file could not be made for another reason
 };
 

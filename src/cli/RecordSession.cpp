@@ -68,10 +68,16 @@ std::string describe(const RecordingStop& stop) {
         return "The recording was stopped because track file " + stop.path +
                " could not be written" + detailOf(stop) +
                ". What was recorded before is kept; check the disk and record again.";
-    case RecordingStopReason::FolderGone:
+    case RecordingStopReason::FolderGone: {
+        std::error_code ec;
+        if (std::filesystem::is_directory(folderOf(stop.path), ec))
+            return "Track file " + stop.path +
+                   " was deleted while recording, and what it held went with it; the recording "
+                   "was stopped. The tracks before it are kept.";
         return "The export folder " + folderOf(stop.path) +
-               " was removed while recording, and the tracks recorded into it went with it; "
+               " was removed while recording, and every track recorded into it went with it; "
                "the recording was stopped. Record the side again.";
+    }
     case RecordingStopReason::FileNotCreated:
         return "The recording was stopped because the next track file " + stop.path +
                " could not be created" + detailOf(stop) +

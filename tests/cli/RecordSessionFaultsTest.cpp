@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -71,6 +74,41 @@ long long framesIn(const cli::RecordResult& result) {
         frames += std::max(0LL, info.frames);
     }
     return frames;
+}
+
+// The export folder is deleted during the recording: within a second the recording stops and
+// says that the tracks went with the folder, instead of writing on into deleted files and
+// claiming they were kept.
+TEST(RecordSessionFaults, DeletedExportFolderStopsTheRecordingWithinASecond) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
+    cli::RecordOptions options;
+    options.virtualDevice = "file=" + side + ",speed=2";
+    options.exportDir = dir.file("exports");
+    options.showStatus = false;
+    std::chrono::steady_clock::time_point deletedAt;
+    options.onTick = [&](Audio& audio, platform::Platform&) {
+        if (deletedAt == std::chrono::steady_clock::time_point() &&
+            audio.recorderCounters().capturedFrames > 2 * 44100) {
+            std::filesystem::remove_all(options.exportDir);
+            deletedAt = std::chrono::steady_clock::now();
+        }
+    };
+    cli::RecordResult result;
+    CapturedOutput output(dir.file("output.txt"));
+    const int status = cli::recordSide(options, result);
+    const auto stoppedAt = std::chrono::steady_clock::now();
+    const std::string text = output.text();
+
+    ASSERT_NE(deletedAt, std::chrono::steady_clock::time_point()) << text;
+    EXPECT_EQ(status, 1) << text;
+    EXPECT_LT(std::chrono::duration<double>(stoppedAt - deletedAt).count(), 1.0) << text;
+    EXPECT_NE(text.find("was removed while recording, and every track recorded into it went with "
+                        "it"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("is kept"), std::string::npos) << text;
+    EXPECT_EQ(text.find("are kept"), std::string::npos) << text;
 }
 
 // The deck is pulled out during the second track: the recording ends as if Stop had been

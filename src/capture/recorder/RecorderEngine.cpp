@@ -1,6 +1,9 @@
 #include "capture/recorder/RecorderEngine.h"
 
+#include <fcntl.h>
 #include <sndfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,6 +21,8 @@ namespace {
 constexpr auto kHeaderInterval = std::chrono::milliseconds(500);
 constexpr double kHeaderAudioSeconds = 0.5;
 constexpr auto kIdleWait = std::chrono::milliseconds(2);
+// How often the writer looks whether the current file still has a name.
+constexpr auto kLinkCheckInterval = std::chrono::milliseconds(250);
 
 int16_t toPcm16(float x) {
     const float v = std::nearbyint(x * 32767.0f);
@@ -28,6 +33,7 @@ int16_t toPcm16(float x) {
 
 struct RecorderEngine::TrackFile {
     SNDFILE* sf = nullptr;
+    int fd = -1; // owned by sf; kept to watch the file's link count
     float gain = 1;
     std::string path;
     std::chrono::steady_clock::time_point headerWritten;
@@ -65,14 +71,23 @@ bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float
     info.samplerate = static_cast<int>(static_cast<float>(sampleRate));
     info.channels = 2;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    // Opened here rather than by libsndfile, so the writer can see the file being deleted.
+    const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        const int err = errno;
+        error = {path, err, std::strerror(err)};
+        return false;
+    }
     errno = 0;
-    SNDFILE* sf = sf_open(path.c_str(), SFM_WRITE, &info);
+    SNDFILE* sf = sf_open_fd(fd, SFM_WRITE, &info, SF_TRUE);
     if (!sf) {
         error = {path, errno, sf_strerror(nullptr)};
+        ::close(fd);
         return false;
     }
     auto* file = new TrackFile;
     file->sf = sf;
+    file->fd = fd;
     file->gain = std::pow(10.0f, gainDb / 20.0f);
     file->path = path;
     file->headerWritten = std::chrono::steady_clock::now();
@@ -209,6 +224,14 @@ void RecorderEngine::writerLoop() {
         }
         if (last)
             break;
+        const auto now = std::chrono::steady_clock::now();
+        if (current && now - lastLinkCheck >= kLinkCheckInterval) {
+            lastLinkCheck = now;
+            struct stat status {};
+            // Deleted (with its folder, say), the file takes everything written on into nothing.
+            if (::fstat(current->fd, &status) == 0 && status.st_nlink == 0)
+                fail({current->path, ENOENT, "the file was deleted while recording"});
+        }
         if (current &&
             std::chrono::steady_clock::now() - current->headerWritten >= kHeaderInterval) {
             sf_command(current->sf, SFC_UPDATE_HEADER_NOW, nullptr, 0);

@@ -4,6 +4,7 @@
 #include "util/SpscFifo.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -129,6 +130,7 @@ private:
 
     // Writer-thread state.
     TrackFile* current = nullptr;
+    std::chrono::steady_clock::time_point lastLinkCheck;
     uint32_t currentGeneration = 0;
     std::unique_ptr<int16_t[]> pcm;
     std::atomic<uint64_t> writtenFrames{0};
