@@ -3,6 +3,7 @@
 #include "capture/chain/InputChain.h"
 #include "capture/recorder/TrackFiles.h"
 
+#include <algorithm>
 #include <fstream>
 #include <utility>
 
@@ -34,6 +35,7 @@ RecordingSequence::RecordingSequence(CaptureControl& control, EmptyFolder empty)
     , emptyFolder(std::move(empty)) {}
 
 void RecordingSequence::prepare(bool automaticSplit) {
+    closedTracksWritten = 0;
     // Only this recording's tracks may be in the folder when the export reads it back.
     if (emptyFolder)
         emptyFolder(capture.exportFolder());
@@ -59,7 +61,17 @@ RecordingSequence::AfterAlbumEnd RecordingSequence::albumEnded() {
 
 void RecordingSequence::leaveTrackCount() {
     std::ofstream count(trackCountPath(capture.exportFolder()), std::ios::trunc);
-    count << capture.numRecordedTracks() << '\n';
+    count << capture.numRecordedTracks() << '\n' << kTrackCountFinished << '\n';
+}
+
+void RecordingSequence::keepCountCurrent() {
+    // The track being recorded is counted already; the ones before it are closed.
+    const int closed = std::max(0, capture.numRecordedTracks() - 1);
+    if (closed == closedTracksWritten)
+        return;
+    closedTracksWritten = closed;
+    std::ofstream count(trackCountPath(capture.exportFolder()), std::ios::trunc);
+    count << closed << '\n';
 }
 
 } // namespace waxline

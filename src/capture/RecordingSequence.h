@@ -45,13 +45,18 @@ public:
     // After the capture controller ended the album itself: leaves the count and says where the
     // wizard goes, to naming the tracks when any was counted, else back to the ready panel.
     AfterAlbumEnd albumEnded();
-    // Writes the number of counted tracks beside the files, so a later export knows how many
-    // to take; called by the above, and by a front end when a failure ended the recording.
+    // Writes the number of counted tracks beside the files, marked finished: the files are
+    // closed and the count is final, so a later export knows how many to take. Called by the
+    // above, and by a front end when a failure ended the recording.
     void leaveTrackCount();
+    // While recording, at every status tick: when a track has closed since the last call,
+    // writes how many have (not marked finished), so a crash leaves a count that is current.
+    void keepCountCurrent();
 
 private:
     CaptureControl& capture;
     EmptyFolder emptyFolder;
+    int closedTracksWritten = 0;
 };
 
 } // namespace waxline

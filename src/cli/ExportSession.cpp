@@ -4,6 +4,7 @@
 
 #include "exporting/ExportFolders.h"
 #include "exporting/ExportPipeline.h"
+#include "exporting/GrooveNoise.h"
 #include "exporting/LibraryImporter.h"
 #include "exporting/LibraryProbe.h"
 #include "exporting/UnknownNames.h"
@@ -201,13 +202,23 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         return 1;
 
     int tracks = options.tracks;
-    if (tracks < 0) {
-        const std::optional<int> counted = countedTracks(folder);
-        tracks = counted ? *counted : trackFilesPresent(folder);
-        if (!counted && tracks > 0)
+    if (tracks < 0 && recordingFinished(folder)) {
+        tracks = countedTracks(folder).value_or(0);
+        std::fprintf(userOut(), "The recording in %s finished cleanly: %d track%s\n",
+                     folder.c_str(), tracks, tracks == 1 ? "" : "s");
+    } else if (tracks < 0) {
+        // Cut off (a crash, a kill): the closed tracks and the one being recorded, unless that
+        // one caught nothing but the run-out groove.
+        tracks = trackFilesPresent(folder);
+        std::fprintf(userOut(),
+                     "The recording in %s was interrupted (it did not stop cleanly): %d track "
+                     "file%s, the last one cut off\n",
+                     folder.c_str(), tracks, tracks == 1 ? "" : "s");
+        if (tracks > 0 && holdsOnlyGrooveNoise(trackFileName(folder, tracks))) {
             std::fprintf(userOut(),
-                         "No track count beside the files in %s: exporting all %d track files\n",
-                         folder.c_str(), tracks);
+                         "Track file %d holds nothing but groove noise: it is left out\n", tracks);
+            --tracks;
+        }
     }
     if (tracks == 0) {
         std::fprintf(userErr(), "No recorded tracks to export in %s\n", folder.c_str());

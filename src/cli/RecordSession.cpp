@@ -288,6 +288,7 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
             loop.quit();
             return;
         }
+        sequence.keepCountCurrent();
         if (options.onTick)
             options.onTick(audio, platform);
         const float l = GetVUMaxL(), r = GetVUMaxR();

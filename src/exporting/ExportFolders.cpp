@@ -60,6 +60,13 @@ std::optional<int> countedTracks(const std::string& folder) {
     return static_cast<int>(count);
 }
 
+bool recordingFinished(const std::string& folder) {
+    std::ifstream in(trackCountPath(folder));
+    long count = -1;
+    std::string mark;
+    return (in >> count >> mark) && mark == kTrackCountFinished;
+}
+
 int trackFilesPresent(const std::string& folder) {
     int n = 0;
     std::error_code ec;

@@ -23,6 +23,10 @@ std::string mp3PathFor(const std::string& wavPath);
 // nothing when the file is missing or does not hold a count.
 std::optional<int> countedTracks(const std::string& folder);
 
+// Whether the count file says the recording stopped cleanly (its count is final); false for a
+// recording that was cut off, by a crash say, or has no count file.
+bool recordingFinished(const std::string& folder);
+
 // How many track files exist in a row from WXRTTmpFile.1.wav on.
 int trackFilesPresent(const std::string& folder);
 

@@ -63,21 +63,58 @@ void tones(const std::string& exports, int count) {
             test::writeToneWav(exports + "/WXRTTmpFile." + std::to_string(i) + ".wav", 0.8, 0.5));
 }
 
+// Run-out groove: faint hiss with a click every revolution (1.8 s), no music.
+bool grooveNoise(const std::string& path, double seconds) {
+    const size_t frames = static_cast<size_t>(seconds * 44100);
+    std::vector<float> left(frames), right(frames);
+    uint32_t state = 12345;
+    for (size_t i = 0; i < frames; ++i) {
+        state = state * 1664525u + 1013904223u;
+        const float hiss = (static_cast<float>(state >> 8) / 16777216.0f - 0.5f) * 0.004f;
+        const float click = i % 79380 < 20 ? 0.2f : 0.0f;
+        left[i] = hiss + click;
+        right[i] = hiss + click;
+    }
+    return test::writeStereoWav(path, left, right);
+}
+
 const CliCase kCases[] = {
     {"CountedTracksOnlyRunOutLeftOut",
      [](const std::string& e, const test::TempDir&) {
          tones(e, 3);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
      },
      "--artist 'Sam & Co' --album \"Live '79\" --title 'A \"b\" $(echo x)' --library {LIB}",
      "",
      0,
      {"track 1/2", "track 2/2", "Library files made:"},
      {"Sam & Co/Live '79/01 A \"b\" $(echo x).mp3", "Sam & Co/Live '79/02 Unknown.mp3"}},
+    {"InterruptedRecordingLeavesOutATrailingRunOut",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 2);
+         ASSERT_TRUE(grooveNoise(e + "/WXRTTmpFile.3.wav", 4.0));
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+     },
+     "--artist A --album B --library {LIB}",
+     "",
+     0,
+     {"was interrupted", "3 track files", "Track file 3 holds nothing but groove noise",
+      "track 2/2"},
+     {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"}},
+    {"InterruptedRecordingKeepsACutOffTrackWithMusic",
+     [](const std::string& e, const test::TempDir&) {
+         tones(e, 2);
+         std::ofstream(e + "/WXRTTmpFile.count") << "1\n";
+     },
+     "--artist A --album B --library {LIB}",
+     "",
+     0,
+     {"was interrupted", "track 2/2"},
+     {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"}},
     {"TracksOptionOverridesTheCount",
      [](const std::string& e, const test::TempDir&) {
          tones(e, 2);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
      },
      "--artist A --album B --tracks 1 --library {LIB}",
      "",
@@ -88,7 +125,7 @@ const CliCase kCases[] = {
      [](const std::string& e, const test::TempDir&) {
          tones(e, 3);
          std::ofstream(e + "/WXRTTmpFile.2.wav", std::ios::trunc).close();
-         std::ofstream(e + "/WXRTTmpFile.count") << "3\n";
+         std::ofstream(e + "/WXRTTmpFile.count") << "3\nfinished\n";
      },
      "--artist A --album B --library {LIB}",
      "",
@@ -116,7 +153,7 @@ const CliCase kCases[] = {
     {"MoreTitlesThanTracksNamesTheUnusedOnes",
      [](const std::string& e, const test::TempDir&) {
          tones(e, 2);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
+         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
      },
      "--artist A --album B --title One --title Two --title 'Three Left' --library {LIB}",
      "",
@@ -126,7 +163,7 @@ const CliCase kCases[] = {
     {"FewerTitlesThanTracksIsSaidButFine",
      [](const std::string& e, const test::TempDir&) {
          tones(e, 3);
-         std::ofstream(e + "/WXRTTmpFile.count") << "3\n";
+         std::ofstream(e + "/WXRTTmpFile.count") << "3\nfinished\n";
      },
      "--artist A --album B --title One --library {LIB}",
      "",
@@ -176,7 +213,7 @@ TEST(ExportCommandLock, RefusesAFolderInUseAndNamesTheHolder) {
     const std::string exports = dir.file("exports");
     fs::create_directories(exports);
     tones(exports, 2);
-    std::ofstream(exports + "/WXRTTmpFile.count") << "2\n";
+    std::ofstream(exports + "/WXRTTmpFile.count") << "2\nfinished\n";
     const std::string command = shellQuote(test::cliPath()) + " export --export-dir " +
                                 shellQuote(exports) + " --library " +
                                 shellQuote(dir.file("Music")) + " --artist A --album B";

@@ -167,6 +167,41 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
     }
 }
 
+// Killed during the second track, the recording leaves a count of the tracks closed so far, not
+// marked finished; the export then says it was interrupted and takes the cut-off track too.
+TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
+    const std::string exports = dir.file("exports");
+    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(out, 0);
+    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=10",
+                                     "--export-dir", exports, "--preset", "none"},
+                                    out);
+    close(out);
+    ASSERT_GT(child, 0);
+    const std::string second = exports + "/WXRTTmpFile.2.wav";
+    for (int i = 0; i < 400 && !std::filesystem::exists(second); ++i)
+        usleep(50'000);
+    usleep(800'000);
+    kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    const std::string text = readFile(dir.file("output.txt"));
+    ASSERT_TRUE(std::filesystem::exists(second)) << text;
+    EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\n") << text;
+
+    std::string exported;
+    EXPECT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
+                                   test::shellQuote(exports) + " --library " +
+                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
+                               exported),
+              0)
+        << exported;
+    EXPECT_NE(exported.find("was interrupted"), std::string::npos) << exported;
+    EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 2u) << exported;
+}
+
 // A full disk: the recording stops, says so once in words a person can act on, and the summary
 // does not repeat it. The disk is a 600 kB tmpfs in a private mount namespace.
 TEST(RecordCommand, AFullDiskIsSaidOnceWithWhatToDo) {
@@ -229,7 +264,7 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
         ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status) << "\n" << text;
         EXPECT_EQ(WEXITSTATUS(status), 0) << text;
         EXPECT_NE(text.find("Recording ended (interrupted)"), std::string::npos) << text;
-        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\n") << text;
+        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\nfinished\n") << text;
         const test::SoundInfo info = test::soundInfo(track);
         EXPECT_GT(info.frames, 44100);
         EXPECT_EQ(headerDataBytes(track), 4 * info.frames);

@@ -13,8 +13,11 @@ std::string defaultExportFolder();
 // "<folder>/WXRTTmpFile.<track>.wav"; the number is written as it is, 0 and negatives included.
 std::string trackFilePath(const std::string& folder, int track);
 
-// "<folder>/WXRTTmpFile.count": the count of counted tracks, left beside the files.
+// "<folder>/WXRTTmpFile.count": the count of counted tracks, left beside the files. While
+// recording it holds the tracks closed so far; a second line kTrackCountFinished says the
+// recording stopped cleanly and the count is final.
 std::string trackCountPath(const std::string& folder);
+inline constexpr const char* kTrackCountFinished = "finished";
 
 // "<folder>/WXRTTmpFile.exported": left by an export that got every track into the library,
 // so a new recording knows the files it would remove are safe elsewhere.
