@@ -1,6 +1,7 @@
 #include "exporting/ExportFolders.h"
 #include "capture/recorder/ExportFolderLock.h"
 
+#include "support/MediaFiles.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
@@ -58,6 +59,38 @@ TEST(ExportFolders, ClearTmpFolderEmptiesButKeepsTheFolder) {
     EXPECT_TRUE(fs::is_empty(exports));
     EXPECT_TRUE(fs::exists(dir.file("beside")));
     clearTmpFolder(dir.file("missing")); // nothing to do, no failure
+}
+
+// What a new recording would throw away: track files no full export has put in the library.
+TEST(ExportFolders, UnexportedRecordingIsOneWithTrackFilesAndNoExportedNote) {
+    const struct {
+        const char* name;
+        int files;         // WXRTTmpFile.1.wav on, each holding a second of audio
+        const char* count; // the count file's text, or null for none
+        bool exported;
+        bool expected;
+    } cases[] = {
+        {"empty folder", 0, nullptr, false, false},
+        {"counted tracks", 2, "2\n", false, true},
+        {"no count (a crash)", 1, nullptr, false, true},
+        {"exported", 2, "2\n", true, false},
+        {"nothing counted, header only", -1, "0\n", false, false},
+        {"nothing counted, but audio", 1, "0\n", false, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::TempDir dir;
+        if (c.files < 0) {
+            ASSERT_TRUE(test::writeToneWav(dir.file("WXRTTmpFile.1.wav"), 0.0, 0.5));
+        }
+        for (int n = 1; n <= c.files; ++n)
+            ASSERT_TRUE(test::writeToneWav(trackFileName(dir.path(), n), 1.0, 0.5));
+        if (c.count)
+            std::ofstream(dir.file("WXRTTmpFile.count")) << c.count;
+        if (c.exported)
+            markExported(dir.path());
+        EXPECT_EQ(holdsUnexportedRecording(dir.path()), c.expected);
+    }
 }
 
 // Emptying the folder under a held lock must not remove the lock file: a second program would
