@@ -81,14 +81,16 @@ echo "Return: $changed pixels changed"
 [ "${changed%% *}" -gt 2000 ] 2>/dev/null || fail "Return left the window as it was ($changed pixels changed)"
 atLeast "$(share panel2 '#3B2A20' 560 50 $((X + 30)) $((Y + 20)))" 0.3 || fail "panel 2 lost its header"
 
-# The window's Close button asks; No keeps the application running.
-xdotool mousemove $((X + 680)) $((Y + 44)) click 1
+# Ctrl+Q asks (the window needs the input focus, which no window manager gives it here); No
+# keeps the application running.
+xdotool windowfocus --sync "$window"
+xdotool key ctrl+q
 waitFor 2
 xdotool key Escape
 waitFor 1
 sleep 0.5
 kill -0 "$pid" 2>/dev/null || fail "declining the close ended the application"
-# Asked again, Return confirms (Yes is the default) and the process ends by itself with 0.
+# Asked again by the window's Close button, Return confirms (Yes is the default) and the process ends by itself with 0.
 xdotool mousemove $((X + 680)) $((Y + 44)) click 1
 waitFor 2
 xdotool key Return
