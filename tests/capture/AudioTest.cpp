@@ -433,7 +433,13 @@ TEST(Audio, RecordingThatEndsByItselfReachesTheDelegateAsATypedReason) {
         EXPECT_EQ(rig.audio->numRecordedTracks(), 1);
         ASSERT_EQ(delegate.stops.size(), 1u);
         EXPECT_EQ(delegate.stops[0].reason, c.reason);
-        EXPECT_EQ(delegate.stops[0].path, c.namesTrack2 ? rig.audio->fileNameForTrack(2) : "");
+        // A vanished folder may be noticed first by the open track's watcher (its link count
+        // drops) or by the split that cannot make track 2: either file is the honest one.
+        if (c.fault == Fault::FolderGone &&
+            delegate.stops[0].path == rig.audio->fileNameForTrack(1))
+            SUCCEED();
+        else
+            EXPECT_EQ(delegate.stops[0].path, c.namesTrack2 ? rig.audio->fileNameForTrack(2) : "");
         EXPECT_EQ(delegate.stops[0].errorText.empty(), !c.namesTrack2);
     }
 }
