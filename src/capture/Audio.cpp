@@ -286,6 +286,11 @@ void Audio::showAlert(const CaptureAlert& alert) {
         AudioDelegate().audioShowAlert(alert);
 }
 
+void Audio::adoptRecordedTracks(int count) {
+    if (!recording())
+        _tracks = count < 0 ? 0 : count;
+}
+
 bool Audio::recording() const {
     return _recorderEngine && _recorderEngine->isRunning();
 }

@@ -57,6 +57,7 @@ public:
     void stopRecording() override;
     uint64_t currentTrackLengthNanos() const override;
     int numRecordedTracks() const override { return _tracks; }
+    void adoptRecordedTracks(int count) override;
     void setGainDb(float db) override;
     platform::Status setInputDevice(platform::AudioObjectID id);
     // Makes the recorder engine for the input device with its first file at `path`; null when

@@ -72,6 +72,10 @@ public:
     virtual bool newTrack() = 0;
     virtual void stopRecording() = 0;
     virtual int numRecordedTracks() const = 0;
+    // Takes `count` closed track files already in the export folder as the recording's tracks
+    // (a side cut anew, or one left by an interrupted run): numRecordedTracks() answers `count`
+    // from now on. Ignored while recording.
+    virtual void adoptRecordedTracks(int count) = 0;
     virtual uint64_t currentTrackLengthNanos() const = 0;
     virtual void setGainDb(float db) = 0;
     virtual std::string fileNameForTrack(int track) const = 0;

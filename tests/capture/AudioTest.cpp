@@ -358,6 +358,9 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     rig.audio->trackGapDetected();
     rig.audio->processPendingEvents();
     EXPECT_EQ(rig.audio->numRecordedTracks(), 2);
+    // A count from outside cannot change a recording under way.
+    rig.audio->adoptRecordedTracks(7);
+    EXPECT_EQ(rig.audio->numRecordedTracks(), 2);
     feedRecorder(*rig.audioSystem, 4096);
     rig.audio->albumEndDetected();
     rig.audio->processPendingEvents();
@@ -366,6 +369,11 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     EXPECT_FALSE(rig.audio->recording());
     EXPECT_EQ(rig.audio->numRecordedTracks(), 1);
     EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(1)));
+    EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(2)));
+    // Once stopped, a side cut anew (or found after a crash) brings its own count.
+    rig.audio->adoptRecordedTracks(3);
+    EXPECT_EQ(rig.audio->numRecordedTracks(), 3);
+    rig.audio->adoptRecordedTracks(1);
     EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(2)));
     // The file rate is the output device's, read second.
     EXPECT_EQ(rig.audio->fileSampleRate(), 48000);

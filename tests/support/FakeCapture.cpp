@@ -54,6 +54,11 @@ void FakeCapture::resetTrackCounter() {
     record("resetTrackCounter");
 }
 
+void FakeCapture::adoptRecordedTracks(int count) {
+    tracks = count;
+    record("adoptRecordedTracks(" + std::to_string(count) + ")");
+}
+
 void FakeCapture::setAutomaticTrackSplit(bool on) {
     automaticSplit = on;
     record(std::string("setAutomaticTrackSplit(") + (on ? "true" : "false") + ")");

@@ -56,6 +56,7 @@ public:
     bool newTrack() override;
     void stopRecording() override;
     int numRecordedTracks() const override { return tracks; }
+    void adoptRecordedTracks(int count) override;
     uint64_t currentTrackLengthNanos() const override { return trackLengthNanos; }
     void setGainDb(float db) override;
     std::string fileNameForTrack(int track) const override;
