@@ -107,17 +107,27 @@ int replaceFile(const std::string& temp, const std::string& path, const std::str
 struct Journal {
     int oldTracks = 0;
     int newTracks = 0;
+    int oldFiles = 0; // track files in a row from 1, a run-out file after the side included
 };
 
 std::string journalText(const Journal& j) {
-    return "recut " + std::to_string(j.oldTracks) + " " + std::to_string(j.newTracks) + "\n";
+    return "recut " + std::to_string(j.oldTracks) + " " + std::to_string(j.newTracks) + " " +
+           std::to_string(j.oldFiles) + "\n";
 }
 
 bool readJournal(const std::string& folder, Journal& j) {
     std::ifstream in(recutJournalPath(folder));
     std::string word;
-    return (in >> word >> j.oldTracks >> j.newTracks) && word == "recut" && j.oldTracks >= 0 &&
-           j.newTracks >= 1;
+    return (in >> word >> j.oldTracks >> j.newTracks >> j.oldFiles) && word == "recut" &&
+           j.oldTracks >= 0 && j.newTracks >= 1 && j.oldFiles >= j.oldTracks;
+}
+
+int trackFilesInARow(const std::string& folder) {
+    int n = 0;
+    std::error_code ec;
+    while (fs::exists(trackFilePath(folder, n + 1), ec))
+        ++n;
+    return n;
 }
 
 void removeFile(const std::string& path, Steps& step) {
@@ -150,7 +160,9 @@ void rollForward(const std::string& folder, const Journal& j, Steps& step) {
         step();
         ::rename(from.c_str(), trackFilePath(folder, t).c_str());
     }
-    for (int t = j.newTracks + 1; t <= j.oldTracks; ++t)
+    // The old tracks beyond the new count, and the run-out file an album end leaves after the
+    // side: neither belongs to the new set, and an export must not count them.
+    for (int t = j.newTracks + 1; t <= j.oldFiles; ++t)
         removeFile(trackFilePath(folder, t), step);
     syncPath(folder, true);
     replaceFile(countTempPath(folder), trackCountPath(folder),
@@ -451,7 +463,8 @@ RecutResult recutSide(const RecordedSide& side, const std::vector<int64_t>& boun
     }
 
     // From the moment the journal is in place the new set is the side.
-    const Journal journal{side.tracks(), static_cast<int>(boundaries.size()) + 1};
+    const Journal journal{side.tracks(), static_cast<int>(boundaries.size()) + 1,
+                          std::max(side.tracks(), trackFilesInARow(side.folder))};
     if (const int error = replaceFile(journalTempPath(side.folder), recutJournalPath(side.folder),
                                       journalText(journal), step);
         error != 0) {

@@ -24,8 +24,9 @@ struct RecutResult {
 // inside the side): new files under temporary names, then a small journal switches them in.
 // Joined, the new files are the side frame for frame, in the files' own format. Updates
 // WXRTTmpFile.count (marked finished), removes anything made from the old files (MP3s beside
-// them, the exported marker) and old files beyond the new count. A full disk leaves the old set
-// untouched. Boundaries equal to the live ones change nothing.
+// them, the exported marker) and old files beyond the new count, the uncounted run-out file after
+// the side included. A full disk leaves the old set untouched. Boundaries equal to the live ones
+// change nothing.
 RecutResult recutSide(const RecordedSide& side, const std::vector<int64_t>& boundaries);
 
 // Completes or rolls back a re-cut a kill interrupted; a no-op when there is none. Anything

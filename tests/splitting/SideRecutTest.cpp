@@ -132,6 +132,26 @@ TEST(SideRecut, NewFilesJoinToTheSameSamplesInTheSameFormat) {
     }
 }
 
+// After an album end the recorder leaves an uncounted file of run-out groove after the side; it
+// is no part of the side and must not be taken for a track of the new set.
+TEST(SideRecut, TheRunOutFileAfterTheSideGoes) {
+    const std::vector<std::vector<int64_t>> cuts = {{1000}, {1000, 3000, 5000, 6000}, {}};
+    for (const auto& boundaries : cuts) {
+        SCOPED_TRACE(::testing::PrintToString(boundaries));
+        test::TempDir dir;
+        const test::SideSpec spec{{3000, 4000}};
+        const auto stored = test::writeSideFolder(dir.path(), spec);
+        test::writeSideFolder(dir.file("run-out"), {{500}}, 9);
+        fs::rename(dir.file("run-out/WXRTTmpFile.1.wav"), dir.file("WXRTTmpFile.3.wav"));
+        fs::remove_all(dir.file("run-out"));
+        addDerivedFiles(dir.path(), 2);
+
+        const RecutResult r = recutSide(sideOf(dir.path(), 2), boundaries);
+        ASSERT_EQ(r.problem, RecutProblem::None);
+        expectCut(dir.path(), lengthsFor(boundaries, 7000), stored, spec, false);
+    }
+}
+
 TEST(SideRecut, TheLiveSplitsAgainChangeNothing) {
     test::TempDir dir;
     const test::SideSpec spec{{3000, 4000}};
