@@ -86,6 +86,7 @@ Audio::~Audio() {
     // The platform may outlive this object: its notifications must not reach it any more.
     mPlatform.audio->removeListener(mDeviceListListener);
     mPoll.stop();
+    mExcerpt.stop();
     _recorderEngine.reset();
     _playThru.reset();
     gapDetector.store(nullptr, std::memory_order_release);
@@ -211,6 +212,8 @@ void Audio::rebuildInputDevicesList() {
 }
 
 void Audio::startPlayThru() {
+    // The monitor and an excerpt would play into the same speakers at once.
+    stopExcerpt();
     if (_playThru)
         _playThru->Start();
     mGapDetector->Reset();
@@ -266,6 +269,7 @@ void Audio::processPendingEvents() {
             newTrack();
     if (mPendingAlbumEnd.exchange(false, std::memory_order_acq_rel) && recording())
         albumEndDetectedOnMainThread();
+    mExcerpt.closeWhenDone();
 }
 
 void Audio::endRecordingWith(const RecordingStop& stop) {
@@ -405,6 +409,8 @@ bool Audio::newTrack() {
             made = false;
         }
     } else {
+        // An input that monitors the output would record the excerpt too.
+        stopExcerpt();
         _recorderEngine = newRecorderEngine(_outputFilePath);
         if (_recorderEngine) {
             std::string error;
@@ -454,6 +460,18 @@ void Audio::setGainDb(float db) {
     m_gainDb = db;
     if (_playThru)
         _playThru->SetInputGain(db);
+}
+
+bool Audio::playExcerpt(int64_t firstFrame, int64_t frames) {
+    if (recording() || (_playThru && _playThru->IsRunning()))
+        return false;
+    stopExcerpt();
+    return mExcerpt.play(*mPlatform.audio, mOutputDeviceID,
+                         readJoinedTracks(_outputFolderPathBase, _tracks, firstFrame, frames));
+}
+
+void Audio::stopExcerpt() {
+    mExcerpt.stop();
 }
 
 platform::Status Audio::setInputDevice(platform::AudioObjectID id) {

@@ -4,6 +4,7 @@
 #include "capture/chain/GapDetectorListener.h"
 #include "capture/devices/AudioDeviceList.h"
 #include "capture/devices/KnownUsbDevices.h"
+#include "capture/excerpt/ExcerptPlayer.h"
 #include "capture/monitor/MonitorHost.h"
 #include "capture/monitor/PlayThroughRoute.h"
 #include "capture/recorder/RecorderEngine.h"
@@ -59,6 +60,11 @@ public:
     int numRecordedTracks() const override { return _tracks; }
     void adoptRecordedTracks(int count) override;
     void setGainDb(float db) override;
+    // The stretch is cut to the side; it plays at the files' rate, converted only when the
+    // output device runs at another.
+    bool playExcerpt(int64_t firstFrame, int64_t frames) override;
+    void stopExcerpt() override;
+    bool excerptPlaying() const { return mExcerpt.playing(); }
     platform::Status setInputDevice(platform::AudioObjectID id);
     // Makes the recorder engine for the input device with its first file at `path`; null when
     // the file cannot be made.
@@ -129,6 +135,7 @@ private:
     double mFileSampleRate = 0;
     double mTimeLimitSeconds = 0;
     RecorderEngine::Counters mLastCounters; // of the last recording, once stopped
+    ExcerptPlayer mExcerpt;
 
     // Cross-thread flags, raised by the audio, writer and platform threads, handled by the poll.
     std::atomic<bool> mRecording{false};

@@ -80,6 +80,11 @@ public:
     virtual void setGainDb(float db) = 0;
     virtual std::string fileNameForTrack(int track) const = 0;
     virtual const std::string& exportFolder() const = 0;
+    // Plays frames [firstFrame, firstFrame + frames) of the last recording (the track files
+    // joined) through the output device, replacing any excerpt still playing; false when there
+    // is nothing to play or no output device. Not while recording or monitoring.
+    virtual bool playExcerpt(int64_t firstFrame, int64_t frames) = 0;
+    virtual void stopExcerpt() = 0;
 };
 
 } // namespace waxline

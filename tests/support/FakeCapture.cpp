@@ -101,6 +101,12 @@ void FakeCapture::setGainDb(float db) {
     record(call.str());
 }
 
+// Refused while recording or monitoring, as the real controller refuses it.
+bool FakeCapture::playExcerpt(int64_t firstFrame, int64_t frames) {
+    record("playExcerpt(" + std::to_string(firstFrame) + ", " + std::to_string(frames) + ")");
+    return excerptPlays && !recording && !playThru;
+}
+
 std::string FakeCapture::fileNameForTrack(int track) const {
     return trackFilePath(folder, track);
 }

@@ -27,6 +27,7 @@ public:
     bool turntableOrTape = false;
     std::deque<bool> newTrackResults; // taken one per newTrack; true once used up
     uint64_t trackLengthNanos = 0;
+    bool excerptPlays = true; // playExcerpt's answer when neither recording nor monitoring
     std::string folder = "/nonexistent/Waxline/Exports";
 
     // State as the real controller keeps it.
@@ -61,6 +62,9 @@ public:
     void setGainDb(float db) override;
     std::string fileNameForTrack(int track) const override;
     const std::string& exportFolder() const override { return folder; }
+    // Recorded as "playExcerpt(<first>, <frames>)" and "stopExcerpt".
+    bool playExcerpt(int64_t firstFrame, int64_t frames) override;
+    void stopExcerpt() override { record("stopExcerpt"); }
 
 private:
     void record(const std::string& call);
