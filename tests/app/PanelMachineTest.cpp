@@ -1,8 +1,4 @@
-#include "app/PanelMachine.h"
-#include "app/CaptureCalls.h"
-#include "app/FakePanelViews.h"
-#include "app/RecordingControl.h"
-#include "support/FakeAlerts.h"
+#include "support/WizardRig.h"
 
 #include <gtest/gtest.h>
 
@@ -10,50 +6,22 @@
 #include <string>
 #include <vector>
 
+namespace waxline::test {
 namespace {
 
-using waxline::app::PanelMachine;
-using waxline::app::PanelNumberShouldPlayThru;
-using waxline::app::RecordingControl;
-using waxline::test::besidesMonitor;
-using waxline::test::count;
-using waxline::test::FakeAlerts;
-using waxline::test::FakeCapture;
-using waxline::test::FakePanelViews;
-
-struct Wizard {
-    FakeCapture capture;
-    FakePanelViews views;
-    FakeAlerts alerts;
-    PanelMachine machine{capture, views, alerts};
-    RecordingControl recording{capture, views, alerts, machine};
-    int exportsStarted = 0;
-
-    Wizard() {
-        capture.turntableOrTape = true;
-        machine.processAudioFiles = [this] {
-            EXPECT_EQ(views.shown, 5u) << "the export starts on panel 5";
-            ++exportsStarted;
-        };
-    }
-    // As if the wizard had got to `panel` with `tracks` recorded.
-    void standOn(unsigned panel, int tracks) {
-        views.shown = panel;
-        capture.tracks = tracks;
-    }
-};
+using app::PanelNumberShouldPlayThru;
 
 struct Press {
     const char* button;
     unsigned from;
     int tracks;
-    std::function<void(Wizard&)> press;
+    std::function<void(WizardRig&)> press;
     std::vector<unsigned> panels; // switched to, in order
     bool exports;
 };
 
 TEST(PanelMachine, EveryButtonOfEveryPanelGoesWhereTheTableSays) {
-    using W = Wizard;
+    using W = WizardRig;
     const std::vector<Press> table = {
         {"Back on 11", 11, 0, [](W& w) { w.machine.doBackButtonSelectDevice(); }, {1}, false},
         {"Back on 12", 12, 0, [](W& w) { w.machine.doBackButtonSelectTape(); }, {11}, false},
@@ -83,7 +51,7 @@ TEST(PanelMachine, EveryButtonOfEveryPanelGoesWhereTheTableSays) {
     };
     for (const Press& row : table) {
         SCOPED_TRACE(row.button);
-        Wizard w;
+        WizardRig w;
         w.standOn(row.from, row.tracks);
         row.press(w);
         EXPECT_EQ(w.views.switches, row.panels);
@@ -95,7 +63,7 @@ TEST(PanelMachine, EveryButtonOfEveryPanelGoesWhereTheTableSays) {
 TEST(PanelMachine, PlayThroughRunsOnPanelsTwoAndThreeOnly) {
     for (unsigned n = 0; n <= 12; ++n) {
         SCOPED_TRACE(n);
-        Wizard w;
+        WizardRig w;
         w.machine.setPanel(n);
         const bool monitored = n == 2 || n == 3;
         EXPECT_EQ(PanelNumberShouldPlayThru(n), monitored);
@@ -107,7 +75,7 @@ TEST(PanelMachine, PlayThroughRunsOnPanelsTwoAndThreeOnly) {
 
 TEST(PanelMachine, AnInvalidPanelIsRefusedWithTheInternalErrorAlert) {
     for (unsigned n : {13u, 14u, 200u}) {
-        Wizard w;
+        WizardRig w;
         w.standOn(4, 1);
         w.machine.setPanel(n);
         ASSERT_EQ(w.alerts.shown.size(), 1u);
@@ -140,7 +108,7 @@ TEST(PanelMachine, TheDeviceCheckAlertsOrChoosesTheNextPanel) {
     };
     for (const Row& row : table) {
         SCOPED_TRACE(row.detected);
-        Wizard w;
+        WizardRig w;
         w.standOn(1, 0);
         w.capture.detectionCodes = {row.detected};
         w.capture.turntableOrTape = row.turntableOrTape;
@@ -180,7 +148,7 @@ TEST(PanelMachine, DeviceAndTapeChoicesSetTheirPreset) {
     };
     for (const Row& row : table) {
         SCOPED_TRACE(row.choice);
-        Wizard w;
+        WizardRig w;
         w.standOn(row.from, 0);
         w.views.turntable = row.turntable;
         w.views.chrome = row.chrome;
@@ -195,7 +163,7 @@ TEST(PanelMachine, DeviceAndTapeChoicesSetTheirPreset) {
 }
 
 TEST(PanelMachine, PanelSixYesStartsTheNextSideWithAFreshMeter) {
-    Wizard w;
+    WizardRig w;
     w.machine.startMetering(2);
     w.standOn(6, 0);
     w.machine.doNextButton6();
@@ -206,7 +174,7 @@ TEST(PanelMachine, PanelSixYesStartsTheNextSideWithAFreshMeter) {
 }
 
 TEST(PanelMachine, NamingPanelsOfferOnlyTheRecordedTracksFields) {
-    Wizard w;
+    WizardRig w;
     w.standOn(3, 13);
     w.views.texts[{7, 61}] = "old name";
     w.views.texts[{8, 71}] = "kept from the last side";
@@ -223,7 +191,7 @@ TEST(PanelMachine, NamingPanelsOfferOnlyTheRecordedTracksFields) {
     EXPECT_EQ(w.views.texts.at({8, 71}), "kept from the last side");
     EXPECT_EQ(w.views.selected.back(), (FakePanelViews::Field{8, 71}));
 
-    Wizard three;
+    WizardRig three;
     three.standOn(3, 3);
     three.machine.setPanel(7);
     for (int tag = 61; tag <= 70; ++tag)
@@ -231,7 +199,7 @@ TEST(PanelMachine, NamingPanelsOfferOnlyTheRecordedTracksFields) {
 }
 
 TEST(PanelMachine, EnteringPanelsThreeAndFourPreparesTheirFields) {
-    Wizard w;
+    WizardRig w;
     w.views.texts[{4, 12}] = "last time's name";
     w.machine.setPanel(4);
     EXPECT_EQ(w.views.texts.at({4, 12}), "");
@@ -241,3 +209,4 @@ TEST(PanelMachine, EnteringPanelsThreeAndFourPreparesTheirFields) {
 }
 
 } // namespace
+} // namespace waxline::test

@@ -1,9 +1,4 @@
-#include "app/RecordingControl.h"
-#include "app/CaptureCalls.h"
-#include "app/FakePanelViews.h"
-#include "app/PanelMachine.h"
-#include "support/FakeAlerts.h"
-#include "support/Signals.h"
+#include "support/WizardRig.h"
 
 #include <gtest/gtest.h>
 
@@ -12,31 +7,15 @@
 #include <string>
 #include <vector>
 
+namespace waxline::test {
 namespace {
 
-using waxline::app::elapsedText;
-using waxline::app::PanelMachine;
-using waxline::app::RecordingControl;
-using waxline::test::besidesMonitor;
-using waxline::test::count;
-using waxline::test::FakeAlerts;
-using waxline::test::FakeCapture;
-using waxline::test::FakePanelViews;
-using waxline::test::TempDir;
-
-struct Recorder {
-    TempDir folder;
-    FakeCapture capture = waxline::test::captureIn(folder.path());
-    FakePanelViews views;
-    FakeAlerts alerts;
-    PanelMachine machine{capture, views, alerts};
-    RecordingControl control{capture, views, alerts, machine};
-};
+using app::elapsedText;
 
 TEST(RecordingControl, RecordEmptiesTheFolderThenStartsTrackOneOnPanelThree) {
     for (bool split : {false, true}) {
         SCOPED_TRACE(split);
-        Recorder r;
+        WizardRig r;
         std::ofstream(r.folder.file("WXRTTmpFile.1.wav")) << "an older recording";
         std::filesystem::create_directory(r.folder.file("leftover"));
         r.machine.setPanel(2);
@@ -45,7 +24,7 @@ TEST(RecordingControl, RecordEmptiesTheFolderThenStartsTrackOneOnPanelThree) {
         r.capture.calls.clear();
         r.views.split = split;
 
-        r.control.doRecordButton(false, false);
+        r.recording.doRecordButton(false, false);
 
         EXPECT_TRUE(std::filesystem::is_empty(r.folder.path()));
         EXPECT_EQ(besidesMonitor(r.capture),
@@ -59,16 +38,16 @@ TEST(RecordingControl, RecordEmptiesTheFolderThenStartsTrackOneOnPanelThree) {
         EXPECT_EQ(r.views.splitButtonVisible, !split) << "automatic split hides New Track";
         EXPECT_EQ(r.views.metersStarted, (std::vector<unsigned>{2, 3}));
         EXPECT_EQ(r.capture.tracks, 1);
-        EXPECT_TRUE(r.control.elapsedTimerRunning());
+        EXPECT_TRUE(r.recording.elapsedTimerRunning());
         EXPECT_EQ(r.views.texts.at({3, 22}), "1");
         EXPECT_EQ(r.views.texts.at({3, 21}), "00:00:00");
     }
 }
 
 TEST(RecordingControl, WithoutARunningMeterPanelThreeGetsNone) {
-    Recorder r;
+    WizardRig r;
     r.machine.setPanel(2);
-    r.control.doRecordButton(false, false);
+    r.recording.doRecordButton(false, false);
     EXPECT_TRUE(r.views.metersStarted.empty());
     EXPECT_FALSE(r.machine.meterRunning());
 }
@@ -89,10 +68,10 @@ TEST(RecordingControl, NewTrackWarnsAtThirtyNineAndStopsAtForty) {
     };
     for (const Row& row : table) {
         SCOPED_TRACE(row.tracks);
-        Recorder r;
+        WizardRig r;
         r.views.shown = 3;
         r.capture.tracks = row.tracks;
-        r.control.doNewTrackButton();
+        r.recording.doNewTrackButton();
         if (*row.alert) {
             ASSERT_EQ(r.alerts.shown.size(), 1u);
             EXPECT_EQ(r.alerts.shown[0].title, "IDS_WARNING");
@@ -104,7 +83,7 @@ TEST(RecordingControl, NewTrackWarnsAtThirtyNineAndStopsAtForty) {
         EXPECT_EQ(count(r.capture, "stopRecording"), row.stopped ? 1 : 0);
         EXPECT_EQ(count(r.capture, "newTrack"), row.stopped ? 0 : 1);
         EXPECT_EQ(r.views.switches, row.panels);
-        EXPECT_EQ(r.control.elapsedTimerRunning(), !row.stopped);
+        EXPECT_EQ(r.recording.elapsedTimerRunning(), !row.stopped);
     }
 }
 
@@ -116,11 +95,11 @@ TEST(RecordingControl, AlbumEndStopsWithTracksAndGoesBackWithout) {
     };
     for (const Row& row : {Row{0, 2, false}, Row{1, 4, true}, Row{3, 7, true}}) {
         SCOPED_TRACE(row.tracks);
-        Recorder r;
+        WizardRig r;
         r.views.shown = 3;
         r.machine.startMetering(3);
         r.capture.tracks = row.tracks;
-        r.control.audioDetectedAlbumEnd();
+        r.recording.audioDetectedAlbumEnd();
         EXPECT_EQ(r.views.switches, std::vector<unsigned>{row.panel});
         EXPECT_EQ(count(r.capture, "stopRecording"), row.stopped ? 1 : 0);
         EXPECT_EQ(r.machine.meterRunning(), !row.stopped) << "Back moves the meter to panel 2";
@@ -145,22 +124,22 @@ TEST(RecordingControl, ElapsedTimeIsTheCurrentTracksLengthRoundedInSinglePrecisi
     for (const Row& row : table)
         EXPECT_EQ(elapsedText(row.nanos), row.shown) << row.nanos;
 
-    Recorder r;
+    WizardRig r;
     r.capture.tracks = 12;
     r.capture.trackLengthNanos = 3'725'400'000'000;
-    r.control.elaspedTimerFired();
+    r.recording.elaspedTimerFired();
     EXPECT_EQ(r.views.texts.at({3, 21}), "01:02:05");
     EXPECT_EQ(r.views.texts.at({3, 22}), "12");
 }
 
 TEST(RecordingControl, StopEndsTheClockAndTheMeter) {
-    Recorder r;
+    WizardRig r;
     r.machine.setPanel(2);
     r.machine.startMetering(2);
-    r.control.doRecordButton(false, false);
-    r.control.doNewTrackButton();
-    r.control.doNextButton3();
-    EXPECT_FALSE(r.control.elapsedTimerRunning());
+    r.recording.doRecordButton(false, false);
+    r.recording.doNewTrackButton();
+    r.recording.doNextButton3();
+    EXPECT_FALSE(r.recording.elapsedTimerRunning());
     EXPECT_FALSE(r.machine.meterRunning());
     EXPECT_EQ(r.views.metersStopped, std::vector<unsigned>{3});
     EXPECT_EQ(r.views.shown, 7u);
@@ -168,28 +147,29 @@ TEST(RecordingControl, StopEndsTheClockAndTheMeter) {
 }
 
 TEST(RecordingControl, BackFromPanelThreeKeepsRecording) {
-    Recorder r;
+    WizardRig r;
     r.machine.setPanel(2);
     r.machine.startMetering(2);
-    r.control.doRecordButton(false, false);
-    r.control.doBackButton3();
+    r.recording.doRecordButton(false, false);
+    r.recording.doBackButton3();
     EXPECT_EQ(r.views.shown, 2u);
     EXPECT_EQ(count(r.capture, "stopRecording"), 0);
-    EXPECT_TRUE(r.control.elapsedTimerRunning());
+    EXPECT_TRUE(r.recording.elapsedTimerRunning());
     EXPECT_EQ(r.views.metersStarted, (std::vector<unsigned>{2, 3, 2}));
 }
 
 TEST(RecordingControl, GainAndOptionsPassUnchanged) {
     for (float gain : {2.3f, -7.5f, 0.1f, 12.0f}) {
-        Recorder r;
-        r.control.setRecordingGainDb(gain);
+        WizardRig r;
+        r.recording.setRecordingGainDb(gain);
         EXPECT_EQ(r.capture.gainDb, gain);
     }
-    Recorder r;
-    r.control.doRecordButton(true, false);
-    EXPECT_TRUE(r.control.applyNormalization());
-    r.control.doRecordButton(false, true);
-    EXPECT_FALSE(r.control.applyNormalization());
+    WizardRig r;
+    r.recording.doRecordButton(true, false);
+    EXPECT_TRUE(r.recording.applyNormalization());
+    r.recording.doRecordButton(false, true);
+    EXPECT_FALSE(r.recording.applyNormalization());
 }
 
 } // namespace
+} // namespace waxline::test
