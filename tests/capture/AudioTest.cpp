@@ -1,12 +1,12 @@
 #include "capture/Audio.h"
 #include "capture/buffered/CAAudioFileRecorder.h"
 #include "capture/chain/InputChain.h"
+#include "support/CoreApplication.h"
 #include "support/FakeAudioSystem.h"
 #include "support/FakeUsbBus.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 
-#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 #include <sndfile.h>
@@ -36,10 +36,7 @@ public:
 };
 
 struct Rig {
-    int argc = 1;
-    char name[8] = "test";
-    char* argv[2] = {name, nullptr};
-    QCoreApplication app{argc, argv};
+    test::CoreApplication app;
     platform::Platform platform;
     test::FakeAudioSystem* audioSystem;
     test::FakeUsbBus* bus;

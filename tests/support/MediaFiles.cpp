@@ -52,23 +52,28 @@ bool makeMp3(const std::string& path, double seconds,
     return runCommand(command + " " + shellQuote(path), out) == 0;
 }
 
-bool writeStereoWav(const std::string& path, const std::vector<float>& left,
-                    const std::vector<float>& right) {
+bool writeWav(const std::string& path, const std::vector<float>& interleaved, int channels,
+              int rate, bool floatSamples) {
     SF_INFO info{};
-    info.samplerate = 44100;
-    info.channels = 2;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    info.samplerate = rate;
+    info.channels = channels;
+    info.format = SF_FORMAT_WAV | (floatSamples ? SF_FORMAT_FLOAT : SF_FORMAT_PCM_16);
     SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
     if (!file)
         return false;
+    const auto frames = static_cast<sf_count_t>(interleaved.size() / channels);
+    const bool ok = sf_writef_float(file, interleaved.data(), frames) == frames;
+    return sf_close(file) == 0 && ok;
+}
+
+bool writeStereoWav(const std::string& path, const std::vector<float>& left,
+                    const std::vector<float>& right) {
     std::vector<float> interleaved(left.size() * 2);
     for (size_t i = 0; i < left.size(); ++i) {
         interleaved[2 * i] = left[i];
         interleaved[2 * i + 1] = right[i];
     }
-    const auto frames = static_cast<sf_count_t>(left.size());
-    const bool ok = sf_writef_float(file, interleaved.data(), frames) == frames;
-    return sf_close(file) == 0 && ok;
+    return writeWav(path, interleaved, 2);
 }
 
 bool writeToneWav(const std::string& path, double seconds, double peak, double frequency) {

@@ -20,6 +20,10 @@ double probeDuration(const std::string& path);
 bool makeMp3(const std::string& path, double seconds,
              const std::map<std::string, std::string>& tags = {});
 
+// Writes a WAV of interleaved full-scale float frames: 16-bit PCM, or 32-bit float samples.
+bool writeWav(const std::string& path, const std::vector<float>& interleaved, int channels,
+              int rate = 44100, bool floatSamples = false);
+
 // Writes a 16-bit PCM stereo WAV at 44.1 kHz; `left`/`right` in full-scale floats.
 bool writeStereoWav(const std::string& path, const std::vector<float>& left,
                     const std::vector<float>& right);

@@ -1,11 +1,10 @@
 #include "capture/Audio.h"
 #include "platform/virtual/VirtualAudioSystem.h"
+#include "support/CoreApplication.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 
-#include <QCoreApplication>
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <chrono>
 #include <cmath>
@@ -21,10 +20,7 @@ using Frames = std::vector<float>; // interleaved stereo
 // have the given lengths. Side frame k carries a value of its own on each channel, never zero,
 // so silence and the excerpt tell apart in what the output heard.
 struct Rig {
-    int argc = 1;
-    char name[8] = "test";
-    char* argv[2] = {name, nullptr};
-    QCoreApplication app{argc, argv};
+    test::CoreApplication app;
     test::TempDir dir;
     std::string heard = dir.file("heard.wav");
     platform::Platform platform;
@@ -121,15 +117,7 @@ void spoil(const std::string& path, Spoil how) {
     if (how == Spoil::Unreadable) {
         std::filesystem::resize_file(path, 20);
     } else if (how == Spoil::Mono) {
-        SF_INFO info{};
-        info.samplerate = 44100;
-        info.channels = 1;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-        ASSERT_NE(file, nullptr);
-        const std::vector<float> tone = test::sine(440, 0.5, 44100, 4000);
-        sf_writef_float(file, tone.data(), 4000);
-        sf_close(file);
+        ASSERT_TRUE(test::writeWav(path, test::sine(440, 0.5, 44100, 4000), 1));
     }
 }
 
