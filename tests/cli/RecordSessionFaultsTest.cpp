@@ -11,59 +11,22 @@
 
 #include <chrono>
 #include <filesystem>
-
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace waxline {
 namespace {
 
-// Sends this process's standard output and error into a file while it lives.
-class CapturedOutput {
-public:
-    explicit CapturedOutput(std::string file)
-        : path(std::move(file)) {
-        std::fflush(stdout);
-        std::fflush(stderr);
-        savedOut = dup(STDOUT_FILENO);
-        savedErr = dup(STDERR_FILENO);
-        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(fd, STDOUT_FILENO);
-        dup2(fd, STDERR_FILENO);
-        close(fd);
-    }
-    ~CapturedOutput() { restore(); }
-    // Restores the streams and returns what was written meanwhile.
-    std::string text() {
-        restore();
-        std::ifstream in(path);
-        std::stringstream all;
-        all << in.rdbuf();
-        return all.str();
-    }
-
-private:
-    void restore() {
-        if (savedOut < 0)
-            return;
-        std::fflush(stdout);
-        std::fflush(stderr);
-        dup2(savedOut, STDOUT_FILENO);
-        dup2(savedErr, STDERR_FILENO);
-        close(savedOut);
-        close(savedErr);
-        savedOut = savedErr = -1;
-    }
-    std::string path;
-    int savedOut = -1;
-    int savedErr = -1;
-};
+// Records the side as `options` say, with what it printed on standard output and error.
+int recordCapturing(const cli::RecordOptions& options, cli::RecordResult& result,
+                    std::string& text) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = cli::recordSide(options, result);
+    text = testing::internal::GetCapturedStdout();
+    text += testing::internal::GetCapturedStderr();
+    return status;
+}
 
 long long framesIn(const cli::RecordResult& result) {
     long long frames = 0;
@@ -95,10 +58,9 @@ TEST(RecordSessionFaults, DeletedExportFolderStopsTheRecordingWithinASecond) {
         }
     };
     cli::RecordResult result;
-    CapturedOutput output(dir.file("output.txt"));
-    const int status = cli::recordSide(options, result);
+    std::string text;
+    const int status = recordCapturing(options, result, text);
     const auto stoppedAt = std::chrono::steady_clock::now();
-    const std::string text = output.text();
 
     ASSERT_NE(deletedAt, std::chrono::steady_clock::time_point()) << text;
     EXPECT_EQ(status, 1) << text;
@@ -135,9 +97,8 @@ TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
         }
     };
     cli::RecordResult result;
-    CapturedOutput output(dir.file("output.txt"));
-    const int status = cli::recordSide(options, result);
-    const std::string text = output.text();
+    std::string text;
+    const int status = recordCapturing(options, result, text);
 
     ASSERT_TRUE(unplugged) << text;
     EXPECT_EQ(status, 1) << text;
@@ -184,9 +145,8 @@ TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
         }
     };
     cli::RecordResult result;
-    CapturedOutput output(dir.file("output.txt"));
-    const int status = cli::recordSide(options, result);
-    const std::string text = output.text();
+    std::string text;
+    const int status = recordCapturing(options, result, text);
 
     EXPECT_EQ(status, 0) << text;
     ASSERT_TRUE(released) << text;
@@ -223,9 +183,8 @@ TEST(RecordSessionFaults, ExportFolderThatCannotBeMadeIsRefused) {
     options.exportDir = dir.file("plain/exports");
     options.showStatus = false;
     cli::RecordResult result;
-    CapturedOutput output(dir.file("output.txt"));
-    const int status = cli::recordSide(options, result);
-    const std::string text = output.text();
+    std::string text;
+    const int status = recordCapturing(options, result, text);
 
     EXPECT_EQ(status, 1) << text;
     EXPECT_TRUE(result.files.empty());
