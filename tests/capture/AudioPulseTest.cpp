@@ -2,9 +2,9 @@
 #include "capture/Audio.h"
 #include "platform/pulse/PulseAudioSystem.h"
 #include "platform/virtual/VirtualUsbBus.h"
+#include "support/CoreApplication.h"
 #include "support/PulseDaemon.h"
 
-#include <QCoreApplication>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,10 +15,7 @@ namespace {
 // A USB codec with a playback side: the monitor of its sink carries the card's name as its
 // capture source does. Detection finds one device with one input, the capture source.
 TEST(AudioOnPulseAudio, DetectsACodecWithAPlaybackSideAsOneInput) {
-    int argc = 1;
-    char name[] = "test";
-    char* argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);
+    test::CoreApplication app;
     test::PulseDaemon pulse;
     if (!pulse.running())
         GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();
