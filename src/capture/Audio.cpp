@@ -6,6 +6,7 @@
 #include "capture/chain/InputChain.h"
 #include "capture/devices/UsbEnumeration.h"
 #include "capture/recorder/TrackFiles.h"
+#include "splitting/RecordedSide.h"
 #include "util/SpscFifo.h"
 
 #include <QStandardPaths>
@@ -466,8 +467,17 @@ bool Audio::playExcerpt(int64_t firstFrame, int64_t frames) {
     if (recording() || (_playThru && _playThru->IsRunning()))
         return false;
     stopExcerpt();
+    // A stretch around a split near the side's start begins before it: play what there is.
+    if (firstFrame < 0) {
+        frames += firstFrame;
+        firstFrame = 0;
+    }
+    const SideOpen opened = openRecordedSide(_outputFolderPathBase, _tracks);
+    if (opened.problem != SideProblem::None)
+        return false;
     return mExcerpt.play(*mPlatform.audio, mOutputDeviceID,
-                         readJoinedTracks(_outputFolderPathBase, _tracks, firstFrame, frames));
+                         {static_cast<double>(opened.side.sampleRate), opened.side.channels,
+                          readSideRange(opened.side, firstFrame, frames)});
 }
 
 void Audio::stopExcerpt() {

@@ -83,7 +83,7 @@ ExcerptPlayer::~ExcerptPlayer() {
 }
 
 bool ExcerptPlayer::play(platform::AudioSystem& system, platform::AudioObjectID output,
-                         const SideFrames& excerpt) {
+                         const ExcerptAudio& excerpt) {
     stop();
     if (excerpt.frames() == 0 || excerpt.sampleRate <= 0)
         return false;

@@ -1,11 +1,22 @@
 #pragma once
 
-#include "capture/excerpt/JoinedTracks.h"
 #include "platform/AudioSystem.h"
 
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace waxline {
+
+// A stretch of audio in memory: interleaved float frames at their own rate.
+struct ExcerptAudio {
+    double sampleRate = 0;
+    unsigned channels = 0;
+    std::vector<float> interleaved;
+    int64_t frames() const {
+        return channels ? static_cast<int64_t>(interleaved.size() / channels) : 0;
+    }
+};
 
 // Plays one stretch of audio, held in memory, through an output device. Everything is prepared
 // on the main thread before the stream starts; the audio callback only copies from it, then
@@ -21,7 +32,7 @@ public:
     // device's rate when it differs from the excerpt's. False when `excerpt` is empty, the device
     // is unknown, or the conversion or the stream fails; nothing plays then.
     bool play(platform::AudioSystem& system, platform::AudioObjectID output,
-              const SideFrames& excerpt);
+              const ExcerptAudio& excerpt);
     void stop();
     bool playing() const { return stream != nullptr; }
     // Closes the stream once the excerpt and a short silence after it have gone to the device, or
