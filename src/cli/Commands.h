@@ -12,5 +12,6 @@ int devicesCommand(Arguments& args);
 int recordCommand(Arguments& args);
 int exportCommand(Arguments& args);
 int digitizeCommand(Arguments& args);
+int splitsCommand(Arguments& args);
 
 } // namespace waxline::cli

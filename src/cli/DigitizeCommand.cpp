@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
+#include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
 
 #include <cstdio>
@@ -11,6 +12,7 @@ namespace waxline::cli {
 int digitizeCommand(Arguments& args) {
     ExportOptions exportOptions = exportNamingOptions(args);
     const RecordOptions record = recordOptionsFrom(args);
+    const SplitsRequest splits = splitsRequestFrom(args, false);
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
 
@@ -40,8 +42,15 @@ int digitizeCommand(Arguments& args) {
                      result.endedBy.c_str());
         return 1;
     }
+    int tracks = result.countedTracks;
+    if (splits.given()) {
+        lock.setUse(FolderUse::Recutting);
+        if (const int failed = applyRequestAfterRecording(exportFolderOf(record), tracks, splits,
+                                                          "digitize", tracks))
+            return failed;
+    }
     std::fprintf(userOut(), "\n");
-    exportOptions.tracks = result.countedTracks;
+    exportOptions.tracks = tracks;
     exportOptions.exportDir = record.exportDir;
     return exportRecording(exportOptions, &lock);
 }

@@ -1,6 +1,7 @@
 #include "cli/ExportSession.h"
 
 #include "cli/Terminal.h"
+#include "splitting/SideRecut.h"
 
 #include "exporting/ExportFolders.h"
 #include "exporting/ExportPipeline.h"
@@ -72,6 +73,8 @@ std::string folderInUse(const std::string& folder, const ExportFolderLock& lock)
         doing = "is recording into it";
     else if (holder.use == FolderUse::Exporting)
         doing = "is exporting from it";
+    else if (holder.use == FolderUse::Recutting)
+        doing = "is re-cutting its tracks";
     return "the export folder " + folder + " is in use: " + who + " " + doing +
            "; wait until it has finished, or use another folder with --export-dir DIR";
 }
@@ -200,6 +203,8 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         heldLock->setUse(FolderUse::Exporting);
     else if (!lockExportFolder(ownLock, folder, FolderUse::Exporting, "export"))
         return 1;
+    // A re-cut a kill interrupted is completed (or undone) before the files are counted.
+    finishInterruptedRecut(folder);
 
     int tracks = options.tracks;
     if (tracks < 0 && recordingFinished(folder)) {

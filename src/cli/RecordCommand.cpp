@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
+#include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
 #include "exporting/ExportFolders.h"
 
@@ -59,6 +60,7 @@ int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, cons
 
 int recordCommand(Arguments& args) {
     const RecordOptions options = recordOptionsFrom(args);
+    const SplitsRequest splits = splitsRequestFrom(args, false);
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
     ExportFolderLock lock;
@@ -67,7 +69,13 @@ int recordCommand(Arguments& args) {
     DiagnosticLog log;
     log.open(diagnosticLogPath(exportFolderOf(options)), "waxline-cli record", options.verbose);
     RecordResult result;
-    return recordSide(options, result);
+    const int recorded = recordSide(options, result);
+    if (recorded != 0 || !splits.given() || result.countedTracks == 0)
+        return recorded;
+    lock.setUse(FolderUse::Recutting);
+    int tracks = 0;
+    return applyRequestAfterRecording(exportFolderOf(options), result.countedTracks, splits,
+                                      "record", tracks);
 }
 
 } // namespace waxline::cli

@@ -36,7 +36,8 @@ const Command kCommands[] = {
      "  --input INPUT    an input by id, server name or shown name\n"},
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
-     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard] [--verbose]",
+     "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard] [--verbose] "
+     "[--tracks N | --durations LIST]",
      "Records one side into the export folder, a WAV per track.\n"
      "  --input INPUT    record this input instead of the detected USB device\n"
      "  --preset P       equalisation: auto (by device), none, riaa, chrome or brightspin\n"
@@ -46,7 +47,11 @@ const Command kCommands[] = {
      "  --export-dir DIR the folder for the track files\n"
      "  --discard        record even though the folder holds a recording never exported\n"
      "  --verbose        shows the device and filter diagnostics, which otherwise go only to\n"
-     "                   the log file beside the export folder (DIR.log)\n"},
+     "                   the log file beside the export folder (DIR.log)\n"
+     "  --tracks N       the side holds N tracks (1 to 40): after the stop, the side is re-cut\n"
+     "                   at the N - 1 most convincing gaps\n"
+     "  --durations LIST the sleeve's durations (3:12,4:05,...) or numbering (A1-A5): after\n"
+     "                   the stop, the side is re-cut to fit them\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
      "[--library DIR] [--jobs N] [--unicode-tags]",
@@ -65,9 +70,21 @@ const Command kCommands[] = {
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
-     "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose]",
+     "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose] "
+     "[--tracks N | --durations LIST]",
      "Records one side, then exports it: the options of record and export together.\n"
+     "With --tracks N or --durations LIST the side is re-cut as record does before the export.\n"
      "Interrupted (Ctrl-C), it keeps the tracks but exports nothing and exits 130.\n"},
+    {"splits", waxline::cli::splitsCommand,
+     "splits [--export-dir DIR] [--tracks N | --durations LIST | --at TIMES] [--apply]",
+     "Shows the last recording's live splits beside the whole-side splitter's proposal, with\n"
+     "the confidence of each proposed boundary (doubtful below 0.5); times are m:ss.s.\n"
+     "  --export-dir DIR the folder holding the track files (also --folder DIR)\n"
+     "  --tracks N       the side holds N tracks (1 to 40), from the sleeve\n"
+     "  --durations LIST the sleeve's durations, 3:12,4:05,..., or its numbering, A1-A5\n"
+     "  --at TIMES       boundaries typed by hand: 1:23.4,4:56 (m:ss.s or seconds)\n"
+     "  --apply          re-cuts the track files at the proposed (or typed) boundaries; the\n"
+     "                   side stays the same frame for frame, MP3s made before are removed\n"},
 };
 
 const char* const kCommonHelp =

@@ -38,6 +38,8 @@ TEST(CommandLine, HelpOnEveryCommandAndTheProgram) {
         {"record --preset none --help", "--split"},
         {"export -h", "--library"},
         {"digitize --help", "--artist"},
+        {"splits -h", "--apply"},
+        {"record --help", "--durations"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args);

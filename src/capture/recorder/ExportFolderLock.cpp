@@ -14,7 +14,15 @@ namespace waxline {
 namespace {
 
 const char* useWord(FolderUse use) {
-    return use == FolderUse::Recording ? "recording" : "exporting";
+    switch (use) {
+    case FolderUse::Recording:
+        return "recording";
+    case FolderUse::Exporting:
+        return "exporting";
+    case FolderUse::Recutting:
+        return "recutting";
+    }
+    return "exporting";
 }
 
 // The lock file's text: "pid=N", "program=NAME" and "use=WORD", a line each.
@@ -36,6 +44,8 @@ FolderLockHolder parseHolder(const std::string& text) {
             holder.use = FolderUse::Recording;
         else if (key == "use" && value == "exporting")
             holder.use = FolderUse::Exporting;
+        else if (key == "use" && value == "recutting")
+            holder.use = FolderUse::Recutting;
     }
     return holder;
 }

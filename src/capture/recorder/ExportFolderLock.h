@@ -6,7 +6,7 @@
 namespace waxline {
 
 // What a program is doing in the export folder while it holds the folder's lock.
-enum class FolderUse { Recording, Exporting };
+enum class FolderUse { Recording, Exporting, Recutting };
 
 // Who holds an export folder's lock, as far as its lock file says. Empty program, pid 0 and no
 // use when the holder had not yet written them (it had only just taken the lock).

@@ -24,9 +24,9 @@ TEST(ExportFolderLock, OneHolderAtATimeAndTheOtherLearnsWho) {
         FolderUse first;
         FolderUse second;
     } cases[] = {
-        {FolderUse::Recording, FolderUse::Exporting},
-        {FolderUse::Exporting, FolderUse::Exporting},
-        {FolderUse::Exporting, FolderUse::Recording},
+        {FolderUse::Recording, FolderUse::Exporting}, {FolderUse::Exporting, FolderUse::Exporting},
+        {FolderUse::Exporting, FolderUse::Recording}, {FolderUse::Recutting, FolderUse::Exporting},
+        {FolderUse::Recording, FolderUse::Recutting},
     };
     for (const auto& c : cases) {
         ExportFolderLock first;
