@@ -169,23 +169,7 @@ size_t DemoSideGenerator::render(float* left, float* right, size_t frames) {
             // Slow swells between half and full level give the passage its dynamics.
             const double swell =
                 0.75 + 0.25 * std::sin(kTwoPi * into / (7.0 + 3.0 * static_cast<double>(k)));
-            const float level = static_cast<float>(fade * swell);
-            for (auto& v : voices) {
-                float s = 0;
-                for (int h = 1; h <= 3; ++h) {
-                    double ph = v.phase * h;
-                    ph -= std::floor(ph);
-                    const double pos = ph * kTableSize;
-                    const size_t idx = static_cast<size_t>(pos);
-                    const float frac = static_cast<float>(pos - static_cast<double>(idx));
-                    s += (sineTable[idx] + frac * (sineTable[idx + 1] - sineTable[idx])) /
-                         static_cast<float>(h);
-                }
-                v.phase += v.increment;
-                v.phase -= std::floor(v.phase);
-                l += level * v.gain * s * (1.0f - v.pan);
-                r += level * v.gain * s * v.pan;
-            }
+            voicesSample(static_cast<float>(fade * swell), l, r);
             break;
         }
         left[i] = l;
@@ -398,9 +382,7 @@ float DemoSideGenerator::trackLevel(size_t index, double t) const {
     return static_cast<float>(e.gain * std::pow(10.0, db / 20) * (0.75 + (swell - 0.75) * mix));
 }
 
-float DemoSideGenerator::voicesSample(float level, float& right) {
-    float l = 0;
-    float r = 0;
+void DemoSideGenerator::voicesSample(float level, float& l, float& r) {
     for (auto& v : voices) {
         float s = 0;
         for (int h = 1; h <= 3; ++h) {
@@ -417,8 +399,6 @@ float DemoSideGenerator::voicesSample(float level, float& right) {
         l += level * v.gain * s * (1.0f - v.pan);
         r += level * v.gain * s * v.pan;
     }
-    right = r;
-    return l;
 }
 
 size_t DemoSideGenerator::renderRealistic(float* left, float* right, size_t frames) {
@@ -478,8 +458,11 @@ size_t DemoSideGenerator::renderRealistic(float* left, float* right, size_t fram
                 musicLevel = trackLevel(currentTrack, t);
                 levelUpdate = position + kLevelStep;
             }
+            // Summed apart before they join the noise: the sides made so far depend on that order.
+            float vl = 0;
             float vr = 0;
-            l += voicesSample(musicLevel, vr);
+            voicesSample(musicLevel, vl, vr);
+            l += vl;
             r += vr;
         }
         left[i] = l;

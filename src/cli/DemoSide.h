@@ -93,7 +93,8 @@ private:
     void planRealistic(const DemoSideOptions& options);
     void planTrack(size_t index, const DemoSideRealism& realism, bool softIntro);
     float trackLevel(size_t index, double t) const;
-    float voicesSample(float level, float& right);
+    // Adds the voices' next sample at `level` to `l` and `r`, voice after voice.
+    void voicesSample(float level, float& l, float& r);
     size_t renderRealistic(float* left, float* right, size_t frames);
 
     DemoSideLayout sideLayout;
