@@ -5,6 +5,7 @@
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
 #include "exporting/ExportFolders.h"
+#include "splitting/SideRecut.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -46,6 +47,8 @@ int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, cons
     std::filesystem::create_directories(folder, ec);
     if (!lockExportFolder(lock, folder, FolderUse::Recording, command))
         return 1;
+    // What a killed re-cut left is settled first, so the recording kept below is a whole one.
+    finishInterruptedRecut(folder);
     if (!options.discard && exporting::holdsUnexportedRecording(folder)) {
         const int files = exporting::trackFilesPresent(folder);
         std::fprintf(userErr(),

@@ -341,6 +341,31 @@ TEST_F(SplitsCommand, ExportCompletesAKilledRecutFirst) {
               (std::vector<int64_t>{at[0], at[1] - at[0], side->frames() - at[1]}));
 }
 
+// Record settles a killed re-cut before it looks for a recording it would throw away, so what
+// it names is the set the re-cut put in.
+TEST_F(SplitsCommand, RecordSettlesAKilledRecutFirst) {
+    test::TempDir work;
+    const std::string folder = work.file("exports");
+    cutInto(folder, *side, {});
+    const SideOpen open = openRecordedSide(folder, 1);
+    ASSERT_EQ(open.problem, SideProblem::None);
+    struct Kill {};
+    RecutHooks hooks;
+    hooks.beforeStep = [&](int) {
+        if (fs::exists(folder + "/WXRTTmpFile.recut"))
+            throw Kill{};
+    };
+    EXPECT_THROW(recutSide(open.side, {44100 * 30, 44100 * 90}, hooks), Kill);
+
+    std::string out;
+    EXPECT_EQ(
+        runCommand(shellQuote(test::cliPath()) + " record --export-dir " + shellQuote(folder), out),
+        2)
+        << out;
+    EXPECT_NE(out.find("holds a recording (3 track files)"), std::string::npos) << out;
+    EXPECT_FALSE(fs::exists(folder + "/WXRTTmpFile.recut"));
+}
+
 // A disk with room for the side but not for a second copy: the re-cut is refused before it
 // writes anything, and says so. The disk is a tmpfs in a private mount namespace.
 TEST(SplitsCommandDisk, AFullDiskLeavesTheTracksAsTheyWere) {
