@@ -171,6 +171,13 @@ void Audio::setBrightSpinFilter() {
     setFilterType(AudioFilter::BrightSpin);
 }
 
+void Audio::resetTrackCounter() {
+    _tracks = 0;
+    // A new side is counted from here: the silence heard since the last album end (Record
+    // pressed before the next side plays) must not end this one at once with no track.
+    mGapDetector->RestartAlbumCount();
+}
+
 void Audio::setAutomaticTrackSplit(bool on) {
     log("%s", "setAutomaticTrackSplit");
     automaticTrackSplit.store(on, std::memory_order_release);

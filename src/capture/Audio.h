@@ -49,7 +49,7 @@ public:
     void startPlayThru() override;
     void stopPlayThru() override;
     std::string fileNameForTrack(int track) const override;
-    void resetTrackCounter() override { _tracks = 0; }
+    void resetTrackCounter() override;
     void trackGapDetected();
     void albumEndDetectedOnMainThread();
     void albumEndDetected();

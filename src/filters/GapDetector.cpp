@@ -107,6 +107,8 @@ float GapDetector::CalcAAMFrame() {
 }
 
 bool GapDetector::ProcessFrameBuffer() {
+    if (albumCountRestart.exchange(false, std::memory_order_acq_rel))
+        silentSeconds = 0;
     const float a = CalcAAMFrame();
     if (a > maxAAM)
         maxAAM = a;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -85,6 +86,10 @@ public:
     void SetSampleRate(unsigned sampleRate);
     // Main thread. Marks the input as silent and the album as not ended, without events.
     void Reset();
+    // Main thread. A new side starts: the silence counted so far (the run-out of the last side)
+    // no longer counts towards this side's album end. Taken on the input thread at the next
+    // frame, so the count is never written from two threads. Reset alone keeps the count.
+    void RestartAlbumCount() { albumCountRestart.store(true, std::memory_order_release); }
 
     // Audio input thread. Returns the verdict of the last frame finished in this call (true once
     // the album has ended), false when no frame finished.
@@ -227,6 +232,7 @@ private:
     std::vector<float> aamHistory;
     float silentSeconds = 0;
     float soundSeconds = 0;
+    std::atomic<bool> albumCountRestart{false};
 };
 
 } // namespace Sonra::Audio::Filters

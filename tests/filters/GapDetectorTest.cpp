@@ -220,6 +220,46 @@ TEST(GapDetector, ResetKeepsCountsSoLeftoverSilenceCountsTowardsTheAlbumEnd) {
     EXPECT_EQ(f.listener.events[0].first, "album");
 }
 
+// After an album end the next side may be started while the run-out still plays: with the
+// album count restarted, that side needs 60 s of its own silence (the 121st silent frame) to
+// end; without, the run-out's silence ends it at the first frame.
+TEST(GapDetector, RestartedAlbumCountIgnoresTheLastSidesRunOut) {
+    struct Case {
+        const char* name;
+        bool restart;
+        double silenceBeforeEnd; // seconds of new silence after which the album ends again
+    };
+    const Case cases[] = {{"reset only", false, 0.5}, {"restarted", true, 60.5}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Fixture f;
+        f.feed(concat({tone(11), silence(70)}));
+        ASSERT_TRUE(f.detector.albumHasEnded());
+        if (c.restart)
+            f.detector.RestartAlbumCount();
+        f.detector.Reset();
+        f.listener.events.clear();
+        const size_t before = f.detector.history().size();
+        f.feed(silence(61));
+        ASSERT_EQ(f.listener.events.size(), 1u);
+        EXPECT_EQ(f.listener.events[0].first, "album");
+        EXPECT_EQ(f.listener.events[0].second - before, size_t(c.silenceBeforeEnd * 2));
+        EXPECT_TRUE(f.detector.isSilent()) << "the gap state is left as Reset sets it";
+    }
+}
+
+TEST(GapDetector, RestartKeepsTheSoundCountAndLevels) {
+    Fixture f;
+    f.feed(concat({tone(11), silence(3), tone(4)}));
+    const float loudest = f.detector.loudestFrame();
+    const float sound = f.detector.soundTime();
+    f.detector.RestartAlbumCount();
+    f.feed(tone(0.5));
+    EXPECT_EQ(f.detector.silentTime(), 0) << "the count restarts at the next frame";
+    EXPECT_EQ(f.detector.soundTime(), sound + 0.5f);
+    EXPECT_EQ(f.detector.loudestFrame(), loudest);
+}
+
 TEST(GapDetector, ZeroRateMakesEverySampleASoundingFrame) {
     Fixture f;
     f.detector.SetSampleRate(0);
