@@ -45,6 +45,22 @@ std::pair<QString, QStringList> stopText(const RecordingStop& stop) {
     return {QStringLiteral("IDS_STOP_WRITE_FAILED"), {text(stop.path), text(stop.errorText)}};
 }
 
+// Why the monitor cannot start, in the catalogue's words: the "%1" of IDS_MONITOR_FAILED.
+QString monitorFailureReason(const MonitorFailure& failure) {
+    const QString device = text(failure.inputName);
+    switch (failure.reason) {
+    case MonitorFailureReason::DeviceUnknown:
+        return localizedPlainText("IDS_MONITOR_REASON_DEVICE").arg(device);
+    case MonitorFailureReason::OpenFailed:
+        return localizedPlainText("IDS_MONITOR_REASON_OPEN").arg(device);
+    case MonitorFailureReason::NotConnected:
+        return localizedPlainText("IDS_MONITOR_REASON_SERVER");
+    case MonitorFailureReason::Other:
+        break;
+    }
+    return localizedPlainText("IDS_MONITOR_REASON_OTHER").arg(device).arg(failure.status);
+}
+
 } // namespace
 
 QString writeHelpPage(const QString& folder, const QString& language) {
@@ -253,6 +269,12 @@ void AppDelegate::audioRecordingStopped(const RecordingStop& stop) {
     // What was recorded up to then is named and saved as after Stop.
     if (recordingControl.elapsedTimerRunning())
         recordingControl.doNextButton3();
+}
+
+void AppDelegate::audioMonitorCannotStart(const MonitorFailure& failure) {
+    // The process ends after this: the user reads why before the window goes.
+    alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_MONITOR_FAILED"),
+                 {monitorFailureReason(failure)});
 }
 
 void AppDelegate::audioShowAlert(const CaptureAlert& alert) {

@@ -75,6 +75,7 @@ public:
     void audioDetectedAlbumEnd() override;
     void audioRecordingStopped(const RecordingStop& stop) override;
     void audioShowAlert(const CaptureAlert& alert) override;
+    void audioMonitorCannotStart(const MonitorFailure& failure) override;
 
     PanelTabs& tabs() { return _multipleNibTabView; }
     RecordingControl& recording() { return recordingControl; }

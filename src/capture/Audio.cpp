@@ -5,6 +5,7 @@
 #include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
 #include "capture/devices/UsbEnumeration.h"
+#include "capture/monitor/CAPlayThrough.h"
 #include "capture/recorder/TrackFiles.h"
 #include "splitting/RecordedSide.h"
 #include "util/SpscFifo.h"
@@ -78,6 +79,12 @@ Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObjec
     mDeviceListListener = mPlatform.audio->onDeviceListChanged(
         [this] { mPendingDeviceListChange.store(true, std::memory_order_release); });
 
+    // The monitor's failed start ends the process; the delegate hears why first.
+    setMonitorStartFailureNotice([this](const MonitorStartFailure& failure) {
+        if (mDelegate)
+            mDelegate->audioMonitorCannotStart(monitorFailureOf(failure));
+    });
+
     mPoll.setInterval(kPollInterval);
     QObject::connect(&mPoll, &QTimer::timeout, this, [this] { processPendingEvents(); });
     mPoll.start();
@@ -86,6 +93,7 @@ Audio::Audio(platform::Platform& platform, MonitorFactory monitorFactory, QObjec
 Audio::~Audio() {
     // The platform may outlive this object: its notifications must not reach it any more.
     mPlatform.audio->removeListener(mDeviceListListener);
+    setMonitorStartFailureNotice({});
     mPoll.stop();
     mExcerpt.stop();
     _recorderEngine.reset();
@@ -169,6 +177,31 @@ void Audio::setChromeFilter() {
 void Audio::setBrightSpinFilter() {
     log("%s", "setBrightSpinFilter");
     setFilterType(AudioFilter::BrightSpin);
+}
+
+MonitorFailure Audio::monitorFailureOf(const MonitorStartFailure& failure) const {
+    MonitorFailure typed;
+    typed.status = static_cast<int>(failure.status);
+    switch (failure.status) {
+    case platform::kErrorUnknownDevice:
+        typed.reason = MonitorFailureReason::DeviceUnknown;
+        break;
+    case platform::kErrorOpenFailed:
+        typed.reason = MonitorFailureReason::OpenFailed;
+        break;
+    case platform::kErrorNotConnected:
+        typed.reason = MonitorFailureReason::NotConnected;
+        break;
+    default:
+        typed.reason = MonitorFailureReason::Other;
+        break;
+    }
+    platform::AudioObjectID input = failure.input;
+    if (input == platform::kDefaultDevice)
+        input = mPlatform.audio->defaultDevice(platform::Direction::Input);
+    if (auto device = mPlatform.audio->device(input, platform::Direction::Input))
+        typed.inputName = device->name;
+    return typed;
 }
 
 void Audio::resetTrackCounter() {

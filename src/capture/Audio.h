@@ -20,6 +20,8 @@
 
 namespace waxline {
 
+struct MonitorStartFailure;
+
 // The buffered recorder is only a fallback reached through newRecorder; the live path never
 // needs its definition.
 class CAAudioFileRecorder;
@@ -50,6 +52,8 @@ public:
     void stopPlayThru() override;
     std::string fileNameForTrack(int track) const override;
     void resetTrackCounter() override;
+    // The typed reason a delegate hears when the monitor cannot start.
+    MonitorFailure monitorFailureOf(const MonitorStartFailure& failure) const;
     void trackGapDetected();
     void albumEndDetectedOnMainThread();
     void albumEndDetected();

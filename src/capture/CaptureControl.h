@@ -33,6 +33,21 @@ struct CaptureAlert {
     std::string buttonKey;
 };
 
+// Why the monitor (play-through) could not start.
+enum class MonitorFailureReason {
+    DeviceUnknown, // the input or output device is not (or no longer) there
+    OpenFailed,    // the device's stream could not be opened (busy, or refused)
+    NotConnected,  // the sound server went away
+    Other,         // another status; the number says which
+};
+
+// A monitor that could not start, with the input device's name (empty when unknown).
+struct MonitorFailure {
+    MonitorFailureReason reason = MonitorFailureReason::Other;
+    int status = 0;
+    std::string inputName;
+};
+
 // Receives what the capture controller reports; every call arrives on the main thread.
 class AudioDelegate {
 public:
@@ -41,6 +56,9 @@ public:
     virtual void audioDetectedAlbumEnd() {}
     // A recording ended by itself (write failure, device gone, ...); what was written is kept.
     virtual void audioRecordingStopped(const RecordingStop& /*stop*/) {}
+    // The monitor could not start: the process ends when this returns (it has nothing to
+    // record from). Arrives on the thread that built the monitor, the main thread as a rule.
+    virtual void audioMonitorCannotStart(const MonitorFailure& /*failure*/) {}
     // A modal message; a front end that shows none leaves a diagnostic line on standard error.
     virtual void audioShowAlert(const CaptureAlert& alert) {
         std::fprintf(stderr, "%s: %s [%s]\n", alert.titleKey.c_str(), alert.message.c_str(),

@@ -72,6 +72,17 @@ private:
     CAPlayThrough& mOwner;
 };
 
+namespace {
+std::function<void(const MonitorStartFailure&)>& startFailureNotice() {
+    static std::function<void(const MonitorStartFailure&)> notice;
+    return notice;
+}
+} // namespace
+
+void setMonitorStartFailureNotice(std::function<void(const MonitorStartFailure&)> notice) {
+    startFailureNotice() = std::move(notice);
+}
+
 CAPlayThrough::CAPlayThrough(platform::AudioSystem& system, platform::AudioObjectID input,
                              platform::AudioObjectID output)
     : mSystem(system)
@@ -79,8 +90,10 @@ CAPlayThrough::CAPlayThrough(platform::AudioSystem& system, platform::AudioObjec
     , mOutputSide(std::make_unique<OutputSide>(*this)) {
     mInputDevice.mID = input;
     mOutputDevice.mID = output;
-    if (Init() != platform::kNoError) {
+    if (const platform::Status status = Init(); status != platform::kNoError) {
         std::fprintf(stderr, "CAPlayThrough ERROR: Cannot Init CAPlayThrough\n");
+        if (startFailureNotice())
+            startFailureNotice()({status, input, output});
         std::exit(1);
     }
 }

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,6 +23,18 @@ namespace waxline {
 //
 // Construction, Start/Stop and the setters run on a control thread. InputProc runs on the input
 // stream's audio thread, OutputProc on the output stream's; both follow the real-time rules.
+// Why a monitor could not be set up: the failing step's status and the devices it was for.
+struct MonitorStartFailure {
+    platform::Status status = platform::kNoError;
+    platform::AudioObjectID input = platform::kNoDevice;
+    platform::AudioObjectID output = platform::kNoDevice;
+};
+
+// A monitor that cannot be set up ends the process. The notice set here runs first, on the
+// thread building the monitor, so that a front end can tell the user why before the end; it
+// must return (a modal alert that is answered). An empty notice removes it.
+void setMonitorStartFailureNotice(std::function<void(const MonitorStartFailure&)> notice);
+
 class CAPlayThrough {
 public:
     using ProcessingCallback = void (*)(AudioBufferList* buffers, uint32_t frames,

@@ -393,5 +393,25 @@
         <extracomment>Panels 8 to 10; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>Benennen Sie die nächsten Titel, in der gespielten Reihenfolge.</translation>
     </message>
+    <message>
+        <source>IDS_MONITOR_REASON_DEVICE</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name; plain text</extracomment>
+        <translation>das Gerät „%1“ ist nicht mehr da</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_OPEN</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name; plain text</extracomment>
+        <translation>das Gerät „%1“ ließ sich nicht öffnen; vielleicht verwendet es gerade ein anderes Programm</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_SERVER</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; plain text</extracomment>
+        <translation>das Audiosystem antwortet nicht mehr</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_OTHER</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name, %2 = error number; plain text</extracomment>
+        <translation>das Gerät „%1“ meldete Fehler %2</translation>
+    </message>
 </context>
 </TS>

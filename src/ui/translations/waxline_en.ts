@@ -393,5 +393,25 @@
         <extracomment>Panels 8 to 10; keep it short; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>Name the next tracks, in the order you played them.</translation>
     </message>
+    <message>
+        <source>IDS_MONITOR_REASON_DEVICE</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name; plain text</extracomment>
+        <translation>the device “%1” is not there any more</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_OPEN</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name; plain text</extracomment>
+        <translation>the device “%1” could not be opened; another program may be using it</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_SERVER</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; plain text</extracomment>
+        <translation>the sound system stopped answering</translation>
+    </message>
+    <message>
+        <source>IDS_MONITOR_REASON_OTHER</source>
+        <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name, %2 = error number; plain text</extracomment>
+        <translation>the device “%1” reported error %2</translation>
+    </message>
 </context>
 </TS>
