@@ -4,6 +4,7 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -18,6 +19,15 @@ namespace {
 
 uint32_t littleEndian32(const unsigned char* p) {
     return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
+
+uint16_t littleEndian16(const unsigned char* p) {
+    return uint16_t(p[0] | p[1] << 8);
+}
+
+void putLittleEndian32(unsigned char* p, uint32_t v) {
+    for (int i = 0; i < 4; ++i)
+        p[i] = static_cast<unsigned char>(v >> (8 * i));
 }
 
 // The byte counts of the data chunk that the RIFF header announces and that the file holds;
@@ -48,6 +58,76 @@ bool dataChunkSizes(const std::string& path, uint64_t& announced, uint64_t& pres
 }
 
 } // namespace
+
+std::optional<TrackFileLayout> measureTrackFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    unsigned char header[12];
+    if (!in.read(reinterpret_cast<char*>(header), sizeof header) ||
+        std::string(reinterpret_cast<char*>(header), 4) != "RIFF" ||
+        std::string(reinterpret_cast<char*>(header) + 8, 4) != "WAVE")
+        return std::nullopt;
+    std::error_code ec;
+    const uint64_t fileSize = fs::file_size(path, ec);
+    if (ec)
+        return std::nullopt;
+    TrackFileLayout layout;
+    bool haveFormat = false;
+    uint64_t offset = 12;
+    unsigned char chunk[8];
+    while (in.read(reinterpret_cast<char*>(chunk), sizeof chunk)) {
+        const std::string id(reinterpret_cast<char*>(chunk), 4);
+        const uint32_t size = littleEndian32(chunk + 4);
+        offset += 8;
+        if (id == "fmt " && size >= 16) {
+            unsigned char format[16];
+            if (!in.read(reinterpret_cast<char*>(format), sizeof format))
+                return std::nullopt;
+            layout.channels = littleEndian16(format + 2);
+            layout.sampleRate = littleEndian32(format + 4);
+            layout.blockAlign = littleEndian16(format + 12);
+            haveFormat = true;
+        } else if (id == "data") {
+            // The audio runs to the end of the file: nothing is written after it while recording.
+            if (!haveFormat || layout.blockAlign == 0)
+                return std::nullopt;
+            layout.dataOffset = offset;
+            layout.announcedData = size;
+            layout.frames = fileSize > offset ? (fileSize - offset) / layout.blockAlign : 0;
+            return layout;
+        }
+        offset += size + (size & 1);
+        in.seekg(static_cast<std::streamoff>(offset));
+    }
+    return std::nullopt;
+}
+
+bool repairTrackFile(const std::string& path) {
+    const std::optional<TrackFileLayout> layout = measureTrackFile(path);
+    if (!layout)
+        return false;
+    // The sizes are 32 bits wide: a longer file keeps what they can say (over six hours).
+    const uint64_t limit = (uint64_t(0xFFFFFFFFu) - layout->dataOffset) / layout->blockAlign;
+    const uint64_t frames = std::min(layout->frames, limit);
+    const uint64_t data = frames * layout->blockAlign;
+    std::error_code ec;
+    if (fs::file_size(path, ec) != layout->dataOffset + data) {
+        fs::resize_file(path, layout->dataOffset + data, ec);
+        if (ec)
+            return false;
+    }
+    if (layout->headerRight() && layout->frames == frames)
+        return true;
+    std::fstream out(path, std::ios::binary | std::ios::in | std::ios::out);
+    unsigned char size[4];
+    putLittleEndian32(size, static_cast<uint32_t>(layout->dataOffset + data - 8));
+    out.seekp(4);
+    out.write(reinterpret_cast<char*>(size), 4);
+    putLittleEndian32(size, static_cast<uint32_t>(data));
+    out.seekp(static_cast<std::streamoff>(layout->dataOffset - 4));
+    out.write(reinterpret_cast<char*>(size), 4);
+    out.flush();
+    return bool(out);
+}
 
 TrackFileCheck inspectTrackFile(const std::string& path) {
     TrackFileCheck check;
