@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/InterruptedRecording.h"
 #include "exporting/ExportFolders.h"
 #include "ui/Catalogue.h"
 #include "ui/window/CustomWindow.h"
@@ -87,9 +88,20 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
     , exportDriver(
           audio, _multipleNibTabView, alerts, [this](unsigned n) { machine.setPanel(n); },
           [](const std::string& key) { return localizedPlainText(key).toStdString(); },
-          std::move(libraryFolder)) {
+          std::move(libraryFolder))
+    , folderClaim(alerts) {
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     machine.processAudioFiles = [this] { exportDriver.processAudioFiles(); };
+    // The export folder is locked while recording and while exporting, as the command line
+    // locks it, and let go in between.
+    recordingControl.mayRecord = [this] {
+        return folderClaim.claim(this->audio.exportFolder(), FolderUse::Recording);
+    };
+    recordingControl.recordingEnded = [this] { folderClaim.release(); };
+    machine.mayExport = [this] {
+        return folderClaim.claim(this->audio.exportFolder(), FolderUse::Exporting);
+    };
+    exportDriver.exportEnded = [this] { folderClaim.release(); };
 }
 
 AppDelegate::~AppDelegate() {
@@ -145,6 +157,7 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void AppDelegate::doNextButton1(QObject*) {
+    deviceUnchecked = false;
     machine.doNextButton1();
 }
 void AppDelegate::doBackButtonSelectDevice(QObject*) {
@@ -193,6 +206,11 @@ void AppDelegate::doBackButton6(QObject*) {
     machine.doBackButton6();
 }
 void AppDelegate::doNextButton6(QObject*) {
+    if (deviceUnchecked) {
+        // The recovered side is saved; the next one needs the deck found first.
+        machine.setPanel(panel::connect);
+        return;
+    }
     machine.doNextButton6();
 }
 void AppDelegate::doBackButton7(QObject*) {
@@ -243,8 +261,37 @@ void AppDelegate::endRun() {
     // The track files are closed complete before anything is removed, and an export under
     // way ends before its files go.
     audio.stopRecording();
+    folderClaim.release();
     exportDriver.finishOrCancel();
-    exporting::clearTmpFolder(audio.exportFolder());
+    // Another run recording or exporting in the same folder keeps its files.
+    if (folderClaim.claimQuietly(audio.exportFolder(), FolderUse::Recording))
+        exporting::clearTmpFolder(audio.exportFolder());
+    folderClaim.release();
+}
+
+void AppDelegate::offerInterruptedRecording() {
+    const std::string& folder = audio.exportFolder();
+    const std::optional<InterruptedRecording> found = findInterruptedRecording(folder);
+    // A run still recording there has no "finished" line yet either: its lock tells.
+    if (!found || !folderClaim.claimQuietly(folder, FolderUse::Recording))
+        return;
+    const bool keep =
+        alerts.ask(QStringLiteral("IDS_RECOVER_TITLE"), QStringLiteral("IDS_RECOVER_TEXT"),
+                   QStringLiteral("IDS_RECOVER_EXPORT"), QStringLiteral("IDS_RECOVER_DISCARD"),
+                   {QString::number(found->tracks), lengthText(found->seconds)});
+    if (!keep) {
+        exporting::clearTmpFolder(folder);
+        folderClaim.release();
+        return;
+    }
+    // The export reads the files as a finished recording's: headers saying all they hold.
+    if (!repairInterruptedRecording(folder, found->tracks))
+        std::fprintf(stderr, "offerInterruptedRecording: cannot repair the track files in %s\n",
+                     folder.c_str());
+    folderClaim.release();
+    audio.adoptRecordedTracks(found->tracks);
+    deviceUnchecked = true;
+    machine.showNamingPanel(found->tracks);
 }
 
 void AppDelegate::showHelp(QObject*) {
@@ -264,6 +311,7 @@ void AppDelegate::audioDetectedAlbumEnd() {
 }
 
 void AppDelegate::audioRecordingStopped(const RecordingStop& stop) {
+    folderClaim.release();
     const auto [key, arguments] = stopText(stop);
     alerts.alert(QStringLiteral("IDS_WARNING"), key, arguments);
     // What was recorded up to then is named and saved as after Stop.

@@ -2,6 +2,7 @@
 
 #include "app/Alerts.h"
 #include "app/ExportDriver.h"
+#include "app/FolderClaim.h"
 #include "app/PanelMachine.h"
 #include "app/PanelTabs.h"
 #include "app/RecordingControl.h"
@@ -35,6 +36,10 @@ public:
     // Start-up: tab items, the panels loaded at once, panel 1 shown.
     void awakeFromNib();
     void setPanel(unsigned n) { machine.setPanel(n); }
+    // After panel 1 is shown: a recording that a crash cut off is offered back, to be named and
+    // saved (the naming panel Stop would have shown) or thrown away. Nothing is emptied
+    // without the answer, nor while another run works in the folder.
+    void offerInterruptedRecording();
 
     // How showHelp opens a page; the desktop's browser unless a test puts its own.
     std::function<bool(const QUrl&)> openUrl;
@@ -96,7 +101,10 @@ private:
     PanelMachine machine;
     RecordingControl recordingControl;
     ExportDriver exportDriver;
+    FolderClaim folderClaim;
     bool closing = false;
+    // A recovered recording was named without a deck checked: another side starts at panel 1.
+    bool deviceUnchecked = false;
 };
 
 // The bundled help page in the catalogue's language, written out of the resources into

@@ -171,6 +171,8 @@ void ExportDriver::pollingTimerFired() {
         return;
     pollTimer.reset();
     joinFinishedThread();
+    if (exportEnded)
+        exportEnded();
     if (setPanel)
         setPanel(panel::another);
 }
@@ -191,6 +193,8 @@ void ExportDriver::finishOrCancel() {
         QThread::msleep(5);
     }
     thread.join();
+    if (exportEnded)
+        exportEnded();
     // What the thread queued last (its outcome, the counter reset) is handled now.
     QCoreApplication::sendPostedEvents(this);
     _timeToGoToPanel6 = false;

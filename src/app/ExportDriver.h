@@ -45,6 +45,9 @@ public:
                  std::string libraryFolder);
     ~ExportDriver() override;
 
+    // Told when an export has ended and its thread is joined.
+    std::function<void()> exportEnded;
+
     void processAudioFiles();
     void pollingTimerFired();
 

@@ -145,6 +145,8 @@ void PanelMachine::showNamingPanel(int tracks) {
 }
 
 void PanelMachine::startExport() {
+    if (mayExport && !mayExport())
+        return;
     setPanel(panel::exporting);
     if (processAudioFiles)
         processAudioFiles();

@@ -43,6 +43,8 @@ public:
 
     // Called for Next on a naming panel when the export is to start (after the switch to 5).
     std::function<void()> processAudioFiles;
+    // Asked before the switch to 5: false keeps the naming panel (and its names) on screen.
+    std::function<bool()> mayExport;
 
     void setPanel(unsigned n);
 

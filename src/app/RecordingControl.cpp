@@ -36,6 +36,8 @@ RecordingControl::RecordingControl(CaptureControl& capture, PanelViews& views, A
     , sequence(capture, exporting::clearTmpFolder) {}
 
 void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
+    if (mayRecord && !mayRecord())
+        return;
     const bool split = views.automaticallySplitTracks();
     sequence.prepare(split);
     m_applyNormalization = normalization;
@@ -73,6 +75,8 @@ void RecordingControl::doNewTrackButton() {
 
 void RecordingControl::doNextButton3() {
     sequence.stop();
+    if (recordingEnded)
+        recordingEnded();
     _pTimer.reset();
     views.stopMetering(panel::recording);
     machine.releaseMeter();
@@ -87,6 +91,9 @@ void RecordingControl::doBackButton3() {
 }
 
 void RecordingControl::audioDetectedAlbumEnd() {
+    // The capture engine has stopped the recording already.
+    if (recordingEnded)
+        recordingEnded();
     if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks)
         doNextButton3();
     else

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace waxline::app {
@@ -28,6 +29,11 @@ public:
 
     RecordingControl(CaptureControl& capture, PanelViews& views, Alerts& alerts,
                      PanelMachine& machine);
+
+    // Asked first by Record: false leaves everything as it is (the folder is not emptied).
+    std::function<bool()> mayRecord;
+    // Told when a recording has stopped: Stop, the track limit, the album end.
+    std::function<void()> recordingEnded;
 
     void doRecordButton(bool normalization, bool clickRemoval);
     void doNewTrackButton();

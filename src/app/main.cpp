@@ -13,6 +13,7 @@
 #include "ui/window/PanelScreenshots.h"
 
 #include <QApplication>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstring>
@@ -68,5 +69,7 @@ int main(int argc, char** argv) {
     controller.helpLanguage = language;
     controller.awakeFromNib();
     window.show();
+    // Once panel 1 is on screen: a recording a crash cut off is offered back.
+    QTimer::singleShot(0, &controller, [&controller] { controller.offerInterruptedRecording(); });
     return app.exec();
 }

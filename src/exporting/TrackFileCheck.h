@@ -26,9 +26,9 @@ TrackFileCheck inspectTrackFile(const std::string& path);
 struct TrackFileLayout {
     uint16_t channels = 0;
     uint32_t sampleRate = 0;
-    uint16_t blockAlign = 0;   // bytes per frame
-    uint64_t dataOffset = 0;   // where the audio starts
-    uint64_t frames = 0;       // whole frames present after dataOffset
+    uint16_t blockAlign = 0;    // bytes per frame
+    uint64_t dataOffset = 0;    // where the audio starts
+    uint64_t frames = 0;        // whole frames present after dataOffset
     uint32_t announcedData = 0; // the data chunk's size as the header says
     bool headerRight() const { return uint64_t(announcedData) == frames * blockAlign; }
     double seconds() const { return sampleRate ? double(frames) / sampleRate : 0; }

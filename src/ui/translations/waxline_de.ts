@@ -413,5 +413,10 @@
         <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name, %2 = error number; plain text</extracomment>
         <translation>das Gerät „%1“ meldete Fehler %2</translation>
     </message>
+    <message>
+        <source>IDS_FOLDER_LOCK_FAILED</source>
+        <extracomment>Record or save could not lock the export folder; %1 = folder, %2 = the system's reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline kann seinen Arbeitsordner %1 nicht verwenden (%2). Prüfen Sie, ob es den Ordner gibt und Sie darin schreiben dürfen, und versuchen Sie es dann noch einmal.</translation>
+    </message>
 </context>
 </TS>

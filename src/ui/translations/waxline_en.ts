@@ -413,5 +413,10 @@
         <extracomment>The reason in IDS_MONITOR_FAILED; %1 = the deck's name, %2 = error number; plain text</extracomment>
         <translation>the device “%1” reported error %2</translation>
     </message>
+    <message>
+        <source>IDS_FOLDER_LOCK_FAILED</source>
+        <extracomment>Record or save could not lock the export folder; %1 = folder, %2 = the system's reason; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot use its working folder %1 (%2). Check that the folder exists and that you may write to it, then try again.</translation>
+    </message>
 </context>
 </TS>

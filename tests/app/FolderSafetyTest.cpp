@@ -1,0 +1,324 @@
+#include "app/AppDelegate.h"
+#include "app/CaptureCalls.h"
+#include "capture/recorder/ExportFolderLock.h"
+#include "capture/recorder/TrackFiles.h"
+#include "support/FakeAlerts.h"
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+#include "ui/panels/CustomView.h"
+#include "ui/widgets/SKShapedButton.h"
+#include "ui/window/CustomWindow.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <unistd.h>
+
+// The window and the export folder: a recording cut off by a crash is offered back at
+// start-up, and the folder's lock keeps another run's files from being recorded over.
+namespace {
+
+namespace fs = std::filesystem;
+using waxline::ExportFolderLock;
+using waxline::FolderUse;
+using waxline::test::count;
+using waxline::test::FakeAlerts;
+using waxline::test::FakeCapture;
+using waxline::test::TempDir;
+
+constexpr int kRate = 44100;
+
+// The names in a folder, the lock file left out (it stays by design).
+std::vector<std::string> entriesOf(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        if (entry.path().filename() != ExportFolderLock::lockFileName())
+            names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// A stereo 16-bit track of `seconds` of a 330 Hz tone as the recorder writes it, whose header
+// then says only `announcedSeconds` (a crash before the header caught up); -1 leaves it right.
+void writeTrack(const std::string& path, double seconds, double announcedSeconds = -1) {
+    SF_INFO info{};
+    info.samplerate = kRate;
+    info.channels = 2;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_TRUE(file);
+    const auto frames = static_cast<sf_count_t>(seconds * kRate);
+    std::vector<float> pcm;
+    for (sf_count_t i = 0; i < frames; ++i) {
+        const float s = 0.3f * float(std::sin(2 * M_PI * 330 * double(i) / kRate));
+        pcm.push_back(s);
+        pcm.push_back(s);
+    }
+    ASSERT_EQ(sf_writef_float(file, pcm.data(), frames), frames);
+    sf_close(file);
+    if (announcedSeconds < 0)
+        return;
+    const auto bytes = uint32_t(static_cast<sf_count_t>(announcedSeconds * kRate) * 4);
+    std::fstream out(path, std::ios::binary | std::ios::in | std::ios::out);
+    const auto put = [&](std::streamoff at, uint32_t v) {
+        const char b[4] = {char(v), char(v >> 8), char(v >> 16), char(v >> 24)};
+        out.seekp(at);
+        out.write(b, 4);
+    };
+    put(4, 36 + bytes);
+    put(40, bytes);
+}
+
+void writeCount(const std::string& folder, const std::string& text) {
+    std::ofstream(waxline::trackCountPath(folder)) << text;
+}
+
+struct App {
+    TempDir folder;
+    TempDir music;
+    FakeCapture capture = waxline::test::captureIn(folder.path());
+    FakeAlerts alerts;
+    waxline::ui::CustomWindow window;
+    std::unique_ptr<waxline::app::AppDelegate> controller;
+
+    void start() {
+        controller = std::make_unique<waxline::app::AppDelegate>(capture, window, alerts,
+                                                                 music.file("Music"));
+        controller->awakeFromNib();
+        window.show();
+        controller->offerInterruptedRecording();
+    }
+    unsigned shown() { return controller->tabs().selectedPanel(); }
+    waxline::ui::CustomView* view() { return controller->tabs().view(shown()); }
+    void press(const char* action) {
+        waxline::ui::CustomView* v = view();
+        ASSERT_TRUE(v) << "panel " << shown();
+        for (auto* button : v->findChildren<waxline::ui::SKShapedButton*>())
+            if (button->property("action").toString() == QLatin1String(action)) {
+                button->click();
+                return;
+            }
+        FAIL() << "panel " << shown() << " has no button for " << action;
+    }
+    void type(int tag, const QString& text) {
+        auto field = qobject_cast<QLineEdit*>(view()->viewWithTag(tag));
+        ASSERT_TRUE(field) << tag;
+        field->selectAll();
+        QTest::keyClicks(field, text);
+    }
+    std::string track(int n) const { return capture.fileNameForTrack(n); }
+};
+
+TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) {
+    struct Case {
+        const char* name;
+        std::function<void(App&)> leave;
+        bool offered;
+        QStringList arguments; // tracks, length
+    };
+    const Case cases[] = {
+        {"empty folder", [](App&) {}, false, {}},
+        {"clean stop, not yet exported",
+         [](App& a) {
+             writeTrack(a.track(1), 2.0);
+             writeTrack(a.track(2), 1.5);
+             writeCount(a.folder.path(), "2\nfinished\n");
+         },
+         false,
+         {}},
+        {"crash in the second track, its header a second behind",
+         [](App& a) {
+             writeTrack(a.track(1), 62.0);
+             writeTrack(a.track(2), 3.0, 2.0);
+             writeCount(a.folder.path(), "1\n");
+         },
+         true,
+         {"2", "0:01:05"}},
+        {"crash in the first track before any count or header",
+         [](App& a) { writeTrack(a.track(1), 3725.0 / 1000, 0); },
+         true,
+         {"1", "0:00:04"}},
+        {"a started file without audio after the last track",
+         [](App& a) {
+             writeTrack(a.track(1), 2.4, 1.0);
+             writeTrack(a.track(2), 0);
+             writeCount(a.folder.path(), "1\n");
+         },
+         true,
+         {"1", "0:00:02"}},
+        {"exported already",
+         [](App& a) {
+             writeTrack(a.track(1), 2.0, 1.0);
+             std::ofstream(waxline::exportedMarkPath(a.folder.path())) << "exported\n";
+         },
+         false,
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        App app;
+        c.leave(app);
+        const auto before = entriesOf(app.folder.path());
+        app.alerts.answers = {false}; // discard, when asked
+        app.start();
+        EXPECT_EQ(app.shown(), 1u);
+        if (!c.offered) {
+            EXPECT_TRUE(app.alerts.shown.empty());
+            EXPECT_EQ(entriesOf(app.folder.path()), before) << "nothing is removed unasked";
+            continue;
+        }
+        ASSERT_EQ(app.alerts.shown.size(), 1u);
+        EXPECT_EQ(app.alerts.shown[0].title, "IDS_RECOVER_TITLE");
+        EXPECT_EQ(app.alerts.shown[0].text, "IDS_RECOVER_TEXT");
+        EXPECT_EQ(app.alerts.shown[0].button, "IDS_RECOVER_EXPORT|IDS_RECOVER_DISCARD");
+        EXPECT_EQ(app.alerts.shown[0].arguments, c.arguments);
+        EXPECT_TRUE(entriesOf(app.folder.path()).empty()) << "No empties the folder";
+    }
+}
+
+TEST(InterruptedRecording, AnotherRunStillRecordingThereIsNotOffered) {
+    App app;
+    writeTrack(app.track(1), 2.0, 1.0);
+    ExportFolderLock other;
+    ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
+    app.start();
+    EXPECT_TRUE(app.alerts.shown.empty());
+    EXPECT_TRUE(fs::exists(app.track(1)));
+}
+
+TEST(InterruptedRecording, YesNamesAndExportsAllOfEveryTrack) {
+    struct Case {
+        std::vector<double> seconds;   // what each file holds
+        std::vector<double> announced; // what its header says
+        unsigned namingPanel;
+    };
+    const Case cases[] = {
+        {{2.5}, {1.0}, 4},
+        {{1.5, 2.5}, {1.5, 0.5}, 7},
+    };
+    for (const Case& c : cases) {
+        const int n = int(c.seconds.size());
+        SCOPED_TRACE(n);
+        App app;
+        for (int i = 0; i < n; ++i)
+            writeTrack(app.track(i + 1), c.seconds[size_t(i)], c.announced[size_t(i)]);
+        writeCount(app.folder.path(), std::to_string(n - 1) + "\n");
+        app.alerts.answers = {true};
+        app.start();
+        ASSERT_EQ(app.alerts.shown.size(), 1u);
+        ASSERT_EQ(app.shown(), c.namingPanel);
+        EXPECT_EQ(app.capture.tracks, n);
+        EXPECT_EQ(count(app.capture, "adoptRecordedTracks(" + std::to_string(n) + ")"), 1);
+
+        if (n == 1) {
+            app.type(10, QStringLiteral("Found Artist"));
+            app.type(11, QStringLiteral("Found Album"));
+            app.type(12, QStringLiteral("Only"));
+            app.press("doNextButton4:");
+        } else {
+            app.type(51, QStringLiteral("Found Artist"));
+            app.type(52, QStringLiteral("Found Album"));
+            app.type(61, QStringLiteral("One"));
+            app.type(62, QStringLiteral("Two"));
+            app.press("doNextButton7:");
+        }
+        ASSERT_TRUE(QTest::qWaitFor([&] { return app.shown() == 6u; }, 60000));
+        const std::string album = app.music.file("Music") + "/Found Artist/Found Album/";
+        const std::vector<std::string> titles =
+            n == 1 ? std::vector<std::string>{"01 Only.mp3"}
+                   : std::vector<std::string>{"01 One.mp3", "02 Two.mp3"};
+        for (int i = 0; i < n; ++i) {
+            const std::string mp3 = album + titles[size_t(i)];
+            ASSERT_TRUE(fs::exists(mp3)) << mp3;
+            // All of the audio, not only what the header had announced.
+            EXPECT_NEAR(waxline::test::probeDuration(mp3), c.seconds[size_t(i)], 0.1) << mp3;
+        }
+        EXPECT_EQ(app.alerts.shown.size(), 1u) << app.alerts.texts().join(", ").toStdString();
+        // Another side after a recovered one starts by finding the deck.
+        app.press("doNextButton6:");
+        EXPECT_EQ(app.shown(), 1u);
+    }
+}
+
+// A lock the test holds stands for another run (the command line) working in the folder.
+TEST(FolderLock, RecordAndExportSayTheFolderIsBusyAndLeaveItAlone) {
+    App app;
+    app.start();
+    app.capture.detectionCodes = {1};
+    app.press("doNextButton1:");
+    ASSERT_EQ(app.shown(), 2u);
+    writeTrack(app.track(1), 1.0);
+
+    {
+        ExportFolderLock other;
+        ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
+                  ExportFolderLock::Outcome::Taken);
+        app.press("doRecordButton:");
+        ASSERT_EQ(app.alerts.shown.size(), 1u);
+        EXPECT_EQ(app.alerts.shown[0].text, "IDS_FOLDER_BUSY");
+        EXPECT_EQ(app.alerts.shown[0].arguments,
+                  QStringList{QStringLiteral("waxline-cli, %1").arg(::getpid())});
+        EXPECT_EQ(app.shown(), 2u);
+        EXPECT_EQ(count(app.capture, "newTrack"), 0);
+        EXPECT_EQ(count(app.capture, "resetTrackCounter"), 0);
+        EXPECT_TRUE(fs::exists(app.track(1))) << "nothing is emptied";
+    }
+
+    // Free again: the window records, holding the lock while it does.
+    app.press("doRecordButton:");
+    ASSERT_EQ(app.shown(), 3u);
+    ExportFolderLock probe;
+    EXPECT_EQ(probe.tryLock(app.folder.path(), FolderUse::Exporting, "test"),
+              ExportFolderLock::Outcome::Held);
+    EXPECT_EQ(probe.holder().program, "waxline");
+    EXPECT_EQ(probe.holder().use, FolderUse::Recording);
+    app.capture.tracks = 2;
+    writeTrack(app.track(1), 1.0);
+    writeTrack(app.track(2), 1.0);
+    app.press("doNextButton3:");
+    ASSERT_EQ(app.shown(), 7u);
+    // Stopped: the lock is let go until the export.
+    ASSERT_EQ(probe.tryLock(app.folder.path(), FolderUse::Exporting, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
+
+    app.type(61, QStringLiteral("Kept"));
+    app.press("doNextButton7:");
+    EXPECT_EQ(app.shown(), 7u) << "the names stay on screen";
+    ASSERT_EQ(app.alerts.shown.size(), 2u);
+    EXPECT_EQ(app.alerts.shown[1].text, "IDS_FOLDER_BUSY");
+    EXPECT_FALSE(fs::exists(app.music.file("Music")));
+    probe.unlock();
+
+    app.press("doNextButton7:");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return app.shown() == 6u; }, 60000));
+    EXPECT_EQ(app.alerts.shown.size(), 2u);
+    EXPECT_EQ(waxline::test::filesBelow(app.music.file("Music")).size(), 2u);
+    // The export has ended: the folder is free for the next run.
+    EXPECT_EQ(probe.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
+}
+
+TEST(FolderLock, ClosingLeavesAFolderAnotherRunHoldsAlone) {
+    App app;
+    app.start();
+    writeTrack(app.track(1), 1.0);
+    ExportFolderLock other;
+    ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
+    app.alerts.answers = {true};
+    app.press("doCloseButton:");
+    EXPECT_FALSE(app.window.isVisible());
+    EXPECT_TRUE(fs::exists(app.track(1)));
+}
+
+} // namespace
