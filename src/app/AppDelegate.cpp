@@ -260,7 +260,7 @@ void AppDelegate::doCloseApplication(QObject*) {
 void AppDelegate::endRun() {
     // The track files are closed complete before anything is removed, and an export under
     // way ends before its files go.
-    audio.stopRecording();
+    recordingControl.stopForClose();
     folderClaim.release();
     exportDriver.finishOrCancel();
     // Another run recording or exporting in the same folder keeps its files.

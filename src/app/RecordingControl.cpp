@@ -83,6 +83,17 @@ void RecordingControl::doNextButton3() {
     machine.showNamingPanel(capture.numRecordedTracks());
 }
 
+void RecordingControl::stopForClose() {
+    if (!elapsedTimerRunning()) {
+        capture.stopRecording();
+        return;
+    }
+    sequence.stop();
+    _pTimer.reset();
+    if (recordingEnded)
+        recordingEnded();
+}
+
 void RecordingControl::doBackButton3() {
     // The recording goes on, and so does its clock: only the meters move back to panel 2.
     machine.releaseMeter();

@@ -39,6 +39,9 @@ public:
     void doNewTrackButton();
     void doNextButton3();
     void doBackButton3();
+    // The application closes: a recording under way is stopped as Stop stops it (its files
+    // closed, its count left final) but no panel follows.
+    void stopForClose();
     void audioDetectedAlbumEnd();
     void elaspedTimerFired();
     void setRecordingGainDb(float gainDb);
