@@ -107,6 +107,7 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
 AppDelegate::~AppDelegate() {
     itsWindow.removeEventFilter(this);
     exportDriver.finishOrCancel();
+    exportDriver.exportEnded = nullptr; // the folder claim goes before the driver
     audio.setDelegate(nullptr);
 }
 
