@@ -418,5 +418,100 @@
         <extracomment>Record or save could not lock the export folder; %1 = folder, %2 = the system's reason; an alert text, Qt rich text</extracomment>
         <translation>Waxline kann seinen Arbeitsordner %1 nicht verwenden (%2). Prüfen Sie, ob es den Ordner gibt und Sie darin schreiben dürfen, und versuchen Sie es dann noch einmal.</translation>
     </message>
+    <message>
+        <source>IDS_REVIEW_BUTTON</source>
+        <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
+        <translation>Trennstellen…</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NOTICE</source>
+        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most about 100 characters</extracomment>
+        <translation>Die Analyse schlägt andere Trennstellen vor als die Aufnahme: bitte vor dem Benennen prüfen.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TITLE</source>
+        <extracomment>The review dialog's title; a title: at most about 40 characters</extracomment>
+        <translation>Trennstellen prüfen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TEXT</source>
+        <extracomment>Under the review dialog's title; at most about 260 characters, Qt rich text</extracomment>
+        <translation>Ziehen Sie eine Markierung, um eine Trennstelle zu verschieben; sie rastet am leisesten Punkt in 3 Sekunden Umkreis ein (Umschalt: genau dort). Doppelklick fügt eine hinzu, Entf löscht die gewählte, Pfeiltasten schieben sie, die Leertaste spielt 4 Sekunden.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_READING</source>
+        <extracomment>While the side is read for the overview and the proposal</extracomment>
+        <translation>Die Seite wird gelesen …</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_SELECTED</source>
+        <extracomment>The selected marker: %1 its number, %2 how many, %3 its time m:ss.s</extracomment>
+        <translation>Trennstelle %1 von %2 bei %3</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NONE_SELECTED</source>
+        <extracomment>No marker selected: %1 the number of tracks the markers make</extracomment>
+        <translation>Titel: %1 – klicken Sie eine Markierung an, um sie zu wählen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_DOUBTFUL</source>
+        <extracomment>Doubtful splits, drawn dashed: %1 their times, comma-separated</extracomment>
+        <translation>Unsichere Trennstellen (gestrichelt): %1 – hören Sie sie vor dem Übernehmen an.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_ADD</source>
+        <extracomment>A button in the review; at most about 16 characters</extracomment>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_REMOVE</source>
+        <extracomment>A button in the review; at most about 16 characters</extracomment>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_PLAY</source>
+        <extracomment>A button in the review: plays 4 seconds around the selected split; at most about 16 characters</extracomment>
+        <translation>Anhören</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TRACKS_LABEL</source>
+        <extracomment>Beside the track count box; a label: at most 24 characters</extracomment>
+        <translation>Titel laut Hülle:</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_APPLY</source>
+        <extracomment>The review's button that cuts the tracks anew; at most about 16 characters</extracomment>
+        <translation>Übernehmen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_CANCEL</source>
+        <extracomment>The review's button that changes nothing; at most about 16 characters</extracomment>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NO_SIDE</source>
+        <extracomment>Alert: the review cannot open; %1 the file concerned</extracomment>
+        <translation>Die aufgenommenen Titel lassen sich nicht als eine Seite lesen und daher nicht prüfen. Betroffene Datei: %1</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_DISK_FULL</source>
+        <extracomment>Alert: the re-cut found no room; %1 the folder</extracomment>
+        <translation>Der Datenträger mit %1 ist voll, daher wurden die Titel nicht neu geschnitten. Es wurde nichts verändert: schaffen Sie Platz und versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_READ_FAILED</source>
+        <extracomment>Alert: %1 the file, %2 what the system said</extracomment>
+        <translation>Die Titel wurden nicht neu geschnitten: %1 ließ sich nicht lesen (%2). Es wurde nichts verändert.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_WRITE_FAILED</source>
+        <extracomment>Alert: %1 the file, %2 what the system said</extracomment>
+        <translation>Die Titel wurden nicht neu geschnitten: %1 ließ sich nicht schreiben (%2). Die Titel sind unverändert.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_BAD_SPLITS</source>
+        <extracomment>Alert: the markers cannot be applied</extracomment>
+        <translation>Diese Trennstellen lassen sich nicht übernehmen: jede muss innerhalb der Seite und nach der vorigen liegen.</translation>
+    </message>
 </context>
 </TS>

@@ -418,5 +418,100 @@
         <extracomment>Record or save could not lock the export folder; %1 = folder, %2 = the system's reason; an alert text, Qt rich text</extracomment>
         <translation>Waxline cannot use its working folder %1 (%2). Check that the folder exists and that you may write to it, then try again.</translation>
     </message>
+    <message>
+        <source>IDS_REVIEW_BUTTON</source>
+        <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
+        <translation>Review splits…</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NOTICE</source>
+        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most about 100 characters</extracomment>
+        <translation>The analysis proposes other splits than the recording made: review them before naming.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TITLE</source>
+        <extracomment>The review dialog's title; a title: at most about 40 characters</extracomment>
+        <translation>Review the splits</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TEXT</source>
+        <extracomment>Under the review dialog's title; at most about 260 characters, Qt rich text</extracomment>
+        <translation>Drag a marker to move a split: it snaps to the quietest moment within 3 seconds (hold Shift to place it exactly). Double-click adds a split, Delete removes the selected one, the arrow keys nudge it and Space plays 4 seconds around it.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_READING</source>
+        <extracomment>While the side is read for the overview and the proposal</extracomment>
+        <translation>Reading the side…</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_SELECTED</source>
+        <extracomment>The selected marker: %1 its number, %2 how many, %3 its time m:ss.s</extracomment>
+        <translation>Split %1 of %2 at %3</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NONE_SELECTED</source>
+        <extracomment>No marker selected: %1 the number of tracks the markers make</extracomment>
+        <translation>Tracks: %1 – click a marker to select it</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_DOUBTFUL</source>
+        <extracomment>Doubtful splits, drawn dashed: %1 their times, comma-separated</extracomment>
+        <translation>Doubtful splits (dashed): %1 – listen to them before you apply.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_ADD</source>
+        <extracomment>A button in the review; at most about 16 characters</extracomment>
+        <translation>Add split</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_REMOVE</source>
+        <extracomment>A button in the review; at most about 16 characters</extracomment>
+        <translation>Remove split</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_PLAY</source>
+        <extracomment>A button in the review: plays 4 seconds around the selected split; at most about 16 characters</extracomment>
+        <translation>Play</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_TRACKS_LABEL</source>
+        <extracomment>Beside the track count box; a label: at most 24 characters</extracomment>
+        <translation>Tracks on the sleeve:</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_APPLY</source>
+        <extracomment>The review's button that cuts the tracks anew; at most about 16 characters</extracomment>
+        <translation>Apply</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_CANCEL</source>
+        <extracomment>The review's button that changes nothing; at most about 16 characters</extracomment>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_NO_SIDE</source>
+        <extracomment>Alert: the review cannot open; %1 the file concerned</extracomment>
+        <translation>The recorded tracks cannot be read as one side, so they cannot be reviewed. The file concerned: %1</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_DISK_FULL</source>
+        <extracomment>Alert: the re-cut found no room; %1 the folder</extracomment>
+        <translation>The disk holding %1 is full, so the tracks were not cut anew. Nothing was changed: free some space and try again.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_READ_FAILED</source>
+        <extracomment>Alert: %1 the file, %2 what the system said</extracomment>
+        <translation>The tracks were not cut anew: %1 could not be read (%2). Nothing was changed.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_WRITE_FAILED</source>
+        <extracomment>Alert: %1 the file, %2 what the system said</extracomment>
+        <translation>The tracks were not cut anew: %1 could not be written (%2). The tracks are as they were.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_BAD_SPLITS</source>
+        <extracomment>Alert: the markers cannot be applied</extracomment>
+        <translation>These splits cannot be applied: each must lie inside the side, after the one before it.</translation>
+    </message>
 </context>
 </TS>

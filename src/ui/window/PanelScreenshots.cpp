@@ -5,6 +5,7 @@
 #include "ui/panels/PanelForms.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
+#include "ui/review/SplitReviewDialog.h"
 #include "ui/window/CustomWindow.h"
 
 #include <QApplication>
@@ -12,9 +13,69 @@
 #include <QPixmap>
 #include <QTimer>
 
+#include <cmath>
 #include <cstdio>
 
 namespace waxline::ui {
+
+namespace {
+
+// A side of 18 minutes with six tracks: music that swells and fades, a pianissimo inside the
+// third track, groove noise in the gaps.
+struct MadeUpSide {
+    static constexpr unsigned rate = 44100;
+    static constexpr double seconds = 18 * 60;
+    static constexpr double gaps[5][2] = {
+        {171, 174}, {352, 354.5}, {545, 548}, {742, 743.5}, {905, 909}};
+
+    static double level(double t) {
+        if (t < 2 || t > seconds - 20)
+            return 0.008;
+        for (const auto& gap : gaps)
+            if (t >= gap[0] && t < gap[1])
+                return 0.01;
+        if (t > 430 && t < 436)
+            return 0.04; // the pianissimo
+        return 0.32 + 0.22 * std::sin(t / 23.0) * std::sin(t / 7.3 + 1.0) +
+               0.12 * std::sin(t / 2.1);
+    }
+};
+
+} // namespace
+
+QImage grabSplitReview(bool reading) {
+    SplitReviewDialog dialog;
+    const auto frames = int64_t(MadeUpSide::seconds * MadeUpSide::rate);
+    const auto at = [](double s) { return int64_t(s * MadeUpSide::rate); };
+    // The live detector split inside the pianissimo and missed the shortest gap.
+    dialog.setSide(frames, MadeUpSide::rate, {at(172), at(353), at(433), at(546.5)});
+    constexpr int columns = 2048;
+    const int shown = reading ? columns * 11 / 20 : columns;
+    dialog.overview().setColumnCount(columns);
+    std::vector<float> lows, highs;
+    for (int c = 0; c < shown; ++c) {
+        const double t = (c + 0.5) * MadeUpSide::seconds / columns;
+        const double wobble = 0.85 + 0.15 * std::sin(c * 1.7) * std::sin(c * 0.31);
+        const auto peak = float(std::min(0.98, MadeUpSide::level(t) * wobble * 1.5));
+        highs.push_back(peak);
+        lows.push_back(-peak * float(0.9 + 0.1 * std::cos(c * 0.7)));
+    }
+    dialog.overview().setColumns(0, lows, highs);
+    dialog.setReading(reading);
+    if (!reading) {
+        dialog.setProposal({{at(172.6), 0.93f},
+                            {at(353.1), 0.88f},
+                            {at(546.4), 0.97f},
+                            {at(742.8), 0.41f},
+                            {at(907.2), 0.9f}});
+        dialog.overview().selectMarker(1);
+    }
+    dialog.show();
+    QApplication::processEvents();
+    if (QWidget* focused = dialog.focusWidget())
+        focused->clearFocus();
+    return dialog.grab().toImage();
+}
 
 std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel) {
     SubViewController loader(nibNameForPanel(panel), nullptr);
@@ -59,6 +120,14 @@ bool writePanelScreenshots(const QString& dir) {
             return false;
         }
         window.setContentView(nullptr);
+    }
+    for (const bool reading : {false, true}) {
+        const QString file = QDir(dir).filePath(reading ? QStringLiteral("review-reading.png")
+                                                        : QStringLiteral("review.png"));
+        if (!grabSplitReview(reading).save(file)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+            return false;
+        }
     }
     return true;
 }

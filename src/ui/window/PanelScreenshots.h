@@ -17,8 +17,13 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel);
 // The window showing that panel, grabbed at the screen's device-pixel ratio.
 QImage grabPanel(CustomWindow& window, CustomView& view);
 
-// Writes DIR/panel-<n>.png for the twelve panels; false (and a line on standard error)
-// when a panel cannot be loaded or a picture cannot be written.
+// The split review on a made-up side of six tracks, one split doubtful and one selected; while
+// `reading`, half the overview is in and the proposal not yet.
+QImage grabSplitReview(bool reading);
+
+// Writes DIR/panel-<n>.png for the twelve panels and DIR/review.png, DIR/review-reading.png
+// for the split review; false (and a line on standard error) when a panel cannot be loaded or a
+// picture cannot be written.
 bool writePanelScreenshots(const QString& dir);
 
 } // namespace waxline::ui

@@ -1,0 +1,271 @@
+#include "ui/review/SplitReviewDialog.h"
+
+#include "ui/Catalogue.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace waxline::ui {
+
+namespace {
+
+// The panels' palette on plain widgets: a walnut header, the cream body, amber for the action.
+const char* const dialogStyle = R"(
+QDialog { background: #F4ECDD; }
+QWidget#header { background: #3B2A20; }
+QLabel { color: #2B1F17; font-size: 13px; }
+QLabel#title { color: #F4ECDD; font-size: 20px; font-weight: bold; }
+QLabel#position { font-size: 13px; font-weight: bold; }
+QLabel#notice { color: #8A3A22; font-size: 12px; }
+QPushButton { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 15px;
+              padding: 4px 16px; font-size: 13px; min-height: 20px; }
+QPushButton:hover { background: #FBF3E4; }
+QPushButton:pressed { background: #E9DCC5; }
+QPushButton:focus { border: 2px solid #2F8FA3; }
+QPushButton:disabled { color: #A89886; border-color: #D8C8AE; }
+QPushButton#apply { background: #D9892B; border-color: #A8641A; font-weight: bold; }
+QPushButton#apply:hover { background: #E39A42; }
+QPushButton#apply:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
+QSpinBox { font-size: 13px; min-height: 24px; }
+)";
+
+QString text(const char* key) {
+    const QString k = QString::fromLatin1(key);
+    const QString value = localizedKey(k);
+    return value.isNull() ? k : value;
+}
+
+QPushButton* makeButton(const char* key, QWidget* parent) {
+    auto button = new QPushButton(text(key), parent);
+    // Return belongs to the spin box and the overview, never to a button by surprise.
+    button->setAutoDefault(false);
+    button->setDefault(false);
+    return button;
+}
+
+} // namespace
+
+SplitReviewDialog::SplitReviewDialog(QWidget* parent)
+    : QDialog(parent) {
+    setModal(true);
+    setWindowModality(Qt::WindowModal);
+    setWindowTitle(plainTextOf(text("IDS_REVIEW_TITLE")));
+    QFont dialogFont = font();
+    dialogFont.setFamilies(
+        {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
+    setFont(dialogFont);
+    setStyleSheet(QString::fromLatin1(dialogStyle));
+    // The window's own size, so the review sits over the panel it came from.
+    setFixedSize(720, 480);
+
+    auto outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->setSpacing(0);
+
+    auto header = new QWidget(this);
+    header->setObjectName(QStringLiteral("header"));
+    header->setAttribute(Qt::WA_StyledBackground);
+    header->setFixedHeight(64);
+    auto headerRow = new QHBoxLayout(header);
+    headerRow->setContentsMargins(40, 0, 40, 0);
+    title = new QLabel(text("IDS_REVIEW_TITLE"), header);
+    title->setObjectName(QStringLiteral("title"));
+    headerRow->addWidget(title);
+    outer->addWidget(header);
+
+    auto body = new QVBoxLayout;
+    body->setContentsMargins(24, 14, 24, 18);
+    body->setSpacing(8);
+    outer->addLayout(body);
+
+    intro = new QLabel(text("IDS_REVIEW_TEXT"), this);
+    intro->setWordWrap(true);
+    body->addWidget(intro);
+
+    wave = new WaveformOverview(this);
+    wave->setMinimumHeight(150);
+    body->addWidget(wave, 1);
+
+    position = new QLabel(this);
+    position->setObjectName(QStringLiteral("position"));
+    body->addWidget(position);
+
+    notice = new QLabel(this);
+    notice->setObjectName(QStringLiteral("notice"));
+    notice->setWordWrap(true);
+    notice->hide();
+    body->addWidget(notice);
+
+    auto editRow = new QHBoxLayout;
+    editRow->setSpacing(8);
+    add = makeButton("IDS_REVIEW_ADD", this);
+    remove = makeButton("IDS_REVIEW_REMOVE", this);
+    play = makeButton("IDS_REVIEW_PLAY", this);
+    editRow->addWidget(add);
+    editRow->addWidget(remove);
+    editRow->addWidget(play);
+    editRow->addStretch(1);
+    countLabel = new QLabel(text("IDS_REVIEW_TRACKS_LABEL"), this);
+    count = new QSpinBox(this);
+    count->setRange(1, kMaxTracks);
+    count->setKeyboardTracking(false);
+    count->setMinimumWidth(64);
+    countLabel->setBuddy(count);
+    editRow->addWidget(countLabel);
+    editRow->addWidget(count);
+    body->addLayout(editRow);
+
+    auto footer = new QHBoxLayout;
+    footer->setSpacing(12);
+    footer->addStretch(1);
+    cancel = makeButton("IDS_REVIEW_CANCEL", this);
+    apply = makeButton("IDS_REVIEW_APPLY", this);
+    apply->setObjectName(QStringLiteral("apply"));
+    cancel->setMinimumWidth(120);
+    apply->setMinimumWidth(120);
+    footer->addWidget(cancel);
+    footer->addWidget(apply);
+    body->addLayout(footer);
+
+    for (QWidget* w : {static_cast<QWidget*>(add), static_cast<QWidget*>(remove),
+                       static_cast<QWidget*>(play), static_cast<QWidget*>(count)})
+        w->setAccessibleName(
+            plainTextOf(w == count ? countLabel->text() : static_cast<QPushButton*>(w)->text()));
+    setTabOrder(wave, add);
+    setTabOrder(add, remove);
+    setTabOrder(remove, play);
+    setTabOrder(play, count);
+    setTabOrder(count, cancel);
+    setTabOrder(cancel, apply);
+
+    connect(wave, &WaveformOverview::markersChanged, this, &SplitReviewDialog::markersEdited);
+    connect(wave, &WaveformOverview::selectionChanged, this, [this] { updatePosition(); });
+    connect(wave, &WaveformOverview::playRequested, this, &SplitReviewDialog::playRequested);
+    connect(add, &QPushButton::clicked, this, &SplitReviewDialog::addAtView);
+    connect(remove, &QPushButton::clicked, this, [this] {
+        wave->removeSelected();
+        wave->setFocus();
+    });
+    connect(play, &QPushButton::clicked, this, &SplitReviewDialog::playSelected);
+    connect(count, &QSpinBox::valueChanged, this, [this](int tracks) {
+        if (!settingCount)
+            emit trackCountChosen(tracks);
+    });
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(apply, &QPushButton::clicked, this, &SplitReviewDialog::applyRequested);
+
+    setReading(false);
+    markersEdited();
+    wave->setFocus();
+}
+
+void SplitReviewDialog::setSide(int64_t frames, unsigned sampleRate,
+                                const std::vector<int64_t>& liveSplits) {
+    live = liveSplits;
+    wave->setSide(frames, sampleRate);
+    std::vector<SplitMarker> markers;
+    for (int64_t frame : live)
+        markers.push_back({frame, 1.0f});
+    wave->setMarkers(std::move(markers));
+}
+
+void SplitReviewDialog::setReading(bool reading) {
+    isReading = reading;
+    // The count redoes the splitter's proposal, which needs the whole side read.
+    count->setEnabled(!reading);
+    countLabel->setEnabled(!reading);
+    wave->setPendingText(reading ? text("IDS_REVIEW_READING") : QString());
+    updatePosition();
+}
+
+void SplitReviewDialog::setProposal(const std::vector<SplitMarker>& markers) {
+    wave->setMarkers(markers);
+}
+
+std::vector<int64_t> SplitReviewDialog::boundaries() const {
+    std::vector<int64_t> frames;
+    for (const SplitMarker& m : wave->markers())
+        frames.push_back(m.frame);
+    return frames;
+}
+
+bool SplitReviewDialog::changed() const {
+    return boundaries() != live;
+}
+
+QString SplitReviewDialog::noticeText() const {
+    return notice->isHidden() ? QString() : notice->text();
+}
+
+QString SplitReviewDialog::positionText() const {
+    return position->text();
+}
+
+void SplitReviewDialog::markersEdited() {
+    const int tracks = int(wave->markers().size()) + 1;
+    settingCount = true;
+    count->setValue(std::clamp(tracks, 1, kMaxTracks));
+    settingCount = false;
+    apply->setEnabled(changed());
+    updateNotice();
+    updatePosition();
+}
+
+void SplitReviewDialog::updatePosition() {
+    const int index = wave->selectedMarker();
+    const auto& markers = wave->markers();
+    remove->setEnabled(index >= 0);
+    play->setEnabled(index >= 0);
+    add->setEnabled(wave->sideFrames() > 0);
+    QString line;
+    if (index >= 0) {
+        line = text("IDS_REVIEW_SELECTED")
+                   .arg(index + 1)
+                   .arg(markers.size())
+                   .arg(formatSideTime(markers[size_t(index)].frame, wave->sampleRate()));
+    } else {
+        line = text("IDS_REVIEW_NONE_SELECTED").arg(markers.size() + 1);
+    }
+    position->setText(line);
+}
+
+void SplitReviewDialog::updateNotice() {
+    QStringList times;
+    for (const SplitMarker& m : wave->markers())
+        if (m.doubtful())
+            times << formatSideTime(m.frame, wave->sampleRate());
+    notice->setVisible(!times.isEmpty());
+    notice->setText(times.isEmpty()
+                        ? QString()
+                        : text("IDS_REVIEW_DOUBTFUL").arg(times.join(QStringLiteral(", "))));
+}
+
+void SplitReviewDialog::playSelected() {
+    const int index = wave->selectedMarker();
+    if (index >= 0)
+        emit playRequested(wave->markers()[size_t(index)].frame);
+    wave->setFocus();
+}
+
+void SplitReviewDialog::addAtView() {
+    // A new split halves the longest track, at the quietest moment near its middle.
+    const auto& markers = wave->markers();
+    int64_t start = 0, bestStart = 0, bestEnd = 0;
+    for (size_t t = 0; t <= markers.size(); ++t) {
+        const int64_t end = t < markers.size() ? markers[t].frame : wave->sideFrames();
+        if (end - start > bestEnd - bestStart) {
+            bestStart = start;
+            bestEnd = end;
+        }
+        start = end;
+    }
+    wave->addMarker(bestStart + (bestEnd - bestStart) / 2, true);
+    wave->setFocus();
+}
+
+} // namespace waxline::ui
