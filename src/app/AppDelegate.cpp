@@ -2,6 +2,7 @@
 
 #include "app/InterruptedRecording.h"
 #include "exporting/ExportFolders.h"
+#include "splitting/SideRecut.h"
 #include "ui/Catalogue.h"
 #include "ui/window/CustomWindow.h"
 
@@ -89,15 +90,24 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
           audio, _multipleNibTabView, alerts, [this](unsigned n) { machine.setPanel(n); },
           [](const std::string& key) { return localizedPlainText(key).toStdString(); },
           std::move(libraryFolder))
-    , folderClaim(alerts) {
+    , folderClaim(alerts)
+    , review(audio, alerts, &window) {
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
-    machine.processAudioFiles = [this] { exportDriver.processAudioFiles(); };
+    machine.processAudioFiles = [this] {
+        // A re-cut a kill interrupted is put right before the export reads the tracks.
+        finishInterruptedRecut(this->audio.exportFolder());
+        exportDriver.processAudioFiles();
+    };
     // The export folder is locked while recording and while exporting, as the command line
     // locks it, and let go in between.
     recordingControl.mayRecord = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Recording);
     };
     recordingControl.recordingEnded = [this] { folderClaim.release(); };
+    // The side is read again at once, so the naming panel can say if its splits look wrong.
+    recordingControl.tracksToName = [this] { review.startAnalysis(); };
+    review.noticeChanged = [this](bool differs) { _multipleNibTabView.setSplitsNotice(differs); };
+    review.showNamingPanel = [this](int tracks) { machine.showNamingPanelAfterRecut(tracks); };
     machine.mayExport = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Exporting);
     };
@@ -106,6 +116,7 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
 
 AppDelegate::~AppDelegate() {
     itsWindow.removeEventFilter(this);
+    review.forget();
     exportDriver.finishOrCancel();
     exportDriver.exportEnded = nullptr; // the folder claim goes before the driver
     audio.setDelegate(nullptr);
@@ -113,6 +124,8 @@ AppDelegate::~AppDelegate() {
 
 void AppDelegate::awakeFromNib() {
     audio.setDelegate(this);
+    // Tracks left half cut anew by a kill are made whole before anything reads the folder.
+    finishInterruptedRecut(audio.exportFolder());
 
     _multipleNibTabView.clearViews();
     // The window's own two items, then the rest, each identified by its number.
@@ -180,6 +193,9 @@ void AppDelegate::doRecordButton(QObject*, bool normalization, bool clickRemoval
     // Record empties the export folder: an export still reading it (panel 6 reached by its
     // Next button) ends first.
     exportDriver.finishOrCancel();
+    // So does the review's reading of the last side.
+    review.forget();
+    finishInterruptedRecut(audio.exportFolder());
     recordingControl.doRecordButton(normalization, clickRemoval);
 }
 void AppDelegate::doBackButton3(QObject*) {
@@ -238,6 +254,9 @@ void AppDelegate::doBackButton10(QObject*) {
 void AppDelegate::doNextButton10(QObject*) {
     machine.doNextButton10();
 }
+void AppDelegate::doReviewSplits(QObject*) {
+    review.review();
+}
 void AppDelegate::setRecordingGainDb(float gainDb) {
     recordingControl.setRecordingGainDb(gainDb);
 }
@@ -264,6 +283,7 @@ void AppDelegate::endRun() {
     recordingControl.stopForClose();
     folderClaim.release();
     exportDriver.finishOrCancel();
+    review.forget();
     // Another run recording or exporting in the same folder keeps its files.
     if (folderClaim.claimQuietly(audio.exportFolder(), FolderUse::Recording))
         exporting::clearTmpFolder(audio.exportFolder());
@@ -293,6 +313,7 @@ void AppDelegate::offerInterruptedRecording() {
     audio.adoptRecordedTracks(found->tracks);
     deviceUnchecked = true;
     machine.showNamingPanel(found->tracks);
+    review.startAnalysis();
 }
 
 void AppDelegate::showHelp(QObject*) {

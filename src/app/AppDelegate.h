@@ -6,6 +6,7 @@
 #include "app/PanelMachine.h"
 #include "app/PanelTabs.h"
 #include "app/RecordingControl.h"
+#include "app/SplitReview.h"
 #include "capture/CaptureControl.h"
 #include "ui/PanelController.h"
 
@@ -71,6 +72,7 @@ public:
     void doNextButton9(QObject* sender) override;
     void doBackButton10(QObject* sender) override;
     void doNextButton10(QObject* sender) override;
+    void doReviewSplits(QObject* sender) override;
     void doCloseButton(QObject* sender) override;
     void doCloseApplication(QObject* sender) override;
     void showHelp(QObject* sender) override;
@@ -85,6 +87,7 @@ public:
     PanelTabs& tabs() { return _multipleNibTabView; }
     RecordingControl& recording() { return recordingControl; }
     ExportDriver& exporter() { return exportDriver; }
+    SplitReview& splitReview() { return review; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -102,6 +105,7 @@ private:
     RecordingControl recordingControl;
     ExportDriver exportDriver;
     FolderClaim folderClaim;
+    SplitReview review;
     bool closing = false;
     // A recovered recording was named without a deck checked: another side starts at panel 1.
     bool deviceUnchecked = false;

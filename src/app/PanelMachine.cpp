@@ -144,6 +144,16 @@ void PanelMachine::showNamingPanel(int tracks) {
     }
 }
 
+void PanelMachine::showNamingPanelAfterRecut(int tracks) {
+    if (tracks <= 1) {
+        setPanel(panel::nameOne);
+        return;
+    }
+    setPanel(panel::nameFirstTen);
+    // Names typed before stay; only which fields are offered follows the new count.
+    offerTrackFields(panel::nameFirstTen, false);
+}
+
 void PanelMachine::startExport() {
     if (mayExport && !mayExport())
         return;

@@ -71,6 +71,9 @@ public:
 
     // Stop's choice of naming panel for n recorded tracks: 0 passes through panel 1 to 7.
     void showNamingPanel(int tracks);
+    // After the side was cut anew into n tracks: the panel Stop would have chosen, with the
+    // track fields offered up to n even when that panel is already shown.
+    void showNamingPanelAfterRecut(int tracks);
 
     // The level-meter timer of the shown panel (_meterUpdateTimer).
     void startMetering(unsigned panel);

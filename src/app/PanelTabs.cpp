@@ -87,6 +87,9 @@ void PanelTabs::loadView(unsigned panel, const QString& nibName) {
     if (tab->view) {
         tab->view->setBackgroundImage(ui::ImageForView(panel));
         tab->view->setController(&controller);
+        // A naming panel loaded after the proposal came shows its notice too.
+        if (auto notice = tab->view->findChild<QLabel*>(QStringLiteral("splitsNotice")))
+            notice->setVisible(splitsNotice);
     }
 }
 
@@ -174,6 +177,14 @@ void PanelTabs::setFieldOffered(unsigned panel, int tag, bool offered) {
     for (QLabel* label : labels)
         if (label->buddy() == c)
             label->setVisible(offered);
+}
+
+void PanelTabs::setSplitsNotice(bool shown) {
+    splitsNotice = shown;
+    for (unsigned panel : {4u, 7u})
+        if (ui::CustomView* v = view(panel))
+            if (auto notice = v->findChild<QLabel*>(QStringLiteral("splitsNotice")))
+                notice->setVisible(shown);
 }
 
 void PanelTabs::setBusy(bool animating) {

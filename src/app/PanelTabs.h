@@ -47,6 +47,7 @@ public:
     void setText(unsigned panel, int tag, const QString& text) override;
     void selectText(unsigned panel, int tag) override;
     void setFieldOffered(unsigned panel, int tag, bool offered) override;
+    void setSplitsNotice(bool shown) override;
     void setBusy(bool animating) override;
     void setProgressRange(int maximum) override;
     void setProgressValue(int value) override;
@@ -66,6 +67,7 @@ private:
     ui::CustomWindow& window;
     ui::PanelController& controller;
     std::vector<TabItem> items;
+    bool splitsNotice = false;
     unsigned selected = 0;
 };
 

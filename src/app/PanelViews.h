@@ -37,6 +37,9 @@ public:
     virtual void selectText(unsigned panel, int tag) = 0;
     virtual void setFieldOffered(unsigned panel, int tag, bool offered) = 0;
 
+    // Panels 4 and 7: the notice that the analysis proposes other splits.
+    virtual void setSplitsNotice(bool shown) = 0;
+
     // Panel 5: the busy indicator and the progress level indicator (tag 31).
     virtual void setBusy(bool animating) = 0;
     virtual void setProgressRange(int maximum) = 0;

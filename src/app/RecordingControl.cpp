@@ -81,6 +81,8 @@ void RecordingControl::doNextButton3() {
     views.stopMetering(panel::recording);
     machine.releaseMeter();
     machine.showNamingPanel(capture.numRecordedTracks());
+    if (tracksToName)
+        tracksToName();
 }
 
 void RecordingControl::stopForClose() {

@@ -46,6 +46,9 @@ public:
     void elaspedTimerFired();
     void setRecordingGainDb(float gainDb);
 
+    // The recording has ended and its naming panel is shown.
+    std::function<void()> tracksToName;
+
     bool applyNormalization() const { return m_applyNormalization; }
     bool elapsedTimerRunning() const { return _pTimer != nullptr; }
 

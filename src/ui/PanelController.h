@@ -41,6 +41,8 @@ public:
     virtual void doNextButton9(QObject* sender) = 0;
     virtual void doBackButton10(QObject* sender) = 0;
     virtual void doNextButton10(QObject* sender) = 0;
+    // Panels 4 and 7: review the splits of the side just recorded.
+    virtual void doReviewSplits(QObject* sender) = 0;
     // Any panel: Close asks first; doCloseApplication ends the application without asking
     // (panel 6 sends it when the answer is No).
     virtual void doCloseButton(QObject* sender) = 0;

@@ -25,6 +25,7 @@ public:
     std::map<Field, QString> texts;
     std::map<Field, bool> offered;
     std::vector<Field> selected;
+    bool splitsNotice = false;
     bool busy = false;
     int progressMaximum = -1;
     std::vector<int> progress;
@@ -54,6 +55,7 @@ public:
     }
     void selectText(unsigned panel, int tag) override { selected.push_back({panel, tag}); }
     void setFieldOffered(unsigned panel, int tag, bool on) override { offered[{panel, tag}] = on; }
+    void setSplitsNotice(bool shown) override { splitsNotice = shown; }
     void setBusy(bool animating) override { busy = animating; }
     void setProgressRange(int maximum) override { progressMaximum = maximum; }
     void setProgressValue(int value) override { progress.push_back(value); }

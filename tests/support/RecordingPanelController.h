@@ -57,6 +57,7 @@ public:
     void doNextButton9(QObject* s) override { add("doNextButton9", s); }
     void doBackButton10(QObject* s) override { add("doBackButton10", s); }
     void doNextButton10(QObject* s) override { add("doNextButton10", s); }
+    void doReviewSplits(QObject* s) override { add("doReviewSplits", s); }
     void doCloseButton(QObject* s) override { add("doCloseButton", s); }
     void doCloseApplication(QObject* s) override { add("doCloseApplication", s); }
     void showHelp(QObject* s) override { add("showHelp", s); }

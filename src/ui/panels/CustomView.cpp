@@ -39,6 +39,7 @@ QLabel[textStyle="label"] { font-size: 13px; font-weight: bold; }
 QLabel[textStyle="number"] { font-size: 13px; color: #6B5646; }
 QLabel[textStyle="value"] { font-size: 26px; font-weight: bold; color: #3B2A20; }
 QLabel[textStyle="hint"] { font-size: 11px; color: #5E4A3B; }
+QLabel[textStyle="notice"] { font-size: 12px; color: #8A3A22; }
 QLabel[textStyle="card"] { font-size: 13px; font-weight: bold; color: #2B1F17; }
 QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #3B2A20; }
 QLabel#caption { font-size: 14px; font-weight: bold; color: #2B1F17; }
@@ -94,6 +95,7 @@ const char* const knownActions[] = {
     "doNextButton9:",
     "doBackButton10:",
     "doNextButton10:",
+    "doReviewSplits:",
     "doSelectDeviceOrbitDisc:",
     "doSelectDeviceReelRunner:",
     "doSelectTapeNormal:",
@@ -478,6 +480,10 @@ void CustomView::doBackButton10(QObject* sender) {
 }
 void CustomView::doNextButton10(QObject* sender) {
     forward(&PanelController::doNextButton10, sender);
+}
+
+void CustomView::doReviewSplits(QObject* sender) {
+    forward(&PanelController::doReviewSplits, sender);
 }
 
 void CustomView::doNextButton6(QObject* sender) {

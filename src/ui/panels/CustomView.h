@@ -90,6 +90,7 @@ public Q_SLOTS:
     void doNextButton9(QObject* sender);
     void doBackButton10(QObject* sender);
     void doNextButton10(QObject* sender);
+    void doReviewSplits(QObject* sender);
     void doSelectDeviceOrbitDisc(QObject* sender);
     void doSelectDeviceReelRunner(QObject* sender);
     void doSelectTapeNormal(QObject* sender);

@@ -419,14 +419,14 @@
         <translation>Waxline kann seinen Arbeitsordner %1 nicht verwenden (%2). Prüfen Sie, ob es den Ordner gibt und Sie darin schreiben dürfen, und versuchen Sie es dann noch einmal.</translation>
     </message>
     <message>
-        <source>IDS_REVIEW_BUTTON</source>
+        <source>IDS_BUTTON_REVIEW</source>
         <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
         <translation>Trennstellen…</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NOTICE</source>
-        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most about 100 characters</extracomment>
-        <translation>Die Analyse schlägt andere Trennstellen vor als die Aufnahme: bitte vor dem Benennen prüfen.</translation>
+        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most 80 characters</extracomment>
+        <translation>Andere Trennstellen werden vorgeschlagen: bitte vor dem Benennen prüfen.</translation>
     </message>
     <message>
         <source>IDS_REVIEW_TITLE</source>

@@ -419,14 +419,14 @@
         <translation>Waxline cannot use its working folder %1 (%2). Check that the folder exists and that you may write to it, then try again.</translation>
     </message>
     <message>
-        <source>IDS_REVIEW_BUTTON</source>
+        <source>IDS_BUTTON_REVIEW</source>
         <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
         <translation>Review splits…</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NOTICE</source>
-        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most about 100 characters</extracomment>
-        <translation>The analysis proposes other splits than the recording made: review them before naming.</translation>
+        <extracomment>Panels 4 and 7, one line under the fields when the analysis proposes other splits; at most 80 characters</extracomment>
+        <translation>Other splits are proposed: please review them before naming.</translation>
     </message>
     <message>
         <source>IDS_REVIEW_TITLE</source>

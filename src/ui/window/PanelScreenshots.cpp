@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLabel>
 #include <QPixmap>
 #include <QTimer>
 
@@ -87,6 +88,9 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel) {
     // A steady, plausible level so that the meters show what they look like in use.
     view->setPeakReaders([] { return 0.5f; }, [] { return 0.32f; });
     view->updateChannelLevel();
+    // The naming panels as they look when the analysis proposes other splits.
+    if (auto notice = view->findChild<QLabel*>(QStringLiteral("splitsNotice")))
+        notice->show();
     return view;
 }
 

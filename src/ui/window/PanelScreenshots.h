@@ -11,7 +11,8 @@ class CustomView;
 class CustomWindow;
 
 // A panel as the wizard shows it, without a controller: its form loaded, localised, its
-// background set and, on the recording panels, the meters showing a steady demo level.
+// background set, on the recording panels the meters showing a steady demo level, and on the
+// naming panels the notice that other splits are proposed.
 std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel);
 
 // The window showing that panel, grabbed at the screen's device-pixel ratio.
