@@ -257,7 +257,7 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
     if (!QApplication::focusWidget())
         focusFirst(naming.view.get());
     QStringList order;
-    for (int i = 0; i < 16; ++i) {
+    for (int i = 0; i < 17; ++i) {
         order << QApplication::focusWidget()->objectName();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
@@ -266,6 +266,7 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
         expected << QStringLiteral("trackField%1").arg(track);
     expected << "nextButton"
              << "backButton"
+             << "reviewButton"
              << "helpButton"
              << "closeButton";
     EXPECT_EQ(order, expected);

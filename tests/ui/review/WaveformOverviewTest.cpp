@@ -1,0 +1,222 @@
+#include "ui/review/SplitReviewDialog.h"
+#include "ui/review/WaveformOverview.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace waxline::ui;
+
+namespace {
+
+// One frame a millisecond keeps the expected positions easy to work out by hand: a minute-long
+// side of 60000 frames over a 600 px waveform is 100 frames a pixel.
+constexpr unsigned rate = 1000;
+constexpr int64_t sideFrames = 60000;
+
+struct Overview {
+    WaveformOverview view;
+    std::vector<int64_t> snapAsked;
+
+    Overview(std::vector<SplitMarker> markers) {
+        view.setSide(sideFrames, rate);
+        view.setMarkers(std::move(markers));
+        // 600 px of waveform between the 1 px borders.
+        view.resize(602, 170);
+        view.show();
+        EXPECT_DOUBLE_EQ(view.waveRect().width(), 600.0);
+        // A stand-in for the quietest moment nearby: always 25 s.
+        view.snap = [this](int64_t frame) {
+            snapAsked.push_back(frame);
+            return int64_t(25000);
+        };
+    }
+    QPoint at(int64_t frame) const {
+        return QPoint(int(std::lround(view.xOf(frame))), int(view.waveRect().center().y()));
+    }
+    std::vector<int64_t> frames() const {
+        std::vector<int64_t> f;
+        for (const SplitMarker& m : view.markers())
+            f.push_back(m.frame);
+        return f;
+    }
+};
+
+} // namespace
+
+TEST(WaveformOverview, FramesAndPointsMapBothWays) {
+    Overview o({});
+    const double left = o.view.waveRect().left();
+    EXPECT_DOUBLE_EQ(o.view.xOf(0), left);
+    EXPECT_DOUBLE_EQ(o.view.xOf(30000), left + 300);
+    EXPECT_EQ(o.view.frameAt(left + 150), 15000);
+    EXPECT_EQ(o.view.frameAt(left - 40), 0) << "left of the waveform is the side's start";
+    EXPECT_EQ(o.view.frameAt(left + 9999), sideFrames);
+}
+
+TEST(WaveformOverview, ADraggedMarkerSnapsUnlessShiftIsHeld) {
+    struct Case {
+        const char* what;
+        Qt::KeyboardModifiers modifiers;
+        int64_t expected;
+        bool snapped;
+    };
+    // Dropped at 23 s: the stand-in says 25 s is the quietest; Shift keeps the drop point.
+    const Case cases[] = {
+        {"plain drag", Qt::NoModifier, 25000, true},
+        {"Shift drag", Qt::ShiftModifier, 23000, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Overview o({{20000, 1.0f}, {40000, 0.3f}});
+        QTest::mousePress(&o.view, Qt::LeftButton, c.modifiers, o.at(20000));
+        EXPECT_EQ(o.view.selectedMarker(), 0);
+        QTest::mouseMove(&o.view, o.at(21500));
+        QTest::mouseMove(&o.view, o.at(23000));
+        QTest::mouseRelease(&o.view, Qt::LeftButton, c.modifiers, o.at(23000));
+        ASSERT_EQ(o.view.markers().size(), 2u);
+        // A pixel is 100 frames: the drop point is known to within one.
+        EXPECT_NEAR(double(o.view.markers()[0].frame), double(c.expected), c.snapped ? 0 : 100);
+        EXPECT_EQ(o.snapAsked.empty(), !c.snapped);
+        if (c.snapped) {
+            EXPECT_NEAR(double(o.snapAsked.back()), 23000, 100);
+        }
+        EXPECT_EQ(o.view.markers()[1].frame, 40000) << "the other marker stays";
+    }
+}
+
+TEST(WaveformOverview, APressAwayFromEveryMarkerSelectsNothingAndMovesNothing) {
+    Overview o({{20000, 1.0f}});
+    QTest::mousePress(&o.view, Qt::LeftButton, {}, o.at(30000));
+    QTest::mouseMove(&o.view, o.at(35000));
+    QTest::mouseRelease(&o.view, Qt::LeftButton, {}, o.at(35000));
+    EXPECT_EQ(o.view.selectedMarker(), -1);
+    EXPECT_EQ(o.frames(), std::vector<int64_t>{20000});
+}
+
+TEST(WaveformOverview, KeysMoveDeleteAndPlayTheSelectedMarker) {
+    struct Case {
+        const char* what;
+        std::vector<std::pair<Qt::Key, Qt::KeyboardModifiers>> keys;
+        std::vector<int64_t> expected;
+        int plays;
+    };
+    // Markers at 20 s and 22.5 s, the first selected; markers keep a second between them and
+    // from the ends of the side.
+    const Case cases[] = {
+        {"Right", {{Qt::Key_Right, Qt::NoModifier}}, {20100, 22500}, 0},
+        {"Left twice", {{Qt::Key_Left, {}}, {Qt::Key_Left, {}}}, {19800, 22500}, 0},
+        {"Shift+Right", {{Qt::Key_Right, Qt::ShiftModifier}}, {21000, 22500}, 0},
+        {"Shift+Right stops a second before the next",
+         {{Qt::Key_Right, Qt::ShiftModifier}, {Qt::Key_Right, Qt::ShiftModifier}},
+         {21500, 22500},
+         0},
+        {"Delete", {{Qt::Key_Delete, {}}}, {22500}, 0},
+        {"Delete twice", {{Qt::Key_Delete, {}}, {Qt::Key_Delete, {}}}, {}, 0},
+        {"Space plays", {{Qt::Key_Space, {}}}, {20000, 22500}, 1},
+        {"Down then Right moves the second",
+         {{Qt::Key_Down, {}}, {Qt::Key_Right, {}}},
+         {20000, 22600},
+         0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Overview o({{20000, 1.0f}, {22500, 1.0f}});
+        o.view.selectMarker(0);
+        QSignalSpy plays(&o.view, &WaveformOverview::playRequested);
+        for (const auto& [key, modifiers] : c.keys)
+            QTest::keyClick(&o.view, key, modifiers);
+        EXPECT_EQ(o.frames(), c.expected);
+        ASSERT_EQ(plays.count(), c.plays);
+        if (c.plays) {
+            EXPECT_EQ(plays.at(0).at(0).value<int64_t>(), 20000);
+        }
+        EXPECT_TRUE(o.snapAsked.empty()) << "keys place exactly";
+    }
+}
+
+TEST(WaveformOverview, DoubleClickAddsASnappedMarkerWhereThereIsRoom) {
+    struct Case {
+        const char* what;
+        int64_t at;
+        Qt::KeyboardModifiers modifiers;
+        std::vector<int64_t> expected;
+    };
+    const Case cases[] = {
+        {"snapped", 24000, Qt::NoModifier, {10000, 25000, 40000}},
+        {"exact with Shift", 33000, Qt::ShiftModifier, {10000, 33000, 40000}},
+        {"not in the first second", 500, Qt::ShiftModifier, {10000, 40000}},
+        {"not within a second of another", 40500, Qt::ShiftModifier, {10000, 40000}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Overview o({{10000, 1.0f}, {40000, 1.0f}});
+        QTest::mouseDClick(&o.view, Qt::LeftButton, c.modifiers, o.at(c.at));
+        const auto frames = o.frames();
+        ASSERT_EQ(frames.size(), c.expected.size());
+        for (size_t i = 0; i < frames.size(); ++i)
+            EXPECT_NEAR(double(frames[i]), double(c.expected[i]), 100) << i;
+    }
+}
+
+TEST(WaveformOverview, SideTimesReadAsMinutesSecondsAndTenths) {
+    const struct {
+        int64_t frame;
+        unsigned rate;
+        const char* text;
+    } cases[] = {
+        {0, 44100, "0:00.0"},
+        {int64_t(192.44 * 44100), 44100, "3:12.4"},
+        {int64_t(59.96 * 48000), 48000, "1:00.0"},
+        {3600 * 44100, 44100, "60:00.0"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(formatSideTime(c.frame, c.rate), QLatin1String(c.text)) << c.text;
+}
+
+TEST(SplitReviewDialog, ApplyFollowsTheMarkersAndDoubtfulOnesAreListed) {
+    SplitReviewDialog dialog;
+    dialog.setSide(sideFrames, rate, {10000, 30000});
+    QSignalSpy counts(&dialog, &SplitReviewDialog::trackCountChosen);
+    EXPECT_FALSE(dialog.applyButton().isEnabled()) << "the live splits change nothing";
+    EXPECT_EQ(dialog.trackCountBox().value(), 3);
+    EXPECT_TRUE(dialog.noticeText().isEmpty());
+
+    dialog.setProposal({{12000, 0.9f}, {30000, 0.2f}, {45000, 0.45f}});
+    EXPECT_TRUE(dialog.applyButton().isEnabled());
+    EXPECT_EQ(dialog.trackCountBox().value(), 4);
+    EXPECT_EQ(counts.count(), 0) << "the count follows the markers without asking again";
+    const QString notice = dialog.noticeText();
+    EXPECT_TRUE(notice.contains(QLatin1String("0:30.0"))) << qPrintable(notice);
+    EXPECT_TRUE(notice.contains(QLatin1String("0:45.0"))) << qPrintable(notice);
+    EXPECT_FALSE(notice.contains(QLatin1String("0:12.0"))) << qPrintable(notice);
+
+    // A doubtful marker moved by hand is the user's own.
+    dialog.overview().selectMarker(1);
+    dialog.overview().moveSelectedBy(100);
+    EXPECT_FALSE(dialog.noticeText().contains(QLatin1String("0:30")));
+
+    dialog.trackCountBox().setValue(7);
+    ASSERT_EQ(counts.count(), 1);
+    EXPECT_EQ(counts.at(0).at(0).toInt(), 7);
+
+    // Back to the live splits: nothing to apply.
+    dialog.setProposal({{10000, 1.0f}, {30000, 1.0f}});
+    EXPECT_FALSE(dialog.applyButton().isEnabled());
+    EXPECT_EQ(dialog.boundaries(), (std::vector<int64_t>{10000, 30000}));
+}
+
+TEST(SplitReviewDialog, AddSplitHalvesTheLongestTrack) {
+    SplitReviewDialog dialog;
+    dialog.setSide(sideFrames, rate, {10000, 20000});
+    dialog.addButton().click();
+    EXPECT_EQ(dialog.boundaries(), (std::vector<int64_t>{10000, 20000, 40000}));
+    EXPECT_EQ(dialog.overview().selectedMarker(), 2);
+    dialog.removeButton().click();
+    EXPECT_EQ(dialog.boundaries(), (std::vector<int64_t>{10000, 20000}));
+}
