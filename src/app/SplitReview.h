@@ -61,7 +61,10 @@ public:
     // Opens the review, modal to the window, and returns at once; false (after an alert) when
     // the side cannot be read.
     bool review();
-    ui::SplitReviewDialog* dialog() const { return open; }
+    // The review while it is open (a closed one is on its way out).
+    ui::SplitReviewDialog* dialog() const {
+        return open && open->isVisible() ? open.data() : nullptr;
+    }
 
     // What the dialog's controls do, open to tests.
     // The quietest moment within kSnapSeconds of a frame; the frame itself before Ready.

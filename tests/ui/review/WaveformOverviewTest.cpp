@@ -1,5 +1,5 @@
-#include "ui/review/SplitReviewDialog.h"
 #include "ui/review/WaveformOverview.h"
+#include "ui/review/SplitReviewDialog.h"
 
 #include <QPushButton>
 #include <QSignalSpy>

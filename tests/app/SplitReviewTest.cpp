@@ -1,0 +1,428 @@
+#include "app/SplitReview.h"
+
+#include "app/CaptureCalls.h"
+#include "app/ExportDriver.h"
+#include "app/FakePanelViews.h"
+#include "app/PanelMachine.h"
+#include "cli/DemoSide.h"
+#include "support/FakeAlerts.h"
+#include "support/MediaFiles.h"
+#include "support/Signals.h"
+#include "ui/review/SplitReviewDialog.h"
+#include "util/TrackFileNames.h"
+
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+
+#include <sndfile.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using waxline::app::PanelMachine;
+using waxline::app::SplitReview;
+using waxline::cli::DemoSideGenerator;
+using waxline::cli::DemoSideLayout;
+using waxline::cli::DemoSideOptions;
+using waxline::test::FakeAlerts;
+using waxline::test::FakeCapture;
+using waxline::test::FakePanelViews;
+using waxline::test::TempDir;
+using Span = DemoSideLayout::Span;
+
+constexpr unsigned rate = 44100;
+
+// A realistic side of four tracks with a pianissimo in each, fades in and out, recorded as the
+// live detector might have done it: two track files, split inside the first quiet passage.
+struct RecordedSideFiles {
+    TempDir dir;
+    DemoSideLayout layout;
+    std::vector<int64_t> live;
+    int64_t frames = 0;
+
+    RecordedSideFiles() {
+        DemoSideOptions o;
+        o.realistic = true;
+        o.tracks = 4;
+        o.seed = 2;
+        o.lengthSeconds = 420;
+        o.realism.quietPassageChance = 1;
+        o.realism.fadeOutChance = 1;
+        DemoSideGenerator generator(o);
+        layout = generator.layout();
+        EXPECT_FALSE(layout.quietPassages.empty());
+        const Span pianissimo = layout.quietPassages.front();
+        live = {int64_t((pianissimo.start + pianissimo.end) / 2 * rate)};
+
+        SF_INFO info{};
+        info.samplerate = int(rate);
+        info.channels = 2;
+        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        SNDFILE* file = nullptr;
+        int track = 0;
+        int64_t nextSplit = 0;
+        std::vector<float> left(4096), right(4096), both(2 * 4096);
+        auto openNext = [&] {
+            if (file)
+                sf_close(file);
+            ++track;
+            file = sf_open(waxline::trackFilePath(dir.path(), track).c_str(), SFM_WRITE, &info);
+            nextSplit = size_t(track) <= live.size() ? live[size_t(track) - 1]
+                                                     : std::numeric_limits<int64_t>::max();
+        };
+        openNext();
+        while (size_t n = generator.render(left.data(), right.data(), left.size())) {
+            size_t done = 0;
+            while (done < n) {
+                if (frames == nextSplit)
+                    openNext();
+                const size_t here =
+                    size_t(std::min<int64_t>(int64_t(n - done), nextSplit - frames));
+                for (size_t i = 0; i < here; ++i) {
+                    both[2 * i] = left[done + i];
+                    both[2 * i + 1] = right[done + i];
+                }
+                sf_writef_float(file, both.data(), sf_count_t(here));
+                done += here;
+                frames += int64_t(here);
+            }
+        }
+        sf_close(file);
+        std::ofstream(waxline::trackCountPath(dir.path())) << track << "\n"
+                                                           << waxline::kTrackCountFinished << "\n";
+    }
+};
+
+const RecordedSideFiles& pristineSide() {
+    static const RecordedSideFiles side;
+    return side;
+}
+
+std::string bytesOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+// Every file of a folder with its contents.
+std::map<std::string, std::string> folderContents(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(folder))
+        files[entry.path().filename().string()] = bytesOf(entry.path().string());
+    return files;
+}
+
+// The side the track files join to: its frames and a hash of its 16-bit samples, read with
+// libsndfile itself so the reading under test plays no part.
+struct Joined {
+    int64_t frames = 0;
+    uint64_t hash = 1469598103934665603ull;
+    std::vector<int64_t> trackFrames;
+};
+Joined joinedSide(const std::string& folder, int tracks) {
+    Joined j;
+    std::vector<short> block(8192);
+    for (int t = 1; t <= tracks; ++t) {
+        SF_INFO info{};
+        SNDFILE* file = sf_open(waxline::trackFilePath(folder, t).c_str(), SFM_READ, &info);
+        EXPECT_NE(file, nullptr) << t;
+        if (!file)
+            return j;
+        j.trackFrames.push_back(info.frames);
+        while (sf_count_t n = sf_read_short(file, block.data(), sf_count_t(block.size()))) {
+            for (sf_count_t i = 0; i < n; ++i) {
+                j.hash ^= uint16_t(block[size_t(i)]);
+                j.hash *= 1099511628211ull;
+            }
+        }
+        j.frames += info.frames;
+        sf_close(file);
+    }
+    return j;
+}
+
+bool inside(int64_t frame, const Span& s) {
+    const double t = double(frame) / rate;
+    return t >= s.start && t <= s.end;
+}
+
+// The review on a copy of the recorded side, wired as the window wires it, on fake panels.
+struct Review {
+    TempDir dir;
+    FakeCapture capture = waxline::test::captureIn(dir.path());
+    FakePanelViews views;
+    FakeAlerts alerts;
+    PanelMachine machine{capture, views, alerts};
+    QWidget window;
+    SplitReview review{capture, alerts, &window};
+    std::vector<std::pair<int64_t, int64_t>> played;
+
+    Review() {
+        for (const auto& entry : fs::directory_iterator(pristineSide().dir.path()))
+            fs::copy_file(entry.path(), dir.file(entry.path().filename().string()));
+        capture.tracks = int(pristineSide().live.size()) + 1;
+        views.shown = waxline::app::panel::nameFirstTen;
+        review.showNamingPanel = [this](int n) { machine.showNamingPanelAfterRecut(n); };
+        review.noticeChanged = [this](bool shown) { views.setSplitsNotice(shown); };
+        review.playExcerpt = [this](int64_t first, int64_t frames) {
+            played.emplace_back(first, frames);
+            return true;
+        };
+        window.resize(720, 480);
+        window.show();
+    }
+    // The recording has ended and the review is opened at once.
+    waxline::ui::SplitReviewDialog* openReview() {
+        review.startAnalysis();
+        EXPECT_TRUE(review.review());
+        return review.dialog();
+    }
+    bool read() { return review.waitUntilRead(120000); }
+    int tracksOnDisk() const { return int(waxline::test::filesBelow(dir.path()).size()) - 1; }
+};
+
+std::vector<int64_t> framesOf(const waxline::ui::SplitReviewDialog& dialog) {
+    return dialog.boundaries();
+}
+
+} // namespace
+
+TEST(SplitReview, TheDialogOpensAtOnceAndTheProposalBecomesItsMarkers) {
+    Review r;
+    auto* dialog = r.openReview();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    // Opened before the side is read: the live split is there, the count waits for the proposal.
+    EXPECT_EQ(framesOf(*dialog), pristineSide().live);
+    EXPECT_TRUE(dialog->reading());
+    EXPECT_FALSE(dialog->trackCountBox().isEnabled());
+    EXPECT_FALSE(r.views.splitsNotice);
+
+    ASSERT_TRUE(r.read());
+    ASSERT_EQ(r.review.state(), SplitReview::State::Ready);
+    EXPECT_FALSE(dialog->reading());
+    EXPECT_EQ(dialog->overview().columnsFilled(), dialog->overview().columnCount());
+    EXPECT_GT(dialog->overview().columnCount(), 1000);
+
+    const auto& layout = pristineSide().layout;
+    const auto markers = dialog->overview().markers();
+    std::ostringstream where;
+    for (const auto& m : markers)
+        where << double(m.frame) / rate << " s (" << m.confidence << ") ";
+    where << "in gaps";
+    for (const Span& g : layout.gaps)
+        where << " " << g.start << "-" << g.end;
+    SCOPED_TRACE(where.str());
+    ASSERT_EQ(markers.size(), layout.gaps.size());
+    for (size_t i = 0; i < markers.size(); ++i) {
+        EXPECT_TRUE(inside(markers[i].frame, layout.gaps[i]))
+            << "marker " << i << " at " << double(markers[i].frame) / rate << " s";
+        EXPECT_EQ(markers[i].doubtful(), r.review.proposal()[i].confidence < 0.5f);
+    }
+    EXPECT_EQ(dialog->trackCountBox().value(), int(layout.tracks.size()));
+    EXPECT_TRUE(dialog->applyButton().isEnabled());
+    EXPECT_TRUE(r.views.splitsNotice) << "a split inside a pianissimo differs from the proposal";
+}
+
+TEST(SplitReview, ADragNearAGapSnapsIntoItAndShiftPlacesItExactly) {
+    Review r;
+    auto* dialog = r.openReview();
+    ASSERT_TRUE(r.read());
+    auto& view = dialog->overview();
+    view.resize(1202, 200); // a pixel is about 0.35 s of the side
+    const auto& gaps = pristineSide().layout.gaps;
+    for (const bool shift : {false, true}) {
+        SCOPED_TRACE(shift ? "Shift" : "plain");
+        for (size_t g = 0; g < gaps.size(); ++g) {
+            SCOPED_TRACE(g);
+            const int64_t from = view.markers()[g].frame;
+            // Dropped 2.5 s after the gap's middle: music or its fade, but the gap is in reach.
+            const double dropSeconds = (gaps[g].start + gaps[g].end) / 2 + 2.5;
+            const QPoint start(int(std::lround(view.xOf(from))), 100);
+            const QPoint drop(int(std::lround(view.xOf(int64_t(dropSeconds * rate)))), 100);
+            const Qt::KeyboardModifiers modifiers = shift ? Qt::ShiftModifier : Qt::NoModifier;
+            QTest::mousePress(&view, Qt::LeftButton, modifiers, start);
+            QTest::mouseMove(&view, drop);
+            QTest::mouseRelease(&view, Qt::LeftButton, modifiers, drop);
+            const int64_t placed = view.markers()[g].frame;
+            if (shift) {
+                EXPECT_NEAR(double(placed) / rate, dropSeconds, 0.5);
+            } else {
+                EXPECT_TRUE(inside(placed, gaps[g])) << double(placed) / rate << " s";
+            }
+            // Back where the proposal had it, for the next round.
+            view.selectMarker(int(g));
+            view.moveSelectedTo(from, false);
+        }
+    }
+}
+
+TEST(SplitReview, SpacePlaysFourSecondsAroundTheSelectedMarker) {
+    Review r;
+    auto* dialog = r.openReview();
+    ASSERT_TRUE(r.read());
+    dialog->overview().selectMarker(0);
+    QTest::keyClick(&dialog->overview(), Qt::Key_Space);
+    ASSERT_EQ(r.played.size(), 1u);
+    const int64_t marker = dialog->overview().markers()[0].frame;
+    EXPECT_EQ(r.played[0].first, marker - 2 * int64_t(rate));
+    EXPECT_EQ(r.played[0].second, 4 * int64_t(rate));
+}
+
+TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
+    struct Case {
+        const char* what;
+        std::function<void(waxline::ui::SplitReviewDialog&)> edit;
+        int tracks;
+        unsigned panel;
+    };
+    const int proposed = int(pristineSide().layout.tracks.size());
+    const Case cases[] = {
+        {"the proposal", [](waxline::ui::SplitReviewDialog&) {}, proposed, 7},
+        {"every marker deleted",
+         [](waxline::ui::SplitReviewDialog& d) {
+             d.overview().selectMarker(0);
+             while (!d.overview().markers().empty())
+                 QTest::keyClick(&d.overview(), Qt::Key_Delete);
+         },
+         1, 4},
+        {"the sleeve says two",
+         [](waxline::ui::SplitReviewDialog& d) { d.trackCountBox().setValue(2); }, 2, 7},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Review r;
+        const Joined before = joinedSide(r.dir.path(), r.capture.tracks);
+        auto* dialog = r.openReview();
+        ASSERT_TRUE(r.read());
+        c.edit(*dialog);
+        const std::vector<int64_t> boundaries = dialog->boundaries();
+        ASSERT_EQ(int(boundaries.size()), c.tracks - 1);
+        QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+
+        EXPECT_TRUE(r.alerts.shown.empty()) << qPrintable(r.alerts.texts().join(", "));
+        EXPECT_EQ(r.review.dialog(), nullptr) << "Apply closes the review";
+        EXPECT_EQ(count(r.capture, "adoptRecordedTracks(" + std::to_string(c.tracks) + ")"), 1);
+        EXPECT_EQ(r.capture.numRecordedTracks(), c.tracks);
+        EXPECT_EQ(r.views.shown, c.panel);
+        if (c.panel == 7) {
+            EXPECT_TRUE((r.views.offered[{7u, 60 + c.tracks}]));
+            EXPECT_FALSE((r.views.offered[{7u, 61 + c.tracks}]));
+        }
+        // The files join to the same side, cut where the markers were.
+        EXPECT_EQ(r.tracksOnDisk(), c.tracks);
+        const Joined after = joinedSide(r.dir.path(), c.tracks);
+        EXPECT_EQ(after.frames, before.frames);
+        EXPECT_EQ(after.hash, before.hash);
+        int64_t start = 0;
+        for (int t = 0; t + 1 < c.tracks; ++t) {
+            start += after.trackFrames[size_t(t)];
+            EXPECT_EQ(start, boundaries[size_t(t)]) << "track " << t + 2;
+        }
+    }
+}
+
+TEST(SplitReview, CancelLeavesTheFilesByteIdentical) {
+    Review r;
+    const auto before = folderContents(r.dir.path());
+    auto* dialog = r.openReview();
+    ASSERT_TRUE(r.read());
+    dialog->overview().selectMarker(0);
+    QTest::keyClick(&dialog->overview(), Qt::Key_Right, Qt::ShiftModifier);
+    QTest::keyClick(&dialog->overview(), Qt::Key_Delete);
+    dialog->trackCountBox().setValue(3);
+    QTest::mouseClick(&dialog->cancelButton(), Qt::LeftButton);
+    EXPECT_EQ(r.review.dialog(), nullptr);
+    EXPECT_TRUE(folderContents(r.dir.path()) == before) << "a file changed";
+    EXPECT_EQ(count(r.capture, "adoptRecordedTracks(3)"), 0);
+    EXPECT_EQ(r.capture.numRecordedTracks(), 2);
+    EXPECT_TRUE(r.alerts.shown.empty());
+}
+
+TEST(SplitReview, ASideThatCannotBeReadIsSaidAndNothingOpens) {
+    Review r;
+    fs::remove(r.dir.file("WXRTTmpFile.2.wav"));
+    r.review.startAnalysis();
+    EXPECT_EQ(r.review.state(), SplitReview::State::Failed);
+    EXPECT_FALSE(r.review.review());
+    EXPECT_EQ(r.review.dialog(), nullptr);
+    ASSERT_EQ(r.alerts.shown.size(), 1u);
+    EXPECT_EQ(r.alerts.shown[0].text, QStringLiteral("IDS_REVIEW_NO_SIDE"));
+    EXPECT_EQ(r.alerts.shown[0].arguments,
+              QStringList{QString::fromStdString(r.dir.file("WXRTTmpFile.2.wav"))});
+}
+
+TEST(SplitReview, ProposalsAreCalledDifferentOnlyBeyondTheirQuietStretch) {
+    using Sonra::Audio::Filters::SplitBoundary;
+    // Two boundaries, quiet from 9.5 s to 11 s and 29 s to 30 s (frames at 1000 a second).
+    const std::vector<SplitBoundary> proposal = {{10000, 0.9f, 9500, 11000},
+                                                 {29500, 0.8f, 29000, 30000}};
+    const struct {
+        const char* what;
+        std::vector<int64_t> live;
+        bool differs;
+    } cases[] = {
+        {"the same", {10000, 29500}, false},
+        {"elsewhere in the same gaps", {9600, 30000}, false},
+        {"within a second", {10900, 30400}, false},
+        {"a split in the music", {10000, 33000}, true},
+        {"a split too few", {10000}, true},
+        {"a split too many", {5000, 10000, 29500}, true},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(waxline::app::proposalDiffersFrom(proposal, c.live, 1000), c.differs) << c.what;
+}
+
+// A side with a pianissimo, reviewed and applied, exports as many tracks as it has, none of
+// them cut inside a fade or the quiet passage.
+TEST(SplitReview, AnAppliedReviewExportsEveryTrackWithItsFadesWhole) {
+    Review r;
+    auto* dialog = r.openReview();
+    ASSERT_TRUE(r.read());
+    const std::vector<int64_t> boundaries = dialog->boundaries();
+    QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+    const auto& layout = pristineSide().layout;
+    const int tracks = int(layout.tracks.size());
+    ASSERT_EQ(r.capture.numRecordedTracks(), tracks);
+    for (int64_t b : boundaries) {
+        for (const auto& spans : {layout.fadeIns, layout.fadeOuts, layout.quietPassages})
+            for (const Span& s : spans)
+                EXPECT_FALSE(inside(b, s)) << double(b) / rate << " s";
+    }
+
+    TempDir music;
+    std::vector<unsigned> panels;
+    waxline::app::ExportDriver driver(
+        r.capture, r.views, r.alerts, [&](unsigned n) { panels.push_back(n); },
+        [](const std::string& key) { return key; }, music.file("Music"));
+    r.views.texts[{7, 51}] = QStringLiteral("Artist");
+    r.views.texts[{7, 52}] = QStringLiteral("Album");
+    for (int t = 1; t <= tracks; ++t)
+        r.views.texts[{7, 60 + t}] = QStringLiteral("Track %1").arg(t);
+    driver.processAudioFiles();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !panels.empty(); }, 240000));
+    driver.finishOrCancel();
+    std::vector<std::string> mp3s;
+    for (const std::string& f : waxline::test::filesBelow(music.path()))
+        if (f.size() > 4 && f.compare(f.size() - 4, 4, ".mp3") == 0)
+            mp3s.push_back(f);
+    ASSERT_EQ(int(mp3s.size()), tracks);
+    // Each MP3 lasts as long as its track file (within the encoder's padding).
+    const Joined cut = joinedSide(r.dir.path(), tracks);
+    std::sort(mp3s.begin(), mp3s.end());
+    for (int t = 0; t < tracks; ++t)
+        EXPECT_NEAR(waxline::test::probeDuration(music.path() + "/" + mp3s[size_t(t)]),
+                    double(cut.trackFrames[size_t(t)]) / rate, 0.1)
+            << mp3s[size_t(t)];
+}
