@@ -4,11 +4,14 @@
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 #include "ui/panels/CustomView.h"
+#include "ui/review/SplitReviewDialog.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/window/CustomWindow.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -220,3 +223,40 @@ TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
 }
 
 } // namespace
+
+TEST(AppDelegate, TheNamingPanelsReviewRecutsTheSideAndNamesTheNewCount) {
+    App app;
+    app.capture.detectionCodes = {1};
+    app.press("doNextButton1:");
+    app.press("doRecordButton:");
+    app.capture.tracks = 2;
+    for (int i = 1; i <= 2; ++i)
+        ASSERT_TRUE(waxline::test::writeToneWav(app.capture.fileNameForTrack(i), 3.0, 0.3));
+    app.press("doNextButton3:");
+    ASSERT_EQ(app.shown(), 7u);
+    waxline::app::SplitReview& review = app.controller.splitReview();
+    EXPECT_NE(review.state(), waxline::app::SplitReview::State::Idle)
+        << "the side is read as soon as the recording ends";
+
+    app.press("doReviewSplits:");
+    waxline::ui::SplitReviewDialog* dialog = review.dialog();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->boundaries(), std::vector<int64_t>{3 * 44100});
+    ASSERT_TRUE(review.waitUntilRead(60000));
+    auto notice = app.view()->findChild<QLabel*>(QStringLiteral("splitsNotice"));
+    ASSERT_TRUE(notice);
+    EXPECT_EQ(notice->isVisible(), review.proposalDiffers());
+
+    // One tone is one track: every marker goes.
+    dialog->overview().selectMarker(0);
+    while (!dialog->overview().markers().empty())
+        QTest::keyClick(&dialog->overview(), Qt::Key_Delete);
+    QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+    EXPECT_EQ(review.dialog(), nullptr);
+    EXPECT_EQ(app.shown(), 4u);
+    EXPECT_EQ(app.capture.numRecordedTracks(), 1);
+    EXPECT_EQ(count(app.capture, "adoptRecordedTracks(1)"), 1);
+    EXPECT_EQ(waxline::test::soundInfo(app.capture.fileNameForTrack(1)).frames, 6 * 44100);
+    EXPECT_FALSE(fs::exists(app.capture.fileNameForTrack(2)));
+    EXPECT_TRUE(app.alerts.shown.empty());
+}
