@@ -269,12 +269,12 @@ void SplitReview::proposeCount(int tracks) {
 }
 
 void SplitReview::play(int64_t frame) {
-    if (!playExcerpt || recorded.sampleRate == 0)
+    if (recorded.sampleRate == 0)
         return;
     const auto length = int64_t(kPlaySeconds * recorded.sampleRate);
     const int64_t first = std::clamp<int64_t>(frame - length / 2, 0,
                                               std::max<int64_t>(0, recorded.frames() - length));
-    playExcerpt(first, length);
+    capture.playExcerpt(first, length);
 }
 
 bool SplitReview::review() {
@@ -303,10 +303,7 @@ bool SplitReview::review() {
     connect(dialog, &ui::SplitReviewDialog::trackCountChosen, this, &SplitReview::proposeCount);
     connect(dialog, &ui::SplitReviewDialog::playRequested, this, &SplitReview::play);
     connect(dialog, &ui::SplitReviewDialog::applyRequested, this, &SplitReview::applyFromDialog);
-    connect(dialog, &QDialog::finished, this, [this] {
-        if (stopExcerpt)
-            stopExcerpt();
-    });
+    connect(dialog, &QDialog::finished, this, [this] { capture.stopExcerpt(); });
     dialog->open();
     return true;
 }
@@ -321,8 +318,8 @@ void SplitReview::applyFromDialog() {
 bool SplitReview::apply(const std::vector<int64_t>& boundaries) {
     if (recorded.tracks() == 0)
         return false;
-    if (stopExcerpt)
-        stopExcerpt();
+    // The excerpt reads the files about to be replaced.
+    capture.stopExcerpt();
     const RecutResult result = recutSide(recorded, boundaries);
     switch (result.problem) {
     case RecutProblem::None:

@@ -43,9 +43,6 @@ public:
     std::function<void(int tracks)> showNamingPanel;
     // Whenever it may change: whether the proposal differs from the splits on disk.
     std::function<void(bool differs)> noticeChanged;
-    // Plays side frames [first, first + frames) through the output device; stops playing.
-    std::function<bool(int64_t first, int64_t frames)> playExcerpt;
-    std::function<void()> stopExcerpt;
 
     // The recording has ended: opens the side in the export folder and starts reading it.
     void startAnalysis();

@@ -166,7 +166,6 @@ struct Review {
     PanelMachine machine{capture, views, alerts};
     QWidget window;
     SplitReview review{capture, alerts, &window};
-    std::vector<std::pair<int64_t, int64_t>> played;
 
     Review() {
         for (const auto& entry : fs::directory_iterator(pristineSide().dir.path()))
@@ -175,10 +174,6 @@ struct Review {
         views.shown = waxline::app::panel::nameFirstTen;
         review.showNamingPanel = [this](int n) { machine.showNamingPanelAfterRecut(n); };
         review.noticeChanged = [this](bool shown) { views.setSplitsNotice(shown); };
-        review.playExcerpt = [this](int64_t first, int64_t frames) {
-            played.emplace_back(first, frames);
-            return true;
-        };
         window.resize(720, 480);
         window.show();
     }
@@ -274,10 +269,12 @@ TEST(SplitReview, SpacePlaysFourSecondsAroundTheSelectedMarker) {
     ASSERT_TRUE(r.read());
     dialog->overview().selectMarker(0);
     QTest::keyClick(&dialog->overview(), Qt::Key_Space);
-    ASSERT_EQ(r.played.size(), 1u);
     const int64_t marker = dialog->overview().markers()[0].frame;
-    EXPECT_EQ(r.played[0].first, marker - 2 * int64_t(rate));
-    EXPECT_EQ(r.played[0].second, 4 * int64_t(rate));
+    const std::string expected = "playExcerpt(" + std::to_string(marker - 2 * int64_t(rate)) +
+                                 ", " + std::to_string(4 * int64_t(rate)) + ")";
+    EXPECT_EQ(count(r.capture, expected), 1) << r.capture.calls.back();
+    QTest::mouseClick(&dialog->cancelButton(), Qt::LeftButton);
+    EXPECT_EQ(r.capture.calls.back(), "stopExcerpt") << "closing the review stops the excerpt";
 }
 
 TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
