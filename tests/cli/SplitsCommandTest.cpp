@@ -406,7 +406,7 @@ TEST(SplitsRecord, RecordWithATrackCountRecutsTheSide) {
     const std::string exports = dir.file("exports");
     std::string out;
     ASSERT_EQ(runCommand(shellQuote(test::cliPath()) + " record --virtual-device " +
-                             shellQuote("file=" + side.path + ",speed=max") + " --export-dir " +
+                             shellQuote("file=" + side.path + ",speed=40") + " --export-dir " +
                              shellQuote(exports) +
                              " --preset none --split off --tracks 3 --max-seconds " +
                              std::to_string(side.frames() / 44100),
@@ -434,7 +434,7 @@ TEST(SplitsRecord, DigitizeExportsNothingWhenTheDurationsDoNotFit) {
     const std::string exports = dir.file("exports");
     std::string err;
     EXPECT_EQ(runCommand(shellQuote(test::cliPath()) + " digitize --artist A --album B " +
-                             "--virtual-device " + shellQuote("file=" + side.path + ",speed=max") +
+                             "--virtual-device " + shellQuote("file=" + side.path + ",speed=40") +
                              " --export-dir " + shellQuote(exports) + " --library " +
                              shellQuote(dir.file("Music")) +
                              " --preset none --split off --durations 0:10,0:12 --max-seconds " +
