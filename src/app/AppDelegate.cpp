@@ -108,6 +108,10 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
     recordingControl.tracksToName = [this] { review.startAnalysis(); };
     review.noticeChanged = [this](bool differs) { _multipleNibTabView.setSplitsNotice(differs); };
     review.showNamingPanel = [this](int tracks) { machine.showNamingPanelAfterRecut(tracks); };
+    review.mayRecut = [this] {
+        return folderClaim.claim(this->audio.exportFolder(), FolderUse::Recutting);
+    };
+    review.recutEnded = [this] { folderClaim.release(); };
     machine.mayExport = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Exporting);
     };

@@ -320,7 +320,11 @@ bool SplitReview::apply(const std::vector<int64_t>& boundaries) {
         return false;
     // The excerpt reads the files about to be replaced.
     capture.stopExcerpt();
+    if (mayRecut && !mayRecut())
+        return false;
     const RecutResult result = recutSide(recorded, boundaries);
+    if (recutEnded)
+        recutEnded();
     switch (result.problem) {
     case RecutProblem::None:
         break;

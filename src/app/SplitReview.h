@@ -43,6 +43,10 @@ public:
     std::function<void(int tracks)> showNamingPanel;
     // Whenever it may change: whether the proposal differs from the splits on disk.
     std::function<void(bool differs)> noticeChanged;
+    // Around a re-cut: may it change the folder (false after the front end said why), and the
+    // files are settled again. Unset: always.
+    std::function<bool()> mayRecut;
+    std::function<void()> recutEnded;
 
     // The recording has ended: opens the side in the export folder and starts reading it.
     void startAnalysis();

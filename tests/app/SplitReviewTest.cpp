@@ -3,7 +3,9 @@
 #include "app/CaptureCalls.h"
 #include "app/ExportDriver.h"
 #include "app/FakePanelViews.h"
+#include "app/FolderClaim.h"
 #include "app/PanelMachine.h"
+#include "capture/recorder/ExportFolderLock.h"
 #include "cli/DemoSide.h"
 #include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
@@ -166,6 +168,7 @@ struct Review {
     PanelMachine machine{capture, views, alerts};
     QWidget window;
     SplitReview review{capture, alerts, &window};
+    waxline::app::FolderClaim claim{alerts};
 
     Review() {
         for (const auto& entry : fs::directory_iterator(pristineSide().dir.path()))
@@ -174,6 +177,8 @@ struct Review {
         views.shown = waxline::app::panel::nameFirstTen;
         review.showNamingPanel = [this](int n) { machine.showNamingPanelAfterRecut(n); };
         review.noticeChanged = [this](bool shown) { views.setSplitsNotice(shown); };
+        review.mayRecut = [this] { return claim.claim(dir.path(), waxline::FolderUse::Recutting); };
+        review.recutEnded = [this] { claim.release(); };
         window.resize(720, 480);
         window.show();
     }
@@ -184,7 +189,12 @@ struct Review {
         return review.dialog();
     }
     bool read() { return review.waitUntilRead(120000); }
-    int tracksOnDisk() const { return int(waxline::test::filesBelow(dir.path()).size()) - 1; }
+    int tracksOnDisk() const {
+        int wavs = 0;
+        for (const auto& path : waxline::test::filesBelow(dir.path()))
+            wavs += fs::path(path).extension() == ".wav";
+        return wavs;
+    }
 };
 
 std::vector<int64_t> framesOf(const waxline::ui::SplitReviewDialog& dialog) {
@@ -345,6 +355,34 @@ TEST(SplitReview, CancelLeavesTheFilesByteIdentical) {
     EXPECT_EQ(count(r.capture, "adoptRecordedTracks(3)"), 0);
     EXPECT_EQ(r.capture.numRecordedTracks(), 2);
     EXPECT_TRUE(r.alerts.shown.empty());
+}
+
+// Another run (the command line) working in the folder: Apply says so and cuts nothing; once the
+// folder is free, the same Apply goes through and lets the folder go again.
+TEST(SplitReview, ApplyWaitsForAFolderAnotherRunHolds) {
+    Review r;
+    auto* dialog = r.openReview();
+    ASSERT_TRUE(r.read());
+    dialog->trackCountBox().setValue(2);
+    {
+        waxline::ExportFolderLock other;
+        ASSERT_EQ(other.tryLock(r.dir.path(), waxline::FolderUse::Exporting, "waxline-cli"),
+                  waxline::ExportFolderLock::Outcome::Taken);
+        const auto before = folderContents(r.dir.path());
+        QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+        ASSERT_EQ(r.alerts.shown.size(), 1u);
+        EXPECT_EQ(r.alerts.shown[0].text, "IDS_FOLDER_BUSY");
+        EXPECT_NE(r.review.dialog(), nullptr) << "the review stays open";
+        EXPECT_TRUE(folderContents(r.dir.path()) == before) << "a file changed";
+        EXPECT_EQ(r.capture.numRecordedTracks(), 2);
+        EXPECT_EQ(count(r.capture, "adoptRecordedTracks(2)"), 0);
+    }
+    QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+    EXPECT_EQ(r.review.dialog(), nullptr);
+    EXPECT_EQ(count(r.capture, "adoptRecordedTracks(2)"), 1);
+    waxline::ExportFolderLock after;
+    EXPECT_EQ(after.tryLock(r.dir.path(), waxline::FolderUse::Recording, "test"),
+              waxline::ExportFolderLock::Outcome::Taken);
 }
 
 TEST(SplitReview, ASideThatCannotBeReadIsSaidAndNothingOpens) {
