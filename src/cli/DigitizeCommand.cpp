@@ -4,6 +4,7 @@
 #include "cli/RecordSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
+#include "exporting/EarlyEncoder.h"
 
 #include <cstdio>
 
@@ -22,8 +23,12 @@ int digitizeCommand(Arguments& args) {
         return refused;
     DiagnosticLog log;
     log.open(diagnosticLogPath(exportFolderOf(record)), "waxline-cli digitize", record.verbose);
+    exporting::EarlyEncoder early;
+    RecordOptions withEncoder = record;
+    if (record.earlyEncoding)
+        withEncoder.early = &early;
     RecordResult result;
-    const int recorded = recordSide(record, result);
+    const int recorded = recordSide(withEncoder, result);
     if (recorded != 0)
         return recorded;
     if (result.endedBy == "interrupted") {
@@ -35,6 +40,8 @@ int digitizeCommand(Arguments& args) {
                      "--export-dir %s --artist A --album B [--title T]...\n",
                      result.countedTracks, result.countedTracks == 1 ? "" : "s",
                      result.countedTracks == 1 ? "is" : "are", folder.c_str(), folder.c_str());
+        if (record.earlyEncoding)
+            finishEarlyEncoding(early, result.countedTracks);
         return 130;
     }
     if (result.countedTracks == 0) {
@@ -44,6 +51,8 @@ int digitizeCommand(Arguments& args) {
     }
     int tracks = result.countedTracks;
     if (splits.given()) {
+        // The re-cut makes new track files: what was encoded from the old ones is of no use.
+        early.cancelAndWait();
         lock.setUse(FolderUse::Recutting);
         if (const int failed = applyRequestAfterRecording(exportFolderOf(record), tracks, splits,
                                                           "digitize", tracks))
@@ -52,6 +61,8 @@ int digitizeCommand(Arguments& args) {
     std::fprintf(userOut(), "\n");
     exportOptions.tracks = tracks;
     exportOptions.exportDir = record.exportDir;
+    if (record.earlyEncoding)
+        exportOptions.early = &early;
     return exportRecording(exportOptions, &lock);
 }
 

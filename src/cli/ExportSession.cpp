@@ -3,6 +3,7 @@
 #include "cli/Terminal.h"
 #include "splitting/SideRecut.h"
 
+#include "exporting/EarlyEncoder.h"
 #include "exporting/ExportFolders.h"
 #include "exporting/ExportPipeline.h"
 #include "exporting/GrooveNoise.h"
@@ -256,10 +257,28 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
             std::fprintf(userErr(), "export of track %d failed: %s\n", o.index,
                          describe(o.problem).c_str());
     };
+    pipeline.onStarted = [](const std::vector<int>& ready, int total) {
+        if (ready.empty()) {
+            std::fprintf(userOut(), "No track was ready before the export: each is encoded now\n");
+        } else {
+            std::string runs;
+            for (const auto& [first, last] : trackRuns(ready)) {
+                runs += runs.empty() ? "" : ", ";
+                runs += std::to_string(first);
+                if (last != first)
+                    runs += "-" + std::to_string(last);
+            }
+            std::fprintf(userOut(),
+                         "Encoded while recording, ready before the export: track%s %s of %d\n",
+                         ready.size() == 1 ? "" : "s", runs.c_str(), total);
+        }
+        std::fflush(userOut());
+    };
     pipeline.onTrackDone = [](const TrackOutcome& o, int total) {
         if (o.ok)
-            std::fprintf(userOut(), "track %d/%d  #%s  %s\n", o.index, total, o.number.c_str(),
-                         o.libraryPath.c_str());
+            std::fprintf(userOut(), "track %d/%d  #%s  %s%s\n", o.index, total, o.number.c_str(),
+                         o.libraryPath.c_str(),
+                         o.readyBeforeExport ? "  (encoded while recording)" : "");
         else
             std::fprintf(userOut(), "track %d/%d  #%s  FAILED: %s\n", o.index, total,
                          o.number.c_str(), describe(o.problem).c_str());
@@ -284,6 +303,8 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     request.jobs = options.jobs;
     request.text = exportText;
     request.tagText = options.unicodeTags ? TagText::Unicode : TagText::Latin1Bytes;
+    if (options.early)
+        request.beforeEncoding = [early = options.early](int track) { early->settle(track); };
     ExportNumbering numbering;
     const std::vector<TrackOutcome> outcomes = pipeline.run(request, numbering);
 

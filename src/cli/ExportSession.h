@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+namespace waxline::exporting {
+class EarlyEncoder;
+}
+
 namespace waxline::cli {
 
 struct ExportOptions {
@@ -19,6 +23,9 @@ struct ExportOptions {
     std::string libraryDir;   // empty: the user's music folder
     unsigned jobs = 0;        // encodings at once; 0: one per core
     bool unicodeTags = false; // names written as the text they are, not as Latin-1 bytes
+    // The background encoder of the recording just made (digitize): the export lets it finish
+    // or give up each track before encoding it itself. None: only what it left is taken.
+    exporting::EarlyEncoder* early = nullptr;
 };
 
 // Exports the tracks of the last recording into the music library, printing a line per track

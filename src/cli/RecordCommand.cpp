@@ -4,6 +4,7 @@
 #include "cli/RecordSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
+#include "exporting/EarlyEncoder.h"
 #include "exporting/ExportFolders.h"
 #include "splitting/SideRecut.h"
 
@@ -34,6 +35,7 @@ RecordOptions recordOptionsFrom(Arguments& args) {
     options.exportDir = args.option("--export-dir").value_or("");
     options.discard = args.flag("--discard");
     options.verbose = args.flag("--verbose");
+    options.earlyEncoding = !args.flag("--no-early-encoding");
     return options;
 }
 
@@ -61,6 +63,16 @@ int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, cons
     return 0;
 }
 
+void finishEarlyEncoding(exporting::EarlyEncoder& early, int tracks) {
+    if (tracks > early.finishedCount()) {
+        std::fprintf(userOut(), "Encoding the last tracks to MP3...\n");
+        std::fflush(userOut());
+    }
+    early.finish();
+    std::fprintf(userOut(), "%d of %d track%s encoded to MP3 while recording\n",
+                 early.finishedCount(), tracks, tracks == 1 ? "" : "s");
+}
+
 int recordCommand(Arguments& args) {
     const RecordOptions options = recordOptionsFrom(args);
     const SplitsRequest splits = splitsRequestFrom(args, false);
@@ -71,10 +83,21 @@ int recordCommand(Arguments& args) {
         return refused;
     DiagnosticLog log;
     log.open(diagnosticLogPath(exportFolderOf(options)), "waxline-cli record", options.verbose);
+    exporting::EarlyEncoder early;
+    RecordOptions withEncoder = options;
+    if (options.earlyEncoding)
+        withEncoder.early = &early;
     RecordResult result;
-    const int recorded = recordSide(options, result);
-    if (recorded != 0 || !splits.given() || result.countedTracks == 0)
+    const int recorded = recordSide(withEncoder, result);
+    if (recorded != 0 || !splits.given() || result.countedTracks == 0) {
+        // The folder stays locked until the last MP3 is made, so an export cannot start on a
+        // track that is still being encoded.
+        if (options.earlyEncoding)
+            finishEarlyEncoding(early, result.countedTracks);
         return recorded;
+    }
+    // The re-cut makes new track files: what was encoded from the old ones is of no use.
+    early.cancelAndWait();
     lock.setUse(FolderUse::Recutting);
     int tracks = 0;
     return applyRequestAfterRecording(exportFolderOf(options), result.countedTracks, splits,

@@ -5,6 +5,7 @@
 #include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
 #include "cli/Terminal.h"
+#include "exporting/EarlyEncoder.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -14,6 +15,7 @@
 #include <sndfile.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
@@ -242,6 +244,9 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     audio.setGainDb(options.gainDb);
     audio.setRecordingTimeLimit(options.maxSeconds);
     audio.startPlayThru();
+    // Before the folder is emptied: nothing may still be encoding into it.
+    if (options.early)
+        options.early->begin(audio.exportFolder());
     RecordingSequence sequence(audio, removeOldTrackFiles);
     sequence.prepare(options.automaticSplit);
     if (!sequence.openFirstTrack()) {
@@ -289,6 +294,10 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
             return;
         }
         sequence.keepCountCurrent();
+        // The writer has closed this many files; the one it writes now is not among them.
+        if (options.early)
+            options.early->tracksClosed(
+                std::min(static_cast<int>(counters.filesFinished), audio.numRecordedTracks() - 1));
         if (options.onTick)
             options.onTick(audio, platform);
         const float l = GetVUMaxL(), r = GetVUMaxR();
@@ -323,6 +332,10 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
         result.endedBy = delegate.stoppedReason;
     else if (result.endedBy.empty())
         result.endedBy = "stopped";
+
+    // Every counted track is closed now; the run-out after an album end is not encoded.
+    if (options.early)
+        options.early->tracksClosed(audio.numRecordedTracks());
 
     const auto counters = audio.recorderCounters();
     result.capturedFrames = counters.capturedFrames;

@@ -10,6 +10,9 @@
 
 namespace waxline {
 class Audio;
+namespace exporting {
+class EarlyEncoder;
+}
 namespace platform {
 struct Platform;
 }
@@ -28,6 +31,11 @@ struct RecordOptions {
     bool discard = false;  // a recording never exported may be thrown away
     bool verbose = false;  // the engine's diagnostic lines on the terminal too, not only the log
     bool showStatus = true;
+    // Encodes each closed track to its MP3 behind the recording (--no-early-encoding: off).
+    bool earlyEncoding = true;
+    // The encoder that does it, owned by the command so that it can outlive the recording;
+    // none: nothing is encoded early.
+    exporting::EarlyEncoder* early = nullptr;
     // Called on the main thread at every status tick while recording (every 100 ms), with the
     // controller and the platform it records from: lets tests unplug the deck or stall the writer.
     std::function<void(Audio&, platform::Platform&)> onTick;
@@ -59,6 +67,10 @@ int claimExportFolder(const RecordOptions& options, ExportFolderLock& lock, cons
 
 // The export folder the options name, or the default one.
 std::string exportFolderOf(const RecordOptions& options);
+
+// At the end of `record`: waits for the background encoder to finish the side's `tracks`
+// and says how many it made.
+void finishEarlyEncoding(exporting::EarlyEncoder& early, int tracks);
 
 // Records one side exactly as the application does: detects the device (or takes the named
 // input), starts the monitor, and records through the capture controller until the album end,

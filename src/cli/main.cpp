@@ -37,8 +37,9 @@ const Command kCommands[] = {
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
      "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard] [--verbose] "
-     "[--tracks N | --durations LIST]",
-     "Records one side into the export folder, a WAV per track.\n"
+     "[--tracks N | --durations LIST] [--no-early-encoding]",
+     "Records one side into the export folder, a WAV per track, and encodes each closed track\n"
+     "to MP3 behind the recording (at idle priority), so that the export only tags them.\n"
      "  --input INPUT    record this input instead of the detected USB device\n"
      "  --preset P       equalisation: auto (by device), none, riaa, chrome or brightspin\n"
      "  --split auto|off split at the gaps (default) or record one track\n"
@@ -51,7 +52,8 @@ const Command kCommands[] = {
      "  --tracks N       the side holds N tracks (1 to 40): after the stop, the side is re-cut\n"
      "                   at the N - 1 most convincing gaps\n"
      "  --durations LIST the sleeve's durations (3:12,4:05,...) or numbering (A1-A5): after\n"
-     "                   the stop, the side is re-cut to fit them\n"},
+     "                   the stop, the side is re-cut to fit them\n"
+     "  --no-early-encoding  encode nothing while recording; the export encodes every track\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
      "[--library DIR] [--jobs N] [--unicode-tags]",
@@ -65,13 +67,15 @@ const Command kCommands[] = {
      "  --jobs N         encodings at once (default: one per core)\n"
      "  --unicode-tags   tags hold the names as typed; without it each byte of a name is taken\n"
      "                   as a Latin-1 character, as the desktop application stores them\n"
-     "More titles than tracks exports every track but exits 1, naming the unused titles.\n"},
+     "More titles than tracks exports every track but exits 1, naming the unused titles.\n"
+     "MP3s that record made while recording are taken as they are when their track file is\n"
+     "unchanged since; any other track is encoded anew.\n"},
     {"digitize", waxline::cli::digitizeCommand,
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
      "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose] "
-     "[--tracks N | --durations LIST]",
+     "[--tracks N | --durations LIST] [--no-early-encoding]",
      "Records one side, then exports it: the options of record and export together.\n"
      "With --tracks N or --durations LIST the side is re-cut as record does before the export.\n"
      "Interrupted (Ctrl-C), it keeps the tracks but exports nothing and exits 130.\n"},

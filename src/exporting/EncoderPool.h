@@ -20,6 +20,7 @@ struct EncodedTrack {
     std::string mp3Path;
     ExportProblem problem; // none when the MP3 is there and tagged
     std::vector<TrackWarning> warnings;
+    bool early = false; // its MP3 was made behind the recording, only tagged here
     bool ok() const { return !problem.failed(); }
 };
 

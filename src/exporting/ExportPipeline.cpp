@@ -1,5 +1,6 @@
 #include "exporting/ExportPipeline.h"
 
+#include "exporting/EarlyEncoder.h"
 #include "exporting/ExportFolders.h"
 #include "exporting/Mp3Encoder.h"
 #include "exporting/Normaliser.h"
@@ -47,7 +48,13 @@ EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
     }
     if (check.warning)
         encoded.warnings.push_back(*check.warning);
-    const EncodeResult result = encodeToMp3(source.empty() ? wavPath : source, encoded.mp3Path);
+    EncodeResult result;
+    if (source.empty() && takeEarlyMp3(wavPath, encoded.mp3Path)) {
+        encoded.early = true;
+        result.exitStatus = 0;
+    } else {
+        result = encodeToMp3(source.empty() ? wavPath : source, encoded.mp3Path);
+    }
     if (!result.ok()) {
         encoded.problem = encoderProblem(result);
         return encoded;
@@ -70,6 +77,7 @@ ExportPipeline::ExportPipeline(const LibraryImporter& importer)
 void ExportPipeline::importEncoded(const EncodedTrack& encoded, const TrackNames& names,
                                    TrackOutcome& outcome) const {
     outcome.mp3Path = encoded.mp3Path;
+    outcome.encodedEarly = encoded.early;
     outcome.warnings.insert(outcome.warnings.end(), encoded.warnings.begin(),
                             encoded.warnings.end());
     if (!encoded.ok()) {
@@ -183,11 +191,23 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         jobs,
         [&](int track) {
             const std::string wav = trackFileName(request.exportFolder, track);
+            if (request.beforeEncoding)
+                request.beforeEncoding(track);
             return legacy ? legacyEncode(wav, trackNames(track), numberOf(track), request.normalise,
                                          peak)
                           : encodeAndTag(wav, trackNames(track), numberOf(track));
         },
         cost);
+
+    // Which tracks the background encoder had finished: the normalised path encodes the
+    // normalised copy, so it takes none.
+    std::vector<int> ready;
+    if (!legacy)
+        for (int i = 1; i <= count(); ++i)
+            if (earlyMp3Ready(trackFileName(request.exportFolder, i)))
+                ready.push_back(i);
+    if (onStarted)
+        onStarted(ready, count());
 
     std::vector<TrackOutcome> outcomes;
     for (int i = 1; i <= count(); ++i) {
@@ -198,6 +218,7 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         outcome.wavPath = trackFileName(request.exportFolder, i);
         const TrackNames names = trackNames(i);
         outcome.title = names.title;
+        outcome.readyBeforeExport = std::binary_search(ready.begin(), ready.end(), i);
         importEncoded(pool.take(i), names, outcome);
         if (onTrackConverted)
             onTrackConverted(outcome);

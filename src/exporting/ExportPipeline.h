@@ -36,6 +36,9 @@ struct ExportRequest {
     unsigned jobs = 0;
     // How the tags take the names: Latin-1 bytes as the application always has, or as text.
     TagText tagText = TagText::Latin1Bytes;
+    // Called on a worker before it encodes a track: lets the background encoder give the
+    // track up, or finish it first (EarlyEncoder::settle). Unset, nothing waits.
+    std::function<void(int track)> beforeEncoding;
     // The texts of "IDS_UNKNOWN_TRACK", "IDS_UNKNOWN_ARTIST" and "IDS_UNKNOWN_ALBUM", which
     // stand in for missing names on the older export path.
     TextLookup text;
@@ -52,6 +55,8 @@ struct TrackOutcome {
     bool ok = false;
     ExportProblem problem; // why it failed
     std::vector<TrackWarning> warnings;
+    bool readyBeforeExport = false; // its MP3 was made behind the recording before the export
+    bool encodedEarly = false;      // its MP3 was made behind the recording, ready then or not
 };
 
 // The export of finished tracks: encode each WAV to MP3 with ffmpeg, tag it, import it into
@@ -63,6 +68,9 @@ class ExportPipeline {
 public:
     explicit ExportPipeline(const LibraryImporter& importer);
 
+    // At the start, before any track: the tracks (ascending) whose MP3 was made behind the
+    // recording and fits its track file, and the count of tracks.
+    std::function<void(const std::vector<int>& ready, int total)> onStarted;
     // After each track's conversion, before the library is checked; a track done again is
     // reported again.
     std::function<void(const TrackOutcome&)> onTrackConverted;
@@ -102,7 +110,9 @@ private:
 };
 
 // The encoding half of a track, for a worker: the track file checked, encoded to the MP3
-// beside it (from `source` when that is set: the normalised copy), and tagged.
+// beside it (from `source` when that is set: the normalised copy), and tagged. Without a
+// `source`, an MP3 made behind the recording from the track file as it is now is taken
+// instead of encoding again.
 EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
                           const std::string& number, const std::string& source = {});
 

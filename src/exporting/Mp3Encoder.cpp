@@ -137,6 +137,15 @@ EncodeResult runProgram(const std::vector<std::string>& argv) {
     return result;
 }
 
+std::vector<std::string> encoderArguments(const std::string& program, const std::string& inputPath,
+                                          const std::string& mp3Path) {
+    // The input is a file name argument, never a protocol or option: "file:" keeps a name
+    // such as "-x.wav" or "a:b.wav" a plain path.
+    return {program,     "-nostdin", "-hide_banner",      "-loglevel", "error",
+            "-y",        "-i",       "file:" + inputPath, "-codec:a",  "libmp3lame",
+            "-qscale:a", "2",        "file:" + mp3Path};
+}
+
 EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path) {
     const std::string program = ffmpegProgram();
     if (program.empty()) {
@@ -147,11 +156,7 @@ EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Pat
         result.launch = EncodeResult::Launch::NotFound;
         return result;
     }
-    // The input is a file name argument, never a protocol or option: "file:" keeps a name
-    // such as "-x.wav" or "a:b.wav" a plain path.
-    return runProgram({program, "-nostdin", "-hide_banner", "-loglevel", "error", "-y", "-i",
-                       "file:" + inputPath, "-codec:a", "libmp3lame", "-qscale:a", "2",
-                       "file:" + mp3Path});
+    return runProgram(encoderArguments(program, inputPath, mp3Path));
 }
 
 ExportProblem encoderProblem(const EncodeResult& result) {

@@ -26,6 +26,11 @@ ExportProblem encoderProblem(const EncodeResult& result);
 // first executable "ffmpeg" on PATH; empty when there is none.
 std::string ffmpegProgram();
 
+// The export's encoder command: PROGRAM -i WAV -codec:a libmp3lame -qscale:a 2 MP3, with the
+// options that keep ffmpeg quiet and non-interactive. Every MP3 is made with exactly this.
+std::vector<std::string> encoderArguments(const std::string& program, const std::string& inputPath,
+                                          const std::string& mp3Path);
+
 // Runs a program with an argument vector, no shell: standard input is /dev/null, standard
 // output and error are collected. Blocks the calling thread until the program ends.
 EncodeResult runProgram(const std::vector<std::string>& argv);
