@@ -116,6 +116,7 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Exporting);
     };
     exportDriver.exportEnded = [this] { folderClaim.release(); };
+    exportDriver.setEarlyEncoder(&recordingControl.earlyEncoder());
 }
 
 AppDelegate::~AppDelegate() {
@@ -288,6 +289,7 @@ void AppDelegate::endRun() {
     folderClaim.release();
     exportDriver.finishOrCancel();
     review.forget();
+    recordingControl.cancelBackgroundEncoding();
     // Another run recording or exporting in the same folder keeps its files.
     if (folderClaim.claimQuietly(audio.exportFolder(), FolderUse::Recording))
         exporting::clearTmpFolder(audio.exportFolder());

@@ -72,6 +72,7 @@ void ExportDriver::processAudioFiles() {
     views.setBusy(true);
     views.setProgressRange(n);
     views.setProgressValue(0);
+    views.setText(panel::exporting, panel::readyNoteTag, QString());
 
     pollTimer = std::make_unique<QTimer>();
     pollTimer->setInterval(pollInterval);
@@ -94,6 +95,8 @@ void ExportDriver::processAudioFiles() {
     request.numRecordedTracks = [n] { return n; };
     request.jobs = 0;
     request.text = text;
+    if (early)
+        request.beforeEncoding = [encoder = early](int track) { encoder->settle(track); };
     for (int track = 1; track <= n; ++track) {
         const TrackNames filled =
             namesOrUnknown(text, names.artist, names.album, names.titles[size_t(track) - 1],
@@ -131,6 +134,10 @@ void ExportDriver::DoITunesImportTagAndConvertThreadRoutine2(ExportRequest reque
             return confirmLibraryOnMainThread();
         return true;
     };
+    pipeline.onStarted = [this](const std::vector<int>& ready, int total) {
+        QMetaObject::invokeMethod(
+            this, [this, ready, total] { showReadyTracks(ready, total); }, Qt::QueuedConnection);
+    };
     pipeline.onTrackDone = [this](const TrackOutcome& outcome, int) { setProgress(outcome.index); };
 
     std::vector<TrackOutcome> result = pipeline.run(request, numbering);
@@ -164,6 +171,26 @@ void ExportDriver::setProgress(int track) {
                 views.setBusy(false);
         },
         Qt::QueuedConnection);
+}
+
+// Panel 5's note: which tracks only needed their tags, as their MP3s were made while recording.
+void ExportDriver::showReadyTracks(const std::vector<int>& ready, int total) {
+    auto words = [this](const char* key) {
+        return QString::fromStdString(text ? text(key) : std::string(key));
+    };
+    QString note;
+    if (total > 0 && ready.size() == size_t(total)) {
+        note = words("IDS_EXPORT_READY_ALL");
+    } else if (ready.empty()) {
+        note = words("IDS_EXPORT_READY_NONE");
+    } else {
+        QStringList runs;
+        for (const auto& [first, last] : trackRuns(ready))
+            runs << (first == last ? QString::number(first)
+                                   : QStringLiteral("%1\u2013%2").arg(first).arg(last));
+        note = words("IDS_EXPORT_READY_SOME").arg(runs.join(QStringLiteral(", "))).arg(total);
+    }
+    views.setText(panel::exporting, panel::readyNoteTag, note);
 }
 
 void ExportDriver::pollingTimerFired() {

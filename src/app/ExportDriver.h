@@ -3,6 +3,7 @@
 #include "app/Alerts.h"
 #include "app/PanelViews.h"
 #include "capture/CaptureControl.h"
+#include "exporting/EarlyEncoder.h"
 #include "exporting/ExportNumbering.h"
 #include "exporting/ExportPipeline.h"
 #include "exporting/UnknownNames.h"
@@ -48,6 +49,10 @@ public:
     // Told when an export has ended and its thread is joined.
     std::function<void()> exportEnded;
 
+    // The encoder that made MP3s while recording: each export lets it finish or give up a
+    // track before encoding that track itself. None: only what it left is taken.
+    void setEarlyEncoder(exporting::EarlyEncoder* encoder) { early = encoder; }
+
     void processAudioFiles();
     void pollingTimerFired();
 
@@ -67,6 +72,7 @@ private:
     void DoITunesImportTagAndConvertThreadRoutine2(exporting::ExportRequest request);
     bool confirmLibraryOnMainThread();
     void joinFinishedThread();
+    void showReadyTracks(const std::vector<int>& ready, int total);
 
     CaptureControl& capture;
     PanelViews& views;
@@ -74,6 +80,7 @@ private:
     std::function<void(unsigned)> setPanel;
     exporting::TextLookup text;
     std::string library;
+    exporting::EarlyEncoder* early = nullptr;
 
     exporting::ExportNumbering numbering; // _saveTrackArtist, _saveTrackAlbum, _saveTracks
     std::vector<exporting::TrackOutcome> outcomes;

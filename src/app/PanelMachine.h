@@ -19,6 +19,8 @@ constexpr int elapsedTag = 21, trackCountTag = 22;
 constexpr int oneArtistTag = 10, oneAlbumTag = 11, oneNameTag = 12;
 constexpr int artistTag = 51, albumTag = 52;
 constexpr int progressTag = 31;
+// Panel 5's note on the tracks encoded while recording.
+constexpr int readyNoteTag = 32;
 // The name field of track i is tagged i + 60 on whichever naming panel holds it.
 constexpr int trackNameTag(int track) {
     return track + 60;

@@ -39,6 +39,8 @@ void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
     if (mayRecord && !mayRecord())
         return;
     const bool split = views.automaticallySplitTracks();
+    // Nothing may still be encoding into the folder that Record empties.
+    early.begin(capture.exportFolder());
     sequence.prepare(split);
     m_applyNormalization = normalization;
     m_applyClickRemoval = clickRemoval;
@@ -69,12 +71,15 @@ void RecordingControl::doNewTrackButton() {
     _pTimer = std::make_unique<QTimer>();
     _pTimer->setInterval(elapsedInterval);
     connect(_pTimer.get(), &QTimer::timeout, this, &RecordingControl::elaspedTimerFired);
+    connect(_pTimer.get(), &QTimer::timeout, this, &RecordingControl::noticeClosedTracks);
     _pTimer->start();
     elaspedTimerFired();
 }
 
 void RecordingControl::doNextButton3() {
     sequence.stop();
+    // Stopped, every counted track's file is closed, the last one too.
+    early.tracksClosed(capture.numRecordedTracks());
     if (recordingEnded)
         recordingEnded();
     _pTimer.reset();
@@ -118,6 +123,13 @@ void RecordingControl::elaspedTimerFired() {
                   elapsedText(capture.currentTrackLengthNanos()));
     views.setText(panel::recording, panel::trackCountTag,
                   QString::asprintf("%u", unsigned(capture.numRecordedTracks())));
+}
+
+// At each tick while recording: every track before the one being recorded is closed. The
+// encoder waits for a file to stay unchanged before it starts on it, so a split just now is
+// safe to pass on.
+void RecordingControl::noticeClosedTracks() {
+    early.tracksClosed(capture.numRecordedTracks() - 1);
 }
 
 void RecordingControl::setRecordingGainDb(float gainDb) {

@@ -5,6 +5,7 @@
 #include "app/PanelViews.h"
 #include "capture/CaptureControl.h"
 #include "capture/RecordingSequence.h"
+#include "exporting/EarlyEncoder.h"
 
 #include <QObject>
 #include <QString>
@@ -48,16 +49,24 @@ public:
 
     // The recording has ended and its naming panel is shown.
     std::function<void()> tracksToName;
+    // Encodes each closed track to its MP3 while the next one records; the export takes
+    // what it made.
+    exporting::EarlyEncoder& earlyEncoder() { return early; }
+    // Stops encoding and removes what was half made: before the export folder is emptied.
+    void cancelBackgroundEncoding() { early.cancelAndWait(); }
 
     bool applyNormalization() const { return m_applyNormalization; }
     bool elapsedTimerRunning() const { return _pTimer != nullptr; }
 
 private:
+    void noticeClosedTracks();
+
     CaptureControl& capture;
     PanelViews& views;
     Alerts& alerts;
     PanelMachine& machine;
     RecordingSequence sequence;
+    exporting::EarlyEncoder early;
     std::unique_ptr<QTimer> _pTimer;
     bool m_applyNormalization = false;
     bool m_applyClickRemoval = false;

@@ -354,6 +354,21 @@
         <translation>Jeder Titel wird zu einer MP3-Datei mit Ihren Angaben als Tags. Sie kommt in Ihren Musikordner, dort in einen Ordner für den Interpreten und darin einen für das Album. Das dauert einige Sekunden pro Titel; danach geht es von selbst weiter.</translation>
     </message>
     <message>
+        <source>IDS_EXPORT_READY_ALL</source>
+        <extracomment>Panel 5, under the progress: every track's MP3 was made while recording; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>Alle Titel wurden schon während der Aufnahme codiert: nur Tags und Musikordner fehlen noch.</translation>
+    </message>
+    <message>
+        <source>IDS_EXPORT_READY_SOME</source>
+        <extracomment>Panel 5, under the progress: %1 the track numbers made while recording, such as 1–3, 5; %2 the count of tracks; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>Schon während der Aufnahme codiert: Titel %1 von %2. Die übrigen werden jetzt codiert.</translation>
+    </message>
+    <message>
+        <source>IDS_EXPORT_READY_NONE</source>
+        <extracomment>Panel 5, under the progress: no track's MP3 was made while recording; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>Während der Aufnahme wurde kein Titel codiert, daher wird jetzt jeder codiert.</translation>
+    </message>
+    <message>
         <source>IDS_PANEL6_TITLE</source>
         <extracomment>Panel 6: export done; a title: at most about 40 characters</extracomment>
         <translation>Fertig! Noch eine Seite aufnehmen?</translation>

@@ -354,6 +354,21 @@
         <translation>Each track becomes an MP3 with your names as tags. It goes into your music folder, in a folder for the artist and inside that one for the album. This takes a few seconds a track; Waxline moves on by itself.</translation>
     </message>
     <message>
+        <source>IDS_EXPORT_READY_ALL</source>
+        <extracomment>Panel 5, under the progress: every track's MP3 was made while recording; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>Every track was encoded while recording: only the tags and the music folder remain.</translation>
+    </message>
+    <message>
+        <source>IDS_EXPORT_READY_SOME</source>
+        <extracomment>Panel 5, under the progress: %1 the track numbers made while recording, such as 1–3, 5; %2 the count of tracks; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>Encoded while recording: tracks %1 of %2. The others are encoded now.</translation>
+    </message>
+    <message>
+        <source>IDS_EXPORT_READY_NONE</source>
+        <extracomment>Panel 5, under the progress: no track's MP3 was made while recording; a note: at most about 110 characters, Qt rich text</extracomment>
+        <translation>No track was encoded while recording, so each one is encoded now.</translation>
+    </message>
+    <message>
         <source>IDS_PANEL6_TITLE</source>
         <extracomment>Panel 6: export done; a title: at most about 40 characters</extracomment>
         <translation>Done! Record another side?</translation>
