@@ -1,4 +1,8 @@
+#include "exporting/EarlyEncoder.h"
+#include "support/MediaFiles.h"
 #include "support/WizardRig.h"
+
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -169,6 +173,45 @@ TEST(RecordingControl, GainAndOptionsPassUnchanged) {
     EXPECT_TRUE(r.recording.applyNormalization());
     r.recording.doRecordButton(false, true);
     EXPECT_FALSE(r.recording.applyNormalization());
+}
+
+// A split closes track 1; at the next tick its MP3 is being made behind the recording. Record
+// on a new side then stops that encoder before the folder is emptied: no ffmpeg is left on
+// the folder and no file of its comes back.
+TEST(RecordingControl, RecordStopsTheBackgroundEncoderBeforeEmptyingTheFolder) {
+    waxline::test::WizardRig r;
+    r.machine.setPanel(2);
+    r.recording.doRecordButton(false, false);
+    const std::string track1 = r.capture.fileNameForTrack(1);
+    // Long enough to be still encoding when Record comes, however fast the machine.
+    ASSERT_TRUE(waxline::test::writeToneWav(track1, 240, 0.4));
+    r.recording.doNewTrackButton();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return std::filesystem::exists(waxline::exporting::earlyPartialPath(track1)); },
+        20000))
+        << "the tick should have handed the closed track to the encoder";
+    ASSERT_FALSE(waxline::test::processesMentioning(r.folder.path()).empty());
+
+    r.recording.doRecordButton(false, false);
+    EXPECT_EQ(waxline::test::processesMentioning(r.folder.path()), std::vector<std::string>{});
+    QTest::qWait(300);
+    EXPECT_TRUE(std::filesystem::is_empty(r.folder.path()));
+    EXPECT_EQ(r.recording.earlyEncoder().finishedCount(), 0);
+}
+
+// Stop hands the last track over too: every counted track gets its MP3 behind the recording.
+TEST(RecordingControl, StopHandsEveryCountedTrackToTheEncoder) {
+    waxline::test::WizardRig r;
+    r.machine.setPanel(2);
+    r.recording.doRecordButton(false, false);
+    r.recording.doNewTrackButton();
+    for (int track = 1; track <= 2; ++track)
+        ASSERT_TRUE(waxline::test::writeToneWav(r.capture.fileNameForTrack(track), 1, 0.4));
+    r.recording.doNextButton3();
+    r.recording.earlyEncoder().finish();
+    EXPECT_EQ(r.recording.earlyEncoder().finishedCount(), 2);
+    for (int track = 1; track <= 2; ++track)
+        EXPECT_TRUE(waxline::exporting::earlyMp3Ready(r.capture.fileNameForTrack(track)));
 }
 
 } // namespace

@@ -202,6 +202,60 @@ TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted
     EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 2u) << exported;
 }
 
+// Killed while a closed track is encoded behind the recording: the encoder goes with the
+// recorder, and nothing it left is taken for a finished MP3. The export encodes that track
+// itself, to the same audio as the export's command makes of it.
+TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake) {
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
+    const std::string exports = dir.file("exports");
+    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(out, 0);
+    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=10",
+                                     "--export-dir", exports, "--preset", "none"},
+                                    out);
+    close(out);
+    ASSERT_GT(child, 0);
+    const std::string track = exports + "/WXRTTmpFile.1.wav";
+    const std::string partial = exports + "/WXRTTmpFile.1.encoding.mp3";
+    bool encoding = false;
+    for (int i = 0; i < 30000 && !encoding; ++i) {
+        encoding = std::filesystem::exists(partial);
+        if (!encoding)
+            usleep(2'000);
+    }
+    kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    const std::string text = readFile(dir.file("output.txt"));
+    ASSERT_TRUE(encoding) << "track 1 was never seen being encoded:\n" << text;
+
+    for (int i = 0; i < 250 && !test::processesMentioning(exports).empty(); ++i)
+        usleep(20'000);
+    EXPECT_EQ(test::processesMentioning(exports), std::vector<std::string>{})
+        << "the encoder outlived the recorder";
+
+    std::string exported;
+    EXPECT_EQ(test::runCommand(test::cliPath() + " export --tracks 1 --export-dir " +
+                                   test::shellQuote(exports) + " --library " +
+                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
+                               exported),
+              0)
+        << exported;
+    EXPECT_NE(exported.find("No track was ready before the export"), std::string::npos) << exported;
+    const std::vector<std::string> made = test::filesBelow(dir.file("Music"));
+    ASSERT_EQ(made.size(), 1u) << exported;
+    std::string reference;
+    ASSERT_EQ(test::runCommand("ffmpeg -nostdin -v error -i " + test::shellQuote(track) +
+                                   " -codec:a libmp3lame -qscale:a 2 " +
+                                   test::shellQuote(dir.file("reference.mp3")),
+                               reference),
+              0)
+        << reference;
+    EXPECT_EQ(test::decodedPcm(dir.file("Music") + "/" + made[0]),
+              test::decodedPcm(dir.file("reference.mp3")));
+}
+
 // A full disk: the recording stops, says so once in words a person can act on, and the summary
 // does not repeat it. The disk is a 600 kB tmpfs in a private mount namespace.
 TEST(RecordCommand, AFullDiskIsSaidOnceWithWhatToDo) {

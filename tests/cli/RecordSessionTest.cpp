@@ -1,5 +1,6 @@
 #include "cli/RecordSession.h"
 #include "cli/DemoSide.h"
+#include "exporting/EarlyEncoder.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
 
@@ -13,8 +14,13 @@ namespace waxline {
 namespace {
 
 // Plays a synthetic side through the virtual deck faster than real time and records it with
-// automatic splitting, as `waxline-cli record` does.
-TEST(RecordSession, NothingIsLostAtASplit) {
+// automatic splitting, as `waxline-cli record` does; with the closed tracks encoded to MP3
+// behind the recording, and without.
+class RecordSession : public testing::TestWithParam<bool> {};
+
+TEST_P(RecordSession, NothingIsLostAtASplit) {
+    const bool encodeBehind = GetParam();
+    exporting::EarlyEncoder early;
     test::TempDir dir;
     const std::string side = dir.file("side.wav");
     cli::DemoSideOptions demo;
@@ -53,8 +59,14 @@ TEST(RecordSession, NothingIsLostAtASplit) {
     options.exportDir = dir.file("exports");
     options.gainDb = -3;
     options.showStatus = false;
+    if (encodeBehind)
+        options.early = &early;
     cli::RecordResult result;
     ASSERT_EQ(cli::recordSide(options, result), 0);
+    early.finish();
+    for (int track = 1; track <= result.countedTracks; ++track)
+        EXPECT_EQ(exporting::earlyMp3Ready(result.files[size_t(track) - 1].path), encodeBehind)
+            << "track " << track;
 
     EXPECT_EQ(result.endedBy, "album end");
     EXPECT_EQ(result.countedTracks, demo.tracks);
@@ -114,6 +126,11 @@ TEST(RecordSession, NothingIsLostAtASplit) {
         EXPECT_NEAR(boundary, middle, 2.5) << "split " << g + 1;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(EncodingBehind, RecordSession, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& info) {
+                             return info.param ? "On" : "Off";
+                         });
 
 } // namespace
 } // namespace waxline

@@ -2,6 +2,8 @@
 
 #include "support/Signals.h"
 
+#include <gtest/gtest.h>
+
 #include <sndfile.h>
 
 #include <algorithm>
@@ -158,6 +160,15 @@ std::string latin1BytesAsUtf8(const std::string& bytes) {
         }
     }
     return out;
+}
+
+std::string decodedPcm(const std::string& path) {
+    std::string pcm;
+    const int status = runCommand("ffmpeg -nostdin -v error -i " + shellQuote(path) +
+                                      " -f s16le -acodec pcm_s16le -ac 2 -",
+                                  pcm, false);
+    EXPECT_EQ(status, 0) << "ffmpeg cannot decode " << path;
+    return status == 0 ? pcm : std::string();
 }
 
 } // namespace waxline::test

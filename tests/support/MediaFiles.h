@@ -57,6 +57,10 @@ struct SoundInfo {
 };
 SoundInfo soundInfo(const std::string& path);
 
+// The samples a media file decodes to with ffmpeg, as 16-bit stereo little-endian bytes;
+// empty (and the test failed) when ffmpeg cannot read it.
+std::string decodedPcm(const std::string& path);
+
 // Every regular file below `root`, as paths relative to it, sorted.
 std::vector<std::string> filesBelow(const std::string& root);
 

@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace waxline::test {
 
@@ -91,6 +94,25 @@ std::string makeDemoSideFile(const TempDir& dir, int tracks, int seed) {
                                   output);
     EXPECT_EQ(status, 0) << output;
     return side;
+}
+
+std::vector<std::string> processesMentioning(const std::string& text) {
+    std::vector<std::string> found;
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", ec)) {
+        const std::string pid = entry.path().filename().string();
+        if (pid.find_first_not_of("0123456789") != std::string::npos ||
+            pid == std::to_string(::getpid()))
+            continue;
+        std::ifstream in(entry.path() / "cmdline", std::ios::binary);
+        std::string line((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        for (char& c : line)
+            if (c == '\0')
+                c = ' ';
+        if (line.find(text) != std::string::npos)
+            found.push_back(pid + ": " + line);
+    }
+    return found;
 }
 
 } // namespace waxline::test

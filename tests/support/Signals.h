@@ -45,4 +45,8 @@ std::string cliPath();
 // and returns its path; a failing command fails the test.
 std::string makeDemoSideFile(const TempDir& dir, int tracks, int seed);
 
+// Every other process whose command line mentions `text` (arguments joined by blanks), as
+// "PID: command line": for finding encoders left running on a test's folder.
+std::vector<std::string> processesMentioning(const std::string& text);
+
 } // namespace waxline::test
