@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -33,6 +34,12 @@ std::string testText(const std::string& key) {
         return "Niemand";
     if (key == "IDS_UNKNOWN_ALBUM")
         return "Ohne Titel";
+    if (key == "IDS_EXPORT_READY_SOME")
+        return "Fertig: %1 / %2";
+    if (key == "IDS_EXPORT_READY_ALL")
+        return "Alle fertig";
+    if (key == "IDS_EXPORT_READY_NONE")
+        return "Keiner fertig";
     return key;
 }
 
@@ -160,6 +167,38 @@ TEST(ExportDriver, MissingArtistAndAlbumComeFromTheCatalogue) {
     EXPECT_EQ(tags.at("artist"), "Niemand");
     // The tag writer stores each UTF-8 byte as one Latin-1 character, as it always has.
     EXPECT_EQ(tags.at("title"), waxline::test::latin1BytesAsUtf8("Stück 1"));
+}
+
+// Panel 5 says in the catalogue's words which tracks were encoded while recording: those
+// whose early MP3 fits the track file when the export starts.
+TEST(ExportDriver, PanelFiveSaysWhichTracksWereEncodedWhileRecording) {
+    const struct {
+        std::vector<int> early;
+        QString note;
+    } cases[] = {
+        {{}, "Keiner fertig"},
+        {{1, 2, 3, 4, 5}, "Alle fertig"},
+        {{1, 2, 4}, "Fertig: 1\u20132, 4 / 5"},
+        {{3}, "Fertig: 3 / 5"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.note.toStdString());
+        Exporter e;
+        e.record(5);
+        e.name("A", "B", {"1", "2", "3", "4", "5"});
+        // Every track encoded behind the recording, then the others' stamps taken away.
+        waxline::exporting::EarlyEncoder early;
+        early.begin(e.folder.path());
+        early.tracksClosed(5);
+        early.finish();
+        for (int track = 1; track <= 5; ++track)
+            if (std::find(c.early.begin(), c.early.end(), track) == c.early.end())
+                fs::remove(waxline::exporting::earlyStampPath(e.capture.fileNameForTrack(track)));
+        e.driver.setEarlyEncoder(&early);
+        ASSERT_TRUE(e.exportAndWait());
+        EXPECT_EQ(e.views.text(5, 32), c.note);
+        EXPECT_EQ(e.libraryFiles().size(), 5u);
+    }
 }
 
 TEST(ExportDriver, AnUnwritableLibraryShowsTheAlertAndIsAskedAgain) {

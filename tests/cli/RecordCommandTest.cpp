@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -254,6 +255,60 @@ TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake)
         << reference;
     EXPECT_EQ(test::decodedPcm(dir.file("Music") + "/" + made[0]),
               test::decodedPcm(dir.file("reference.mp3")));
+}
+
+// `record` makes each counted track's MP3 behind the recording unless told not to, and
+// `export` says which tracks were ready and takes them.
+TEST(RecordCommand, ExportSaysWhichTracksWereEncodedWhileRecording) {
+    const struct {
+        bool early;
+        const char* recordSays;
+        const char* exportSays;
+        const char* trackSuffix;
+    } cases[] = {
+        {true, "2 of 2 tracks encoded to MP3 while recording",
+         "Encoded while recording, ready before the export: tracks 1-2 of 2",
+         "  (encoded while recording)"},
+        {false, nullptr, "No track was ready before the export: each is encoded now", nullptr},
+    };
+    test::TempDir dir;
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.early);
+        const std::string exports = dir.file(c.early ? "early" : "late");
+        std::string recorded;
+        ASSERT_EQ(test::runCommand(test::cliPath() + " record --virtual-device " +
+                                       test::shellQuote("file=" + side + ",speed=20") +
+                                       " --preset none --export-dir " + test::shellQuote(exports) +
+                                       (c.early ? "" : " --no-early-encoding"),
+                                   recorded),
+                  0)
+            << recorded;
+        if (c.recordSays)
+            EXPECT_NE(recorded.find(c.recordSays), std::string::npos) << recorded;
+        else
+            EXPECT_EQ(recorded.find("while recording"), std::string::npos) << recorded;
+
+        std::string exported;
+        ASSERT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
+                                       test::shellQuote(exports) + " --library " +
+                                       test::shellQuote(exports + "-Music") +
+                                       " --artist A --album B",
+                                   exported),
+                  0)
+            << exported;
+        EXPECT_NE(exported.find(c.exportSays), std::string::npos) << exported;
+        for (const char* track : {"track 1/2", "track 2/2"}) {
+            const size_t at = exported.find(track);
+            ASSERT_NE(at, std::string::npos) << exported;
+            const std::string line = exported.substr(at, exported.find('\n', at) - at);
+            EXPECT_EQ(c.trackSuffix && line.size() >= std::strlen(c.trackSuffix) &&
+                          line.compare(line.size() - std::strlen(c.trackSuffix), std::string::npos,
+                                       c.trackSuffix) == 0,
+                      c.trackSuffix != nullptr)
+                << line;
+        }
+    }
 }
 
 // A full disk: the recording stops, says so once in words a person can act on, and the summary
