@@ -152,16 +152,6 @@ EarlyEncoder::~EarlyEncoder() {
     cancelAndWait();
 }
 
-void EarlyEncoder::setEnabled(bool enable) {
-    std::lock_guard lock(mutex);
-    on = enable;
-}
-
-bool EarlyEncoder::enabled() const {
-    std::lock_guard lock(mutex);
-    return on;
-}
-
 void EarlyEncoder::begin(const std::string& recordingFolder) {
     cancelAndWait();
     std::lock_guard lock(mutex);
@@ -172,7 +162,7 @@ void EarlyEncoder::begin(const std::string& recordingFolder) {
 
 void EarlyEncoder::tracksClosed(int count) {
     std::lock_guard lock(mutex);
-    if (!on || folder.empty() || count <= offered)
+    if (folder.empty() || count <= offered)
         return;
     for (int track = offered + 1; track <= count; ++track)
         waiting.push_back(track);

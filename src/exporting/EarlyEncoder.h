@@ -60,10 +60,6 @@ public:
     EarlyEncoder(const EarlyEncoder&) = delete;
     EarlyEncoder& operator=(const EarlyEncoder&) = delete;
 
-    // Whether anything is encoded at all; off, tracksClosed() does nothing.
-    void setEnabled(bool on);
-    bool enabled() const;
-
     // A new recording into `folder`: whatever ran for the last one is cancelled first.
     void begin(const std::string& folder);
 
@@ -94,7 +90,6 @@ private:
     mutable std::mutex mutex;
     std::condition_variable changed;
     std::string folder;
-    bool on = true;
     bool cancelling = false;
     int offered = 0;
     int running = 0; // the track being encoded, 0 for none
