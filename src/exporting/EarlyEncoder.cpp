@@ -177,6 +177,11 @@ void EarlyEncoder::tracksClosed(int count) {
 void EarlyEncoder::settle(int track) {
     std::unique_lock lock(mutex);
     waiting.erase(std::remove(waiting.begin(), waiting.end(), track), waiting.end());
+    if (running == track) {
+        abandoned = track;
+        if (child > 0)
+            ::kill(child, SIGKILL);
+    }
     changed.wait(lock, [&] { return running != track; });
 }
 
@@ -230,6 +235,7 @@ void EarlyEncoder::work() {
         const bool made = encodeOne(track);
         lock.lock();
         running = 0;
+        abandoned = 0;
         if (made)
             ++finished;
         changed.notify_all();
@@ -237,8 +243,8 @@ void EarlyEncoder::work() {
 }
 
 // Worker thread: waits until the track file has not changed for kQuietTime, as a closed file
-// never does again while the one being recorded is written many times a second. False when
-// it is missing, keeps changing for kQuietLimit, or the wait was cancelled.
+// never does again while the one being recorded is written many times a second. Nothing when
+// it is missing, keeps changing for kQuietLimit, or the wait was cancelled or taken over.
 std::optional<TrackStamp> EarlyEncoder::quietStamp(const std::string& wav) {
     const auto start = std::chrono::system_clock::now();
     for (;;) {
@@ -254,7 +260,7 @@ std::optional<TrackStamp> EarlyEncoder::quietStamp(const std::string& wav) {
         if (now - start >= kQuietLimit)
             return std::nullopt;
         std::unique_lock lock(mutex);
-        if (changed.wait_for(lock, kQuietTime / 5, [&] { return cancelling; }))
+        if (changed.wait_for(lock, kQuietTime / 5, [&] { return cancelling || abandoned != 0; }))
             return std::nullopt;
     }
 }
@@ -285,7 +291,7 @@ bool EarlyEncoder::encodeOne(int track) {
     pid_t pid = -1;
     {
         std::lock_guard lock(mutex);
-        if (cancelling) {
+        if (cancelling || abandoned == track) {
             if (devNull >= 0)
                 ::close(devNull);
             return false;
@@ -325,7 +331,7 @@ bool EarlyEncoder::encodeOne(int track) {
     {
         std::lock_guard lock(mutex);
         child = -1;
-        if (cancelling) {
+        if (cancelling || abandoned == track) {
             removeQuietly(partial);
             return false;
         }

@@ -67,8 +67,9 @@ public:
     // one given before change nothing.
     void tracksClosed(int count);
 
-    // Before the export encodes `track` itself: drops it when it waits here, waits for it when
-    // it is being encoded. Any thread.
+    // Before the export encodes `track` itself: drops it when it waits here, and stops it when
+    // it is being encoded, as at idle priority on a busy machine it may not finish for long;
+    // one finished before stays for the export to take. Any thread.
     void settle(int track);
 
     // Waits until every track offered so far is encoded (or given up).
@@ -92,7 +93,8 @@ private:
     std::string folder;
     bool cancelling = false;
     int offered = 0;
-    int running = 0; // the track being encoded, 0 for none
+    int running = 0;   // the track being encoded, 0 for none
+    int abandoned = 0; // the running track the export took over
     pid_t child = -1;
     int finished = 0;
     std::deque<int> waiting;
