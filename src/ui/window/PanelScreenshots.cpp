@@ -1,5 +1,6 @@
 #include "ui/window/PanelScreenshots.h"
 
+#include "ui/Catalogue.h"
 #include "ui/panels/CustomView.h"
 #include "ui/panels/ImageForView.h"
 #include "ui/panels/PanelForms.h"
@@ -91,6 +92,11 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel) {
     // The naming panels as they look when the analysis proposes other splits.
     if (auto notice = view->findChild<QLabel*>(QStringLiteral("splitsNotice")))
         notice->show();
+    // Panel 5 with the note it shows when part of the side was encoded while recording.
+    if (auto note = view->findChild<QLabel*>(QStringLiteral("readyNote")))
+        note->setText(localizedKey(QStringLiteral("IDS_EXPORT_READY_SOME"))
+                          .arg(QStringLiteral("1\u20136"))
+                          .arg(7));
     return view;
 }
 
