@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CaptureCalls.h"
+#include "app/PanelDriving.h"
 #include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
@@ -49,23 +50,8 @@ struct App {
     unsigned shown() { return controller.tabs().selectedPanel(); }
     waxline::ui::CustomView* view() { return controller.tabs().view(shown()); }
     // Presses the shown panel's button that carries `action`, as a click does.
-    void press(const char* action) {
-        waxline::ui::CustomView* v = view();
-        ASSERT_TRUE(v) << "panel " << shown();
-        for (auto* button : v->findChildren<waxline::ui::SKShapedButton*>())
-            if (button->property("action").toString() == QLatin1String(action)) {
-                ASSERT_TRUE(button->isVisible()) << action;
-                button->click();
-                return;
-            }
-        FAIL() << "panel " << shown() << " has no button for " << action;
-    }
-    void type(int tag, const QString& text) {
-        auto field = qobject_cast<QLineEdit*>(view()->viewWithTag(tag));
-        ASSERT_TRUE(field) << tag;
-        field->selectAll();
-        QTest::keyClicks(field, text);
-    }
+    void press(const char* action) { waxline::test::pressButton(view(), shown(), action); }
+    void type(int tag, const QString& text) { waxline::test::typeInto(view(), tag, text); }
 };
 
 TEST(AppDelegate, StartUpMakesTwelveItemsLoadsThreePanelsAndShowsPanelOne) {

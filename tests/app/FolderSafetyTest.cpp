@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CaptureCalls.h"
+#include "app/PanelDriving.h"
 #include "capture/recorder/ExportFolderLock.h"
 #include "capture/recorder/TrackFiles.h"
 #include "support/FakeAlerts.h"
@@ -99,22 +100,8 @@ struct App {
     }
     unsigned shown() { return controller->tabs().selectedPanel(); }
     waxline::ui::CustomView* view() { return controller->tabs().view(shown()); }
-    void press(const char* action) {
-        waxline::ui::CustomView* v = view();
-        ASSERT_TRUE(v) << "panel " << shown();
-        for (auto* button : v->findChildren<waxline::ui::SKShapedButton*>())
-            if (button->property("action").toString() == QLatin1String(action)) {
-                button->click();
-                return;
-            }
-        FAIL() << "panel " << shown() << " has no button for " << action;
-    }
-    void type(int tag, const QString& text) {
-        auto field = qobject_cast<QLineEdit*>(view()->viewWithTag(tag));
-        ASSERT_TRUE(field) << tag;
-        field->selectAll();
-        QTest::keyClicks(field, text);
-    }
+    void press(const char* action) { waxline::test::pressButton(view(), shown(), action); }
+    void type(int tag, const QString& text) { waxline::test::typeInto(view(), tag, text); }
     std::string track(int n) const { return capture.fileNameForTrack(n); }
 };
 

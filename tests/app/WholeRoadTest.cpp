@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/PanelDriving.h"
 #include "capture/Audio.h"
 #include "exporting/ExportFolders.h"
 #include "support/FakeAlerts.h"
@@ -81,21 +82,10 @@ struct Road {
                                .arg(shown()));
     }
     void press(const char* action) {
-        for (auto* button : view()->findChildren<waxline::ui::SKShapedButton*>())
-            if (button->property("action").toString() == QLatin1String(action)) {
-                button->click();
-                snap();
-                return;
-            }
-        ADD_FAILURE() << "panel " << shown() << " has no button for " << action;
+        waxline::test::pressButton(view(), shown(), action);
+        snap();
     }
-    void type(int tag, const QString& text) {
-        auto field = qobject_cast<QLineEdit*>(view()->viewWithTag(tag));
-        ASSERT_TRUE(field) << tag;
-        field->setFocus();
-        field->selectAll();
-        QTest::keyClicks(field, text);
-    }
+    void type(int tag, const QString& text) { waxline::test::typeInto(view(), tag, text); }
     // Records one side with automatic split and names it on panel 7.
     void recordAndName(const QStringList& titles) {
         auto split = view()->findChild<QCheckBox*>(QStringLiteral("automaticallySplitTracks"));

@@ -47,6 +47,12 @@ pid_t startRecord(const std::vector<std::string>& args, int outFd, rlim_t fileSi
     return child;
 }
 
+uintmax_t fileSize(const std::string& path) {
+    std::error_code ec;
+    const uintmax_t size = std::filesystem::file_size(path, ec);
+    return ec ? 0 : size;
+}
+
 std::string readFile(const std::string& path) {
     std::ifstream in(path);
     std::stringstream all;
@@ -184,13 +190,19 @@ TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted
     const std::string second = exports + "/WXRTTmpFile.2.wav";
     for (int i = 0; i < 400 && !std::filesystem::exists(second); ++i)
         usleep(50'000);
-    usleep(800'000);
+    // The count is brought up to date at the next status tick, which a loaded machine delays.
+    const std::string countFile = exports + "/WXRTTmpFile.count";
+    for (int i = 0; i < 400 && readFile(countFile) != "1\n"; ++i)
+        usleep(50'000);
+    // Killed once track 2 holds some of its music (a few seconds at 16-bit stereo).
+    for (int i = 0; i < 400 && fileSize(second) < 10 * 44100 * 4; ++i)
+        usleep(50'000);
     kill(child, SIGKILL);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     const std::string text = readFile(dir.file("output.txt"));
     ASSERT_TRUE(std::filesystem::exists(second)) << text;
-    EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\n") << text;
+    EXPECT_EQ(readFile(countFile), "1\n") << text;
 
     std::string exported;
     EXPECT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
