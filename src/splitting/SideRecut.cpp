@@ -50,14 +50,19 @@ bool allDigits(const std::string& text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// "WXRTTmpFile.<n>.mp3": what an export encoded from a track file.
-bool isTrackMp3(const std::string& name) {
-    const std::string suffix = ".mp3";
-    if (!startsWith(name, kMp3Prefix) || name.size() <= std::strlen(kMp3Prefix) + suffix.size() ||
-        name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
+// "WXRTTmpFile.<n>.mp3" and what encoding behind the recording leaves ("<n>.early.mp3", its
+// ".early.stamp", a half-made "<n>.encoding.mp3"): all made from an old track file.
+bool isMadeFromTrack(const std::string& name) {
+    if (!startsWith(name, kMp3Prefix))
         return false;
-    return allDigits(name.substr(std::strlen(kMp3Prefix),
-                                 name.size() - std::strlen(kMp3Prefix) - suffix.size()));
+    for (const std::string suffix : {".mp3", ".early.mp3", ".early.stamp", ".encoding.mp3"}) {
+        const size_t prefix = std::strlen(kMp3Prefix);
+        if (name.size() > prefix + suffix.size() &&
+            name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0 &&
+            allDigits(name.substr(prefix, name.size() - prefix - suffix.size())))
+            return true;
+    }
+    return false;
 }
 
 const RecutHooks& noHooks() {
@@ -147,7 +152,7 @@ void rollForward(const std::string& folder, const Journal& j, Steps& step) {
     std::vector<fs::path> mp3s;
     for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();
          it.increment(ec))
-        if (isTrackMp3(it->path().filename().string()))
+        if (isMadeFromTrack(it->path().filename().string()))
             mp3s.push_back(it->path());
     std::sort(mp3s.begin(), mp3s.end());
     for (const auto& mp3 : mp3s)

@@ -49,6 +49,10 @@ int64_t sum(const std::vector<int64_t>& v) {
 void addDerivedFiles(const std::string& folder, int tracks) {
     for (int t = 1; t <= tracks; ++t)
         std::ofstream(folder + "/WXRTTmpFile." + std::to_string(t) + ".mp3") << "mp3 " << t;
+    // Encoding behind the recording: a finished early MP3 with its stamp, one half made.
+    std::ofstream(folder + "/WXRTTmpFile.1.early.mp3") << "early";
+    std::ofstream(folder + "/WXRTTmpFile.1.early.stamp") << "stamp";
+    std::ofstream(folder + "/WXRTTmpFile.2.encoding.mp3") << "half";
     std::ofstream(folder + "/WXRTTmpFile.exported") << "exported\n";
     std::ofstream(folder + "/notes.txt") << "kept";
 }
@@ -77,7 +81,8 @@ void expectCut(const std::string& folder, const std::vector<int64_t>& lengths,
     EXPECT_EQ(test::fileText(folder + "/WXRTTmpFile.count"),
               std::to_string(lengths.size()) + "\nfinished\n");
     EXPECT_EQ(fs::exists(folder + "/WXRTTmpFile.exported"), derivedKept);
-    EXPECT_EQ(fs::exists(folder + "/WXRTTmpFile.1.mp3"), derivedKept);
+    for (const char* made : {"1.mp3", "1.early.mp3", "1.early.stamp", "2.encoding.mp3"})
+        EXPECT_EQ(fs::exists(folder + "/WXRTTmpFile." + made), derivedKept) << made;
     EXPECT_TRUE(fs::exists(folder + "/notes.txt"));
     for (const auto& entry : fs::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();
