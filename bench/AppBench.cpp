@@ -4,6 +4,7 @@
 //     app_bench cpu SETUP MONITOR_S RECORD_S MUSIC
 //                                         whole-process CPU on panel 2, then on panel 3 recording
 //     app_bench memory SETUP MUSIC        records the whole side, then prints the peak memory
+//     app_bench wait SETUP MUSIC          records the whole side, then times panel 5's export
 
 #include "app/Alerts.h"
 #include "app/AppDelegate.h"
@@ -209,16 +210,42 @@ int memory(const std::string& setup, const std::string& music) {
     return 0;
 }
 
+// Records a side to its album end, then presses panel 7's Next and times the export on panel 5
+// until panel 6: the wait a person has after the last naming panel.
+int wait(const std::string& setup, const std::string& music) {
+    App app(setup, music);
+    app.window.show();
+    if (!app.toPanel2() || !app.record())
+        return 1;
+    if (!waitFor([&] { return app.shown() != 3; }, 4 * 3600) || app.shown() != 7) {
+        std::fprintf(stderr, "app_bench: no album end with several tracks (panel %u)\n",
+                     app.shown());
+        return 1;
+    }
+    const int tracks = app.audio->numRecordedTracks();
+    const auto start = std::chrono::steady_clock::now();
+    if (!app.press("doNextButton7:"))
+        return 1;
+    if (!waitFor([&] { return app.shown() == 6; }, 600)) {
+        std::fprintf(stderr, "app_bench: the export did not reach panel 6\n");
+        return 1;
+    }
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    std::printf("export_wait_s %.2f tracks %d\n", wall.count(), tracks);
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     const std::string mode = argc > 1 ? argv[1] : "";
     const bool usable = (mode == "startup" && argc == 4) || (mode == "cpu" && argc == 6) ||
-                        (mode == "memory" && argc == 4);
+                        (mode == "memory" && argc == 4) || (mode == "wait" && argc == 4);
     if (!usable) {
         std::fputs("usage: app_bench startup SETUP LAUNCH_NS\n"
                    "       app_bench cpu SETUP MONITOR_SECONDS RECORD_SECONDS MUSIC_DIR\n"
-                   "       app_bench memory SETUP MUSIC_DIR\n",
+                   "       app_bench memory SETUP MUSIC_DIR\n"
+                   "       app_bench wait SETUP MUSIC_DIR\n",
                    stderr);
         return 2;
     }
@@ -233,6 +260,8 @@ int main(int argc, char** argv) {
             return startup(argv[2], std::atoll(argv[3]));
         if (mode == "cpu")
             return cpu(argv[2], std::atof(argv[3]), std::atof(argv[4]), argv[5]);
+        if (mode == "wait")
+            return wait(argv[2], argv[3]);
         return memory(argv[2], argv[3]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "app_bench: %s\n", e.what());
