@@ -29,29 +29,29 @@ std::string trackName(const std::string& folder, int t) {
 
 } // namespace
 
-std::vector<int32_t> writeSideFolder(const std::string& folder, const SideSpec& spec,
+std::vector<int32_t> writeSideFolder(const std::string& folder, const SideShape& shape,
                                      unsigned seed) {
     fs::create_directories(folder);
     std::mt19937 random(seed);
     std::uniform_int_distribution<int> pcm(-32768, 32767);
     std::uniform_real_distribution<float> real(-1.5f, 1.5f);
     std::vector<int32_t> all;
-    for (size_t t = 0; t < spec.trackFrames.size(); ++t) {
+    for (size_t t = 0; t < shape.trackFrames.size(); ++t) {
         SF_INFO info{};
-        info.samplerate = spec.rate;
-        info.channels = spec.channels;
-        info.format = spec.format;
+        info.samplerate = shape.rate;
+        info.channels = shape.channels;
+        info.format = shape.format;
         SNDFILE* f = sf_open(trackName(folder, static_cast<int>(t + 1)).c_str(), SFM_WRITE, &info);
         if (!f)
             return {};
-        const auto count = static_cast<size_t>(spec.trackFrames[t] * spec.channels);
-        if (isFloat(spec.format)) {
+        const auto count = static_cast<size_t>(shape.trackFrames[t] * shape.channels);
+        if (isFloat(shape.format)) {
             std::vector<float> samples(count);
             for (size_t i = 0; i < count; ++i) {
                 samples[i] = real(random);
                 all.push_back(floatBits(samples[i]));
             }
-            sf_writef_float(f, samples.data(), spec.trackFrames[t]);
+            sf_writef_float(f, samples.data(), shape.trackFrames[t]);
         } else {
             std::vector<short> samples(count);
             for (size_t i = 0; i < count; ++i) {
@@ -60,11 +60,11 @@ std::vector<int32_t> writeSideFolder(const std::string& folder, const SideSpec& 
                 samples[i] = static_cast<short>(v);
                 all.push_back(v);
             }
-            sf_writef_short(f, samples.data(), spec.trackFrames[t]);
+            sf_writef_short(f, samples.data(), shape.trackFrames[t]);
         }
         sf_close(f);
     }
-    std::ofstream(folder + "/WXRTTmpFile.count") << spec.trackFrames.size() << "\nfinished\n";
+    std::ofstream(folder + "/WXRTTmpFile.count") << shape.trackFrames.size() << "\nfinished\n";
     return all;
 }
 

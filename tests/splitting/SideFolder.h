@@ -11,7 +11,7 @@
 // splitting library reads and writes is checked against an independent reading.
 namespace waxline::test {
 
-struct SideSpec {
+struct SideShape {
     std::vector<int64_t> trackFrames;
     int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     int channels = 2;
@@ -21,7 +21,7 @@ struct SideSpec {
 // Writes WXRTTmpFile.1.wav .. N.wav and a finished count file; returns the side's samples as
 // stored, interleaved: 16-bit values for PCM, float bit patterns for float files. The values
 // come from a seeded generator and reach both ends of the range.
-std::vector<int32_t> writeSideFolder(const std::string& folder, const SideSpec& spec,
+std::vector<int32_t> writeSideFolder(const std::string& folder, const SideShape& shape,
                                      unsigned seed = 1);
 
 // A file read back as stored (same encoding as above).

@@ -66,16 +66,16 @@ RecordedSide sideOf(const std::string& folder, int tracks) {
 // The folder holds exactly the given cut of the stored samples, and nothing of a re-cut in
 // progress; `derivedKept` says whether the MP3s and the exported marker must still be there.
 void expectCut(const std::string& folder, const std::vector<int64_t>& lengths,
-               const std::vector<int32_t>& stored, const test::SideSpec& spec, bool derivedKept) {
+               const std::vector<int32_t>& stored, const test::SideShape& shape, bool derivedKept) {
     const auto files = test::readTrackFiles(folder);
     ASSERT_EQ(files.size(), lengths.size());
     for (size_t i = 0; i < files.size(); ++i) {
         SCOPED_TRACE("track " + std::to_string(i + 1));
         EXPECT_TRUE(files[i].readable);
         EXPECT_EQ(files[i].info.frames, lengths[i]);
-        EXPECT_EQ(files[i].info.format, spec.format);
-        EXPECT_EQ(files[i].info.channels, spec.channels);
-        EXPECT_EQ(files[i].info.samplerate, spec.rate);
+        EXPECT_EQ(files[i].info.format, shape.format);
+        EXPECT_EQ(files[i].info.channels, shape.channels);
+        EXPECT_EQ(files[i].info.samplerate, shape.rate);
     }
     EXPECT_TRUE(joined(files) == stored) << "the joined samples differ";
     EXPECT_EQ(test::fileText(folder + "/WXRTTmpFile.count"),
@@ -125,15 +125,15 @@ TEST(SideRecut, NewFilesJoinToTheSameSamplesInTheSameFormat) {
     for (const auto& c : kRecutCases) {
         SCOPED_TRACE(c.name);
         test::TempDir dir;
-        const test::SideSpec spec{c.oldFrames, SF_FORMAT_WAV | c.format, c.channels};
-        const auto stored = test::writeSideFolder(dir.path(), spec);
-        addDerivedFiles(dir.path(), spec.trackFrames.size());
+        const test::SideShape shape{c.oldFrames, SF_FORMAT_WAV | c.format, c.channels};
+        const auto stored = test::writeSideFolder(dir.path(), shape);
+        addDerivedFiles(dir.path(), shape.trackFrames.size());
         const RecordedSide side = sideOf(dir.path(), static_cast<int>(c.oldFrames.size()));
 
         const RecutResult r = recutSide(side, c.boundaries);
         ASSERT_EQ(r.problem, RecutProblem::None) << r.path << ": " << r.errorText;
         EXPECT_EQ(r.tracks, static_cast<int>(c.boundaries.size()) + 1);
-        expectCut(dir.path(), lengthsFor(c.boundaries, sum(c.oldFrames)), stored, spec, false);
+        expectCut(dir.path(), lengthsFor(c.boundaries, sum(c.oldFrames)), stored, shape, false);
     }
 }
 
@@ -144,8 +144,8 @@ TEST(SideRecut, TheRunOutFileAfterTheSideGoes) {
     for (const auto& boundaries : cuts) {
         SCOPED_TRACE(::testing::PrintToString(boundaries));
         test::TempDir dir;
-        const test::SideSpec spec{{3000, 4000}};
-        const auto stored = test::writeSideFolder(dir.path(), spec);
+        const test::SideShape shape{{3000, 4000}};
+        const auto stored = test::writeSideFolder(dir.path(), shape);
         test::writeSideFolder(dir.file("run-out"), {{500}}, 9);
         fs::rename(dir.file("run-out/WXRTTmpFile.1.wav"), dir.file("WXRTTmpFile.3.wav"));
         fs::remove_all(dir.file("run-out"));
@@ -153,14 +153,14 @@ TEST(SideRecut, TheRunOutFileAfterTheSideGoes) {
 
         const RecutResult r = recutSide(sideOf(dir.path(), 2), boundaries);
         ASSERT_EQ(r.problem, RecutProblem::None);
-        expectCut(dir.path(), lengthsFor(boundaries, 7000), stored, spec, false);
+        expectCut(dir.path(), lengthsFor(boundaries, 7000), stored, shape, false);
     }
 }
 
 TEST(SideRecut, TheLiveSplitsAgainChangeNothing) {
     test::TempDir dir;
-    const test::SideSpec spec{{3000, 4000}};
-    test::writeSideFolder(dir.path(), spec);
+    const test::SideShape shape{{3000, 4000}};
+    test::writeSideFolder(dir.path(), shape);
     addDerivedFiles(dir.path(), 2);
     const auto before = test::folderSnapshot(dir.path());
     const RecutResult r = recutSide(sideOf(dir.path(), 2), {3000});
@@ -217,8 +217,8 @@ TEST(SideRecut, AFullDiskLeavesTheOldSetUntouched) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         test::TempDir dir;
-        const test::SideSpec spec{{100000, 100000}};
-        test::writeSideFolder(dir.path(), spec);
+        const test::SideShape shape{{100000, 100000}};
+        test::writeSideFolder(dir.path(), shape);
         addDerivedFiles(dir.path(), 2);
         const auto before = test::folderSnapshot(dir.path());
         uintmax_t oldBytes = 0;
@@ -254,7 +254,7 @@ TEST(SideRecut, AFullDiskLeavesTheOldSetUntouched) {
 TEST(SideRecut, AKillBetweenAnyTwoStepsLeavesOneWholeSet) {
     for (const auto& c : kRecutCases) {
         SCOPED_TRACE(c.name);
-        const test::SideSpec spec{c.oldFrames, SF_FORMAT_WAV | c.format, c.channels};
+        const test::SideShape shape{c.oldFrames, SF_FORMAT_WAV | c.format, c.channels};
         const int oldTracks = static_cast<int>(c.oldFrames.size());
         const auto oldLengths = c.oldFrames;
         const auto newLengths = lengthsFor(c.boundaries, sum(c.oldFrames));
@@ -262,7 +262,7 @@ TEST(SideRecut, AKillBetweenAnyTwoStepsLeavesOneWholeSet) {
         int steps = 0;
         {
             test::TempDir dir;
-            test::writeSideFolder(dir.path(), spec);
+            test::writeSideFolder(dir.path(), shape);
             RecutHooks counting;
             counting.beforeStep = [&](int) { ++steps; };
             ASSERT_EQ(recutSide(sideOf(dir.path(), oldTracks), c.boundaries, counting).problem,
@@ -273,7 +273,7 @@ TEST(SideRecut, AKillBetweenAnyTwoStepsLeavesOneWholeSet) {
         for (int k = 0; k < steps; ++k) {
             SCOPED_TRACE("killed before step " + std::to_string(k));
             test::TempDir dir;
-            const auto stored = test::writeSideFolder(dir.path(), spec);
+            const auto stored = test::writeSideFolder(dir.path(), shape);
             addDerivedFiles(dir.path(), oldTracks);
             bool committed = false;
             RecutHooks killer;
@@ -305,12 +305,12 @@ TEST(SideRecut, AKillBetweenAnyTwoStepsLeavesOneWholeSet) {
                 EXPECT_THROW(finishInterruptedRecut(copy.path(), again), Kill);
                 finishInterruptedRecut(copy.path());
                 SCOPED_TRACE("recovery killed before its step " + std::to_string(j));
-                expectCut(copy.path(), committed ? newLengths : oldLengths, stored, spec,
+                expectCut(copy.path(), committed ? newLengths : oldLengths, stored, shape,
                           !committed);
             }
 
             finishInterruptedRecut(dir.path());
-            expectCut(dir.path(), committed ? newLengths : oldLengths, stored, spec, !committed);
+            expectCut(dir.path(), committed ? newLengths : oldLengths, stored, shape, !committed);
             // A second recovery finds nothing to do.
             const auto settled = test::folderSnapshot(dir.path());
             finishInterruptedRecut(dir.path());
