@@ -1,5 +1,7 @@
 #include "tagging/TaglibTagger.h"
 
+#include "tagging/TagFileStream.h"
+
 #include <taglib/tstring.h>
 #include <taglib/tstringlist.h>
 
@@ -48,7 +50,10 @@ bool isUtf8(const unsigned char* p) {
 } // namespace
 
 TaglibTagger::TaglibTagger(const char* path, TagText text)
-    : fileRef(path, true, TagLib::AudioProperties::Average)
+    : stream(std::make_unique<TagFileStream>(path))
+    , fileRef(stream->isOpen()
+                  ? TagLib::FileRef(stream.get(), true, TagLib::AudioProperties::Average)
+                  : TagLib::FileRef())
     , text(text) {}
 
 TaglibTagger::~TaglibTagger() {

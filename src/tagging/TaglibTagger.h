@@ -5,7 +5,11 @@
 #include <taglib/fileref.h>
 #include <taglib/tpropertymap.h>
 
+#include <memory>
+
 namespace waxline {
+
+class TagFileStream;
 
 // Writes the four tags of one exported file through TagLib's format-neutral property map.
 // Made, set and destroyed as a local: the file is saved when the tagger goes.
@@ -30,6 +34,7 @@ public:
     void setTrackNumber(const char* number);
 
 private:
+    std::unique_ptr<TagFileStream> stream; // outlives fileRef, which reads and writes through it
     TagLib::FileRef fileRef;
     TagText text;
 };
