@@ -2,7 +2,9 @@
 # Export speed: `waxline-cli export` (encodings overlapping, one per core) against encoding the
 # same tracks one after another with the same ffmpeg command, on a 30-minute demo side of 7
 # tracks and a 28-minute side of 22 tracks. Prints both times and their ratio per side; the
-# target is a ratio of at most 0.55 on both.
+# target is a ratio of at most 0.55 on both. For reference it also times the bare ffmpeg runs
+# two at a time (xargs -P2, no tagging, no library): what two lanes of ffmpeg cost on this
+# machine, whatever the export does around them.
 # Usage: bench/export-speed.sh [BUILD_DIR]   (default: build, built if needed)
 #        ROUNDS=N (default 3) alternating rounds per side, the best time of each kept;
 #        SIDES="7:1800 22:1680" the sides as TRACKS:SECONDS.
@@ -40,16 +42,25 @@ bench_side() {
 
     # Alternating rounds, the best time of each: a single run on a small machine is at the
     # mercy of whatever else wakes up.
-    local sequential= pipeline= s p t0 t1
+    local sequential= pipeline= lanes= s p l t0 t1
+    encode_one() {
+        ffmpeg -nostdin -hide_banner -loglevel error -y \
+            -i "$1/exports/WXRTTmpFile.$2.wav" -codec:a libmp3lame -qscale:a 2 \
+            "$1/sequential/$2.mp3"
+    }
     for round in $(seq 1 "$rounds"); do
         t0=$(now)
         for i in $(seq 1 "$n"); do
-            ffmpeg -nostdin -hide_banner -loglevel error -y \
-                -i "$side/exports/WXRTTmpFile.$i.wav" -codec:a libmp3lame -qscale:a 2 \
-                "$side/sequential/$i.mp3"
+            encode_one "$side" "$i"
         done
         t1=$(now)
         s=$(calc "$t1 - $t0")
+
+        export -f encode_one
+        t0=$(now)
+        seq 1 "$n" | xargs -P2 -I{} bash -c 'encode_one "$0" {}' "$side"
+        t1=$(now)
+        l=$(calc "$t1 - $t0")
 
         rm -rf "$side/Music"
         t0=$(now)
@@ -57,17 +68,19 @@ bench_side() {
             --library "$side/Music" >"$side/export.log"
         t1=$(now)
         p=$(calc "$t1 - $t0")
-        printf '  round %d: one after another %7.2f s, waxline export %7.2f s\n' \
-            "$round" "$s" "$p"
+        printf '  round %d: one after another %7.2f s, two bare lanes %7.2f s, waxline export %7.2f s\n' \
+            "$round" "$s" "$l" "$p"
         if [ -z "$sequential" ] || awk "BEGIN { exit !($s < $sequential) }"; then sequential=$s; fi
+        if [ -z "$lanes" ] || awk "BEGIN { exit !($l < $lanes) }"; then lanes=$l; fi
         if [ -z "$pipeline" ] || awk "BEGIN { exit !($p < $pipeline) }"; then pipeline=$p; fi
     done
     local made ratio
     made=$(find "$side/Music" -name '*.mp3' | wc -l)
     ratio=$(calc "$pipeline / $sequential")
-    summary+=("$(printf '%2d tracks: one after another %7.2f s, waxline export %7.2f s (%d library files), ratio %.3f (target <= %s: %s)' \
+    summary+=("$(printf '%2d tracks: one after another %7.2f s, waxline export %7.2f s (%d library files), ratio %.3f (target <= %s: %s); two bare lanes %.3f' \
         "$n" "$sequential" "$pipeline" "$made" "$ratio" "$target" \
-        "$(awk "BEGIN { print ($ratio <= $target) ? \"met\" : \"NOT met\" }")")")
+        "$(awk "BEGIN { print ($ratio <= $target) ? \"met\" : \"NOT met\" }")" \
+        "$(calc "$lanes / $sequential")")")
     rm -rf "$side"
 }
 
