@@ -66,6 +66,25 @@ struct Rig {
     }
 };
 
+// Swallows what the controller prints while it lives; errors() hands over standard error so far.
+struct Quiet {
+    Quiet() {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+    }
+    std::string errors() {
+        std::string text = testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        return text;
+    }
+    ~Quiet() {
+        testing::internal::GetCapturedStdout();
+        testing::internal::GetCapturedStderr();
+    }
+};
+
+// Detecting again keeps the monitor made the first time. A USB codec with a playback side: the
+// monitor of its sink carries the card's name too, but only the capture source is an input.
 TEST(Audio, DetectionResultCodes) {
     struct Case {
         const char* name;
@@ -74,65 +93,53 @@ TEST(Audio, DetectionResultCodes) {
         int code;
         bool deviceSet;
         platform::AudioObjectID selected; // kNoDevice: not checked
+        int monitorOfSink = -1;           // the input that monitors output 51, if any
     };
+    const platform::UsbDevice codec = {0x08BB, 0x2900, 1, ""};
     const Case cases[] = {
         {"empty bus", {}, {"USB Audio CODEC"}, 0, false, platform::kNoDevice},
-        {"one device, its input second",
-         {{0x08BB, 0x2900, 1, ""}},
-         {"Built-in", "USB Audio CODEC"},
-         1,
-         true,
-         11},
+        {"one device, its input second", {codec}, {"Built-in", "USB Audio CODEC"}, 1, true, 11},
         {"two supported devices, one input",
-         {{0x08BB, 0x2900, 1, ""}, {0x0D8C, 0x0131, 1, ""}},
+         {codec, {0x0D8C, 0x0131, 1, ""}},
          {"USB Audio CODEC"},
          2,
          false,
          platform::kNoDevice},
         {"two inputs match",
-         {{0x08BB, 0x2900, 1, ""}},
+         {codec},
          {"USB Audio CODEC", "USB Audio CODEC 2"},
          3,
          true,
          platform::kNoDevice},
-        {"device without input",
-         {{0x08BB, 0x2900, 1, ""}},
-         {"Built-in"},
-         0,
+        {"device without input", {codec}, {"Built-in"}, 0, true, platform::kNoDevice},
+        {"a codec's sink monitor beside its source",
+         {codec},
+         {"Built-in", "USB Audio CODEC ", "USB Audio CODEC "},
+         1,
          true,
-         platform::kNoDevice},
+         12,
+         1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Rig rig(c.usb, c.inputs);
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        if (c.monitorOfSink >= 0) {
+            rig.audioSystem->add(platform::Direction::Output, 51, "USB Audio CODEC ");
+            rig.audioSystem->inputs[c.monitorOfSink].monitorOf = 51;
+        }
+        Quiet quiet;
         EXPECT_EQ(rig.audio->detectAudioDevice(), c.code);
-        testing::internal::GetCapturedStdout();
-        testing::internal::GetCapturedStderr();
         EXPECT_EQ(rig.audio->device() != nullptr, c.deviceSet);
         if (c.selected != platform::kNoDevice) {
             EXPECT_EQ(rig.audio->inputDeviceID(), c.selected);
+            MonitorHost* first = rig.audio->playThru();
+            EXPECT_EQ(rig.audio->detectAudioDevice(), c.code);
+            EXPECT_EQ(rig.audio->playThru(), first);
             EXPECT_EQ(rig.monitorsMade, 1);
         } else {
             EXPECT_EQ(rig.monitorsMade, 0);
         }
     }
-}
-
-// A USB codec with a playback side: the monitor of its sink carries the card's name too, but only
-// the capture source is an input.
-TEST(Audio, TheMonitorOfACodecsSinkIsNotASecondInput) {
-    Rig rig({{0x08BB, 0x2900, 1, ""}}, {"Built-in", "USB Audio CODEC ", "USB Audio CODEC "});
-    rig.audioSystem->add(platform::Direction::Output, 51, "USB Audio CODEC ");
-    rig.audioSystem->inputs[1].monitorOf = 51;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rig.audio->detectAudioDevice(), 1);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(rig.audio->inputDeviceID(), 12u);
-    EXPECT_EQ(rig.audio->countDevicesWithMatchingName(), 1u);
 }
 
 // Recording the monitor of the output the play-through plays into would record itself: the
@@ -183,8 +190,7 @@ TEST(Audio, SourceZeroIsWatchedAndRecordedAlike) {
     rig.audioSystem->defaultInput = 10;
     rig.audio = std::make_unique<Audio>(rig.platform); // the real play-through monitor
     rig.audio->setExportFolder(dir.path());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    Quiet quiet;
     rig.audio->selectInput(0);
     ASSERT_EQ(rig.audioSystem->inputIds.size(), 1u); // the monitor's stream
     EXPECT_EQ(rig.audioSystem->inputIds[0], 0u);
@@ -193,75 +199,47 @@ TEST(Audio, SourceZeroIsWatchedAndRecordedAlike) {
     ASSERT_EQ(rig.audioSystem->inputIds.size(), 2u); // and the recorder's
     EXPECT_EQ(rig.audioSystem->inputIds[1], 0u);
     rig.audio->stopRecording();
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
     EXPECT_EQ(rig.audioSystem->defaultInput, 10u);
-}
-
-TEST(Audio, RedetectionKeepsTheMonitor) {
-    Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rig.audio->detectAudioDevice(), 1);
-    MonitorHost* first = rig.audio->playThru();
-    EXPECT_EQ(rig.audio->detectAudioDevice(), 1);
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(rig.audio->playThru(), first);
-    EXPECT_EQ(rig.monitorsMade, 1);
 }
 
 using Sonra::Audio::Filters::AudioFilter;
 using Levels = std::array<double, 2>;
 
-// A 300 Hz tone on the left and a 3 kHz tone on the right, one second of it; the levels in dB
-// of the last half second, where the presets have settled. The two tones tell all four presets
-// apart (RIAA lifts 300 Hz by about 5 dB and cuts 3 kHz by 5, chrome cuts 3 kHz by almost 4,
-// BrightSpin lifts 300 Hz by almost 6 and leaves 3 kHz nearly alone).
-constexpr uint32_t kToneFrames = 44100;
-Levels levelsOf(const std::vector<float>& left, const std::vector<float>& right) {
+// A 300 Hz tone on the left and a 3 kHz tone on the right, one second of it, run through
+// `process` in blocks; the levels in dB of the last half second, where the presets have settled.
+// The two tones tell all four presets apart (RIAA lifts 300 Hz by about 5 dB and cuts 3 kHz by 5,
+// chrome cuts 3 kHz by almost 4, BrightSpin lifts 300 Hz by almost 6 and leaves 3 kHz alone).
+template <typename Process> Levels tonesThrough(Process process) {
+    constexpr uint32_t kFrames = 44100;
+    std::vector<float> tones[2] = {test::sine(300, 0.25, 44100, kFrames),
+                                   test::sine(3000, 0.25, 44100, kFrames)};
+    for (uint32_t i = 0; i < kFrames; i += 4096)
+        process(tones[0].data() + i, tones[1].data() + i, std::min<uint32_t>(4096, kFrames - i), i);
     Levels db{};
     for (int c = 0; c < 2; ++c) {
-        const std::vector<float>& x = c == 0 ? left : right;
         double sum = 0;
-        for (uint32_t i = kToneFrames / 2; i < kToneFrames; ++i)
-            sum += static_cast<double>(x[i]) * x[i];
-        db[c] = 10 * std::log10(sum / (kToneFrames / 2));
+        for (uint32_t i = kFrames / 2; i < kFrames; ++i)
+            sum += static_cast<double>(tones[c][i]) * tones[c][i];
+        db[c] = 10 * std::log10(sum / (kFrames / 2));
     }
     return db;
-}
-
-// What the input chain makes of the tones with the preset that is in force.
-Levels chainLevels() {
-    std::vector<float> left = test::sine(300, 0.25, 44100, kToneFrames);
-    std::vector<float> right = test::sine(3000, 0.25, 44100, kToneFrames);
-    for (uint32_t i = 0; i < kToneFrames; i += 4096) {
-        const uint32_t n = std::min<uint32_t>(4096, kToneFrames - i);
-        AudioBufferList list;
-        list.mNumberBuffers = 2;
-        list.mBuffers[0].mData = left.data() + i;
-        list.mBuffers[1].mData = right.data() + i;
-        InputProcCallback(&list, n, i);
-    }
-    return levelsOf(left, right);
-}
-
-// The response of a preset, from a filter of that type of its own.
-Levels presetLevels(AudioFilter::Type type) {
-    std::vector<float> left = test::sine(300, 0.25, 44100, kToneFrames);
-    std::vector<float> right = test::sine(3000, 0.25, 44100, kToneFrames);
-    AudioFilter reference;
-    reference.Set(type);
-    reference(left.data(), right.data(), kToneFrames);
-    return levelsOf(left, right);
 }
 
 // The chain's levels are those of `type` (to 0.01 dB) and of no other preset.
 void expectPreset(AudioFilter::Type type, const char* after) {
     SCOPED_TRACE(after);
-    const Levels heard = chainLevels();
+    const Levels heard = tonesThrough([](float* left, float* right, uint32_t n, uint32_t at) {
+        AudioBufferList list;
+        list.mNumberBuffers = 2;
+        list.mBuffers[0].mData = left;
+        list.mBuffers[1].mData = right;
+        InputProcCallback(&list, n, at);
+    });
     for (int t = AudioFilter::NoFilter; t <= AudioFilter::BrightSpin; ++t) {
-        const Levels preset = presetLevels(static_cast<AudioFilter::Type>(t));
+        AudioFilter reference; // the preset's response, from a filter of that type of its own
+        reference.Set(static_cast<AudioFilter::Type>(t));
+        const Levels preset = tonesThrough(
+            [&](float* left, float* right, uint32_t n, uint32_t) { reference(left, right, n); });
         const bool same =
             std::fabs(heard[0] - preset[0]) < 0.01 && std::fabs(heard[1] - preset[1]) < 0.01;
         EXPECT_EQ(same, t == type) << "preset " << t << ": heard " << heard[0] << " / " << heard[1]
@@ -285,22 +263,17 @@ TEST(Audio, PresetChosenByDevice) {
     };
     for (const auto& c : cases) {
         Rig rig({{c.id.vendor, c.id.product, 1, ""}}, {"USB PnP Audio Device", "USB Microphone"});
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        Quiet quiet;
         rig.audio->detectAudioDevice();
-        testing::internal::GetCapturedStderr();
-        testing::internal::CaptureStderr();
+        quiet.errors();
         rig.audio->setRIAAFilter();
-        const std::string log = testing::internal::GetCapturedStderr();
-        testing::internal::GetCapturedStdout();
+        const std::string log = quiet.errors();
         EXPECT_NE(log.find(c.expected), std::string::npos) << log;
         expectPreset(c.type, "setRIAAFilter");
-        testing::internal::CaptureStderr();
         rig.audio->setChromeFilter();
         expectPreset(AudioFilter::ChromeTape, "setChromeFilter");
         rig.audio->setNoFilter();
         expectPreset(AudioFilter::NoFilter, "setNoFilter");
-        testing::internal::GetCapturedStderr();
     }
 }
 
@@ -331,8 +304,7 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     EXPECT_EQ(rig.audio->fileNameForTrack(0), dir.file("Exports") + "/WXRTTmpFile.0.wav");
     EXPECT_EQ(rig.audio->fileNameForTrack(-1), dir.file("Exports") + "/WXRTTmpFile.-1.wav");
 
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    Quiet quiet;
     rig.audio->detectAudioDevice();
     rig.audio->resetTrackCounter();
     rig.audio->setAutomaticTrackSplit(true);
@@ -361,8 +333,6 @@ TEST(Audio, TrackFilesAlbumEndAndGain) {
     feedRecorder(*rig.audioSystem, 4096);
     rig.audio->albumEndDetected();
     rig.audio->processPendingEvents();
-    testing::internal::GetCapturedStdout();
-    testing::internal::GetCapturedStderr();
     EXPECT_FALSE(rig.audio->recording());
     EXPECT_EQ(rig.audio->numRecordedTracks(), 1);
     EXPECT_TRUE(std::filesystem::exists(rig.audio->fileNameForTrack(1)));
@@ -411,8 +381,7 @@ TEST(Audio, RecordingThatEndsByItselfReachesTheDelegateAsATypedReason) {
         rig.audio->setDelegate(&delegate);
         const std::string folder = dir.file("Exports");
         rig.audio->setExportFolder(folder);
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        Quiet quiet;
         rig.audio->detectAudioDevice();
         rig.audio->resetTrackCounter();
         rig.audio->setAutomaticTrackSplit(true);
@@ -432,8 +401,6 @@ TEST(Audio, RecordingThatEndsByItselfReachesTheDelegateAsATypedReason) {
             break;
         }
         rig.audio->processPendingEvents();
-        testing::internal::GetCapturedStdout();
-        testing::internal::GetCapturedStderr();
         EXPECT_FALSE(rig.audio->recording());
         EXPECT_EQ(rig.audio->numRecordedTracks(), 1);
         ASSERT_EQ(delegate.stops.size(), 1u);
@@ -456,8 +423,7 @@ TEST(Audio, NewRecorderWritesFloatStereoAtTheInputRate) {
     test::TempDir dir;
     Rig rig({{0x08BB, 0x2900, 1, ""}}, {"USB Audio CODEC"});
     rig.audio->setExportFolder(dir.file("Exports"));
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
+    Quiet quiet;
     rig.audio->detectAudioDevice();
     rig.audio->setGainDb(-6);
     const std::string path = dir.file("Exports") + "/buffered.wav";
@@ -480,10 +446,8 @@ TEST(Audio, NewRecorderWritesFloatStereoAtTheInputRate) {
     recorder->Stop();
     recorder.reset();
 
-    const std::string missing = rig.audio->newRecorder(dir.file("nowhere/x.wav")) ? "" : "null";
-    testing::internal::GetCapturedStdout();
-    const std::string errors = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(missing, "null");
+    EXPECT_FALSE(rig.audio->newRecorder(dir.file("nowhere/x.wav")));
+    const std::string errors = quiet.errors();
     EXPECT_NE(errors.find("newRecorder Error: couldn't find output directory"), std::string::npos)
         << errors;
 
