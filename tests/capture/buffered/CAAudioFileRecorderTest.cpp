@@ -2,11 +2,11 @@
 #include "capture/buffered/CAXException.h"
 #include "support/FakeAudioSystem.h"
 #include "support/MediaFiles.h"
+#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,16 +17,8 @@ namespace {
 using test::DeckAndSpeakers;
 using test::kDeck;
 using test::readStereoWav;
+using test::TempDir;
 using test::WavContents;
-
-struct TempDir {
-    std::filesystem::path path;
-    TempDir() {
-        char tmpl[] = "/tmp/waxline-recorder-XXXXXX";
-        path = mkdtemp(tmpl);
-    }
-    ~TempDir() { std::filesystem::remove_all(path); }
-};
 
 float Left(int64_t n) {
     return static_cast<float>(std::sin(n * 0.01)) * 0.8f;
@@ -59,8 +51,8 @@ TEST(CAAudioFileRecorderTest, FileHoldsExactlyTheInput) {
     for (uint32_t block : {1u, 7u, 1234u, 4096u}) {
         DeckAndSpeakers system;
         TempDir dir;
-        const auto path = dir.path / "take.wav";
-        CAAudioFileRecorder recorder(system, kDeck, path.string(), 0.0f, 3, 2048);
+        const auto path = dir.file("take.wav");
+        CAAudioFileRecorder recorder(system, kDeck, path, 0.0f, 3, 2048);
         recorder.Start();
         const int64_t total = 20000;
         for (int64_t t = 0; t < total; t += block) {
@@ -88,8 +80,8 @@ TEST(CAAudioFileRecorderTest, FileHoldsExactlyTheInput) {
 TEST(CAAudioFileRecorderTest, PushIntoAllQueuedBuffersIsDroppedAndCounted) {
     DeckAndSpeakers system;
     TempDir dir;
-    const auto path = dir.path / "drop.wav";
-    CAAudioFileRecorder recorder(system, kDeck, path.string(), 0.0f, 3, 1000);
+    const auto path = dir.file("drop.wav");
+    CAAudioFileRecorder recorder(system, kDeck, path, 0.0f, 3, 1000);
     recorder.Start();
     CAGuard& guard = CABufferQueue::SharedWorkThread()->Guard();
     // Wait for any earlier work to finish so the worker is idle, then hold it off.
@@ -122,8 +114,8 @@ TEST(CAAudioFileRecorderTest, GainClampsOnlyThePositiveSide) {
     for (const Case& c : cases) {
         DeckAndSpeakers system;
         TempDir dir;
-        const auto path = dir.path / "gain.wav";
-        CAAudioFileRecorder recorder(system, kDeck, path.string(), c.dB, 3, 256);
+        const auto path = dir.file("gain.wav");
+        CAAudioFileRecorder recorder(system, kDeck, path, c.dB, 3, 256);
         recorder.Start();
         std::vector<float> in(100, c.in);
         float* ch[2] = {in.data(), in.data()};
@@ -140,9 +132,9 @@ TEST(CAAudioFileRecorderTest, GainClampsOnlyThePositiveSide) {
 TEST(CAAudioFileRecorderTest, OneWorkerServesSeveralQueues) {
     DeckAndSpeakers a, b;
     TempDir dir;
-    CAAudioFileRecorder ra(a, kDeck, (dir.path / "a.wav").string(), 0.0f, 3, 512);
+    CAAudioFileRecorder ra(a, kDeck, dir.file("a.wav"), 0.0f, 3, 512);
     auto* worker = CABufferQueue::SharedWorkThread();
-    CAAudioFileRecorder rb(b, kDeck, (dir.path / "b.wav").string(), -6.0f, 3, 700);
+    CAAudioFileRecorder rb(b, kDeck, dir.file("b.wav"), -6.0f, 3, 700);
     EXPECT_EQ(CABufferQueue::SharedWorkThread(), worker);
     ra.Start();
     rb.Start();
@@ -154,8 +146,8 @@ TEST(CAAudioFileRecorderTest, OneWorkerServesSeveralQueues) {
     }
     ra.Stop();
     rb.Stop();
-    const WavContents wa = readStereoWav(dir.path / "a.wav");
-    const WavContents wb = readStereoWav(dir.path / "b.wav");
+    const WavContents wa = readStereoWav(dir.file("a.wav"));
+    const WavContents wb = readStereoWav(dir.file("b.wav"));
     ASSERT_EQ(wa.samples.size(), 60000u);
     ASSERT_EQ(wb.samples.size(), 60000u);
     const float half = std::pow(10.0f, -6.0f / 20.0f);
@@ -175,11 +167,11 @@ TEST(CAAudioFileRecorderTest, FailuresNameTheOperation) {
         const char* operation;
     };
     TempDir dir;
-    const std::string good = (dir.path / "x.wav").string();
+    const std::string good = dir.file("x.wav");
     const Case cases[] = {
         {4242, false, good, "failed to select input device"},
         {kDeck, true, good, "connect input proc to output unit"},
-        {kDeck, false, (dir.path / "missing" / "x.wav").string(), "couldn't find output directory"},
+        {kDeck, false, dir.file("missing/x.wav"), "couldn't find output directory"},
     };
     for (const Case& c : cases) {
         DeckAndSpeakers system;

@@ -84,18 +84,14 @@ TEST(ExportFolderLock, AKilledHolderLeavesTheFolderFree) {
     EXPECT_EQ(mine.tryLock(dir.path(), FolderUse::Exporting, "exporter"), Outcome::Taken);
 }
 
-TEST(ExportFolderLock, AFolderThatIsNotThereFailsWithItsReason) {
-    test::TempDir dir;
-    ExportFolderLock lock;
-    EXPECT_EQ(lock.tryLock(dir.file("missing"), FolderUse::Recording, "x"), Outcome::Failed);
-    EXPECT_EQ(lock.errorNumber(), ENOENT);
-    EXPECT_FALSE(lock.held());
-}
-
 // The note says who holds the lock while it is held; afterwards the file stays, emptied, so no
-// stale note can name a holder that is gone.
+// stale note can name a holder that is gone. A folder that is not there fails with its reason.
 TEST(ExportFolderLock, TheLockFileStaysAndItsNoteGoesWithTheLock) {
     test::TempDir dir;
+    ExportFolderLock missing;
+    EXPECT_EQ(missing.tryLock(dir.file("missing"), FolderUse::Recording, "x"), Outcome::Failed);
+    EXPECT_EQ(missing.errorNumber(), ENOENT);
+    EXPECT_FALSE(missing.held());
     const std::string path = ExportFolderLock::lockFilePath(dir.path());
     {
         ExportFolderLock lock;

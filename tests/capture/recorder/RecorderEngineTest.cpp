@@ -125,25 +125,6 @@ TEST(RecorderEngine, EveryCapturedFrameLandsInExactlyOneFile) {
     }
 }
 
-TEST(RecorderEngine, MonoInputFillsBothChannels) {
-    test::TempDir dir;
-    test::FakeAudioSystem system;
-    RecorderEngine engine(system, 1);
-    std::string error;
-    TrackFileError fileError;
-    ASSERT_TRUE(engine.beginFile(dir.file("m.wav"), 48000, 0, fileError));
-    ASSERT_TRUE(engine.start(error));
-    std::vector<float> mono = test::sine(1000, 0.5, 48000, 4800);
-    float* ch[1] = {mono.data()};
-    system.lastInputHandler->onInput(ch, 1, 4800, 0, 0);
-    engine.stop();
-    const WavContents w = readStereoWav(dir.file("m.wav"));
-    EXPECT_EQ(w.rate, 48000);
-    ASSERT_EQ(w.frames(), 4800u);
-    for (size_t i = 0; i < 4800; i += 97)
-        EXPECT_EQ(w.samples[2 * i], w.samples[2 * i + 1]);
-}
-
 TEST(RecorderEngine, CountsEveryDroppedBuffer) {
     test::TempDir dir;
     test::FakeAudioSystem system;
@@ -162,8 +143,9 @@ TEST(RecorderEngine, CountsEveryDroppedBuffer) {
     EXPECT_EQ(c.droppedFrames, 3u * RecorderEngine::kBlockFrames + 100);
 }
 
-// A 44.1 kHz deck with a 48 kHz output: the file says 48 kHz, so the server must deliver 48 kHz.
-TEST(RecorderEngine, AsksTheInputForTheFilesRate) {
+// A 44.1 kHz deck with a 48 kHz output: the file says 48 kHz, so the server must deliver 48 kHz,
+// in stereo; a mono delivery still fills both channels of the file.
+TEST(RecorderEngine, AsksTheInputForTheFilesRateAndFillsBothChannelsFromMono) {
     test::TempDir dir;
     test::FakeAudioSystem system;
     system.add(platform::Direction::Input, 0, "USB Audio CODEC", 2, 44100);
@@ -175,33 +157,22 @@ TEST(RecorderEngine, AsksTheInputForTheFilesRate) {
     ASSERT_EQ(system.inputIds, std::vector<platform::AudioObjectID>{0});
     EXPECT_EQ(system.lastInputFormat.sampleRate, 48000);
     EXPECT_EQ(system.lastInputFormat.channels, 2u);
+    std::vector<float> mono = test::sine(1000, 0.5, 48000, 4800);
+    float* ch[1] = {mono.data()};
+    system.lastInputHandler->onInput(ch, 1, 4800, 0, 0);
     EXPECT_FALSE(engine.beginFile(dir.file("t.2.wav"), 44100, 0, fileError));
     EXPECT_TRUE(engine.beginFile(dir.file("t.2.wav"), 48000, 0, fileError)) << fileError.text;
     engine.stop();
-    EXPECT_EQ(test::soundInfo(dir.file("t.1.wav")).sampleRate, 48000);
+    const WavContents w = readStereoWav(dir.file("t.1.wav"));
+    EXPECT_EQ(w.rate, 48000);
+    ASSERT_EQ(w.frames(), 4800u);
+    for (size_t i = 0; i < 4800; i += 97)
+        EXPECT_EQ(w.samples[2 * i], w.samples[2 * i + 1]);
 }
 
-TEST(RecorderEngine, RefusesAFileThatCannotBeMade) {
-    test::FakeAudioSystem system;
-    RecorderEngine engine(system, 1);
-    TrackFileError error;
-    EXPECT_FALSE(engine.beginFile("/nonexistent-folder/t.1.wav", 44100, 0, error));
-    EXPECT_EQ(error.path, "/nonexistent-folder/t.1.wav");
-    EXPECT_EQ(error.errorNumber, ENOENT) << error.text;
-    EXPECT_FALSE(error.text.empty());
-}
-
-TEST(RecorderEngine, StreamOpenFailureIsReported) {
-    test::FakeAudioSystem system;
-    system.failOpen = true;
-    RecorderEngine engine(system, 1);
-    std::string error;
-    EXPECT_FALSE(engine.start(error));
-    EXPECT_FALSE(engine.isRunning());
-    EXPECT_FALSE(error.empty());
-}
-
-TEST(RecorderEngine, VanishedDeviceIsReportedOnce) {
+// A vanished device is reported once however often the stream says so; a file that cannot be
+// made is refused with its path and errno; a stream that cannot be opened is an error.
+TEST(RecorderEngine, FailuresAreReportedOnceWithTheirCause) {
     test::FakeAudioSystem system;
     RecorderEngine engine(system, 1);
     int ended = 0;
@@ -212,6 +183,19 @@ TEST(RecorderEngine, VanishedDeviceIsReportedOnce) {
     system.lastInputHandler->onStreamEnded(platform::kErrorNotConnected);
     EXPECT_EQ(ended, 1);
     engine.stop();
+
+    TrackFileError fileError;
+    EXPECT_FALSE(engine.beginFile("/nonexistent-folder/t.1.wav", 44100, 0, fileError));
+    EXPECT_EQ(fileError.path, "/nonexistent-folder/t.1.wav");
+    EXPECT_EQ(fileError.errorNumber, ENOENT) << fileError.text;
+    EXPECT_FALSE(fileError.text.empty());
+
+    system.failOpen = true;
+    RecorderEngine unopened(system, 1);
+    std::string openError;
+    EXPECT_FALSE(unopened.start(openError));
+    EXPECT_FALSE(unopened.isRunning());
+    EXPECT_FALSE(openError.empty());
 }
 
 // A file-size limit makes the write fail part-way: the engine must say so once and leave a
