@@ -95,30 +95,15 @@ TEST(Audio, DetectionResultCodes) {
         platform::AudioObjectID selected; // kNoDevice: not checked
         int monitorOfSink = -1;           // the input that monitors output 51, if any
     };
-    const platform::UsbDevice codec = {0x08BB, 0x2900, 1, ""};
+    const platform::UsbDevice codec = {0x08BB, 0x2900, 1, ""}, pnp = {0x0D8C, 0x0131, 1, ""};
+    const auto none = platform::kNoDevice;
     const Case cases[] = {
-        {"empty bus", {}, {"USB Audio CODEC"}, 0, false, platform::kNoDevice},
+        {"empty bus", {}, {"USB Audio CODEC"}, 0, false, none},
         {"one device, its input second", {codec}, {"Built-in", "USB Audio CODEC"}, 1, true, 11},
-        {"two supported devices, one input",
-         {codec, {0x0D8C, 0x0131, 1, ""}},
-         {"USB Audio CODEC"},
-         2,
-         false,
-         platform::kNoDevice},
-        {"two inputs match",
-         {codec},
-         {"USB Audio CODEC", "USB Audio CODEC 2"},
-         3,
-         true,
-         platform::kNoDevice},
-        {"device without input", {codec}, {"Built-in"}, 0, true, platform::kNoDevice},
-        {"a codec's sink monitor beside its source",
-         {codec},
-         {"Built-in", "USB Audio CODEC ", "USB Audio CODEC "},
-         1,
-         true,
-         12,
-         1},
+        {"two supported devices", {codec, pnp}, {"USB Audio CODEC"}, 2, false, none},
+        {"two inputs match", {codec}, {"USB Audio CODEC", "USB Audio CODEC 2"}, 3, true, none},
+        {"device without input", {codec}, {"Built-in"}, 0, true, none},
+        {"sink monitor", {codec}, {"USB Audio CODEC ", "USB Audio CODEC "}, 1, true, 11, 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -156,8 +141,7 @@ TEST(Audio, PlayThroughNeverPlaysIntoTheOutputItsInputMonitors) {
         {"a capture device", platform::kNoDevice, true, 50, PlayThroughRoute::Direct},
         {"the monitor of another output", 51, true, 50, PlayThroughRoute::Direct},
         {"the output's monitor, another output", 50, true, 51, PlayThroughRoute::OtherOutput},
-        {"the output's monitor, no other output", 50, false, platform::kNoDevice,
-         PlayThroughRoute::Nowhere},
+        {"the output's monitor, alone", 50, false, platform::kNoDevice, PlayThroughRoute::Nowhere},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -407,11 +391,10 @@ TEST(Audio, RecordingThatEndsByItselfReachesTheDelegateAsATypedReason) {
         EXPECT_EQ(delegate.stops[0].reason, c.reason);
         // A vanished folder may be noticed first by the open track's watcher (its link count
         // drops) or by the split that cannot make track 2: either file is the honest one.
-        if (c.fault == Fault::FolderGone &&
-            delegate.stops[0].path == rig.audio->fileNameForTrack(1))
-            SUCCEED();
-        else
-            EXPECT_EQ(delegate.stops[0].path, c.namesTrack2 ? rig.audio->fileNameForTrack(2) : "");
+        const std::string& path = delegate.stops[0].path;
+        EXPECT_TRUE(path == (c.namesTrack2 ? rig.audio->fileNameForTrack(2) : "") ||
+                    (c.fault == Fault::FolderGone && path == rig.audio->fileNameForTrack(1)))
+            << path;
         EXPECT_EQ(delegate.stops[0].errorText.empty(), !c.namesTrack2);
     }
 }

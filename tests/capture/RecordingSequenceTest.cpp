@@ -64,14 +64,17 @@ TEST(RecordingSequence, PresetIsChosenAsTheWizardChoosesIt) {
 }
 
 // The Record steps in their order: the folder is emptied first, the counter reset while the old
-// peak still stands, the peak reset before the split setting, and track 1 opened last.
+// peak still stands, the peak reset before the split setting, and track 1 opened last. A first
+// track that cannot be made is reported, and nothing records.
 TEST(RecordingSequence, RecordStepsRunInTheirOrder) {
-    for (bool split : {true, false}) {
-        SCOPED_TRACE(split);
+    for (const auto& [split, opens] : {std::pair{true, true}, {false, true}, {true, false}}) {
+        SCOPED_TRACE(testing::Message() << split << opens);
         test::TempDir dir;
         test::FakeCapture capture;
         capture.folder = dir.path();
         capture.tracks = 7;
+        if (!opens)
+            capture.newTrackResults = {false};
         std::map<std::string, float> peakAt;
         capture.onCall = [&](const std::string& call) { peakAt[call] = GetVUMax(); };
         RecordingSequence sequence(capture, [&](const std::string& folder) {
@@ -81,7 +84,7 @@ TEST(RecordingSequence, RecordStepsRunInTheirOrder) {
         raisePeak(0.75f);
 
         sequence.prepare(split);
-        ASSERT_TRUE(sequence.openFirstTrack());
+        EXPECT_EQ(sequence.openFirstTrack(), opens);
         const std::string splitCall =
             std::string("setAutomaticTrackSplit(") + (split ? "true" : "false") + ")";
         EXPECT_EQ(capture.calls,
@@ -89,18 +92,11 @@ TEST(RecordingSequence, RecordStepsRunInTheirOrder) {
         EXPECT_EQ(peakAt["emptyFolder"], 0.75f);
         EXPECT_EQ(peakAt["resetTrackCounter"], 0.75f);
         EXPECT_EQ(peakAt[splitCall], 0.0f);
-        EXPECT_EQ(capture.numRecordedTracks(), 1);
-        EXPECT_TRUE(capture.recording);
+        EXPECT_EQ(capture.recording, opens);
+        if (opens) {
+            EXPECT_EQ(capture.numRecordedTracks(), 1);
+        }
     }
-}
-
-TEST(RecordingSequence, FirstTrackThatCannotBeMadeIsReported) {
-    test::FakeCapture capture;
-    capture.newTrackResults = {false};
-    RecordingSequence sequence(capture, {});
-    sequence.prepare(true);
-    EXPECT_FALSE(sequence.openFirstTrack());
-    EXPECT_FALSE(capture.recording);
 }
 
 // The count left beside the files is the number of counted tracks at the end, however the

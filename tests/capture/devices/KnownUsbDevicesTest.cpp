@@ -73,27 +73,24 @@ TEST(KnownUsbDevices, LookupByIdFindsTheFirstRow) {
     }
 }
 
-struct EnumCase {
-    std::vector<platform::UsbDevice> bus;
-    size_t expectedCount;
-    int firstRow; // -1: none
-    std::string expectedOut;
-    std::string expectedErr;
-};
-
+// Every device on the bus is printed; the count and the first row are the catalogue's.
 TEST(UsbEnumeration, CountsCatalogueDevicesAndPrintsEveryDevice) {
-    const EnumCase cases[] = {
+    const platform::UsbDevice hub{0x1D6B, 0x0002, 0x0515, "hub"};
+    const platform::UsbDevice codec{0x08BB, 0x29B0, 0x0100, "codec"};
+    const std::string hubLine = "Found device VID 0x1D6B (7531), PID 0x0002 (2), release 1301\n";
+    const struct {
+        std::vector<platform::UsbDevice> bus;
+        size_t expectedCount;
+        int firstRow; // -1: none
+        std::string expectedOut;
+        std::string expectedErr;
+    } cases[] = {
         {{}, 0, -1, "", "Unable to find first matching USB device\n"},
-        {{{0x1D6B, 0x0002, 0x0515, "hub"}},
-         0,
-         -1,
-         "Found device VID 0x1D6B (7531), PID 0x0002 (2), release 1301\n",
-         ""},
-        {{{0x1D6B, 0x0002, 0x0515, "hub"}, {0x08BB, 0x29B0, 0x0100, "codec"}},
+        {{hub}, 0, -1, hubLine, ""},
+        {{hub, codec},
          1,
          2,
-         "Found device VID 0x1D6B (7531), PID 0x0002 (2), release 1301\n"
-         "Found device VID 0x08BB (2235), PID 0x29B0 (10672), release 256\n",
+         hubLine + "Found device VID 0x08BB (2235), PID 0x29B0 (10672), release 256\n",
          ""},
         {{{0x0D8C, 0x0131, 1, "a"}, {0x08BB, 0x2900, 2, "b"}},
          2,
