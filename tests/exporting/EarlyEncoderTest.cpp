@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <thread>
 
 namespace waxline::exporting {
@@ -52,6 +53,16 @@ struct Side {
     std::string music = dir.file("Music");
     Side() { fs::create_directories(exports); }
     std::string track(int n) const { return trackFileName(exports, n); }
+    // Encodes tracks 1..n behind the "recording" and waits for the encoder to end.
+    void encodeEarly(EarlyEncoder& early, int n) const {
+        early.begin(exports);
+        early.tracksClosed(n);
+        early.finish();
+    }
+    bool encoding(int n) const {
+        return waitFor([&] { return fs::exists(earlyPartialPath(track(n))); },
+                       std::chrono::seconds(20));
+    }
 };
 
 std::vector<TrackOutcome> exportSide(const Side& side, int tracks, EarlyEncoder* early = nullptr) {
@@ -127,13 +138,36 @@ TEST(EarlyEncoder, EarlyMp3sDecodeToTheSameSamplesAsTheExportsOwn) {
     }
 }
 
+using Change = std::function<void(const std::string& wav)>;
+
+// Track 1 is encoded early, then `change` is done to it; the export must not take the early MP3
+// but encode the track from what it holds now. With `encoderLives` the export runs beside the
+// encoder that made the MP3 (a file changed since), else after it is gone (a kill).
+void expectEncodedAfresh(const Change& change, bool encoderLives) {
+    Side side;
+    ASSERT_TRUE(test::writeToneWav(side.track(1), 2.0, 0.4, 440));
+    auto early = std::make_unique<EarlyEncoder>();
+    side.encodeEarly(*early, 1);
+    ASSERT_TRUE(earlyMp3Ready(side.track(1)));
+    if (!encoderLives)
+        early.reset();
+    change(side.track(1));
+    EXPECT_FALSE(earlyMp3Ready(side.track(1)));
+    const std::string expected =
+        test::decodedPcm(referenceMp3(side.track(1), side.dir.file("now.mp3")));
+
+    const auto outcomes = exportSide(side, 1, early.get());
+    ASSERT_EQ(outcomes.size(), 1u);
+    ASSERT_TRUE(outcomes[0].ok);
+    EXPECT_FALSE(outcomes[0].readyBeforeExport);
+    EXPECT_FALSE(outcomes[0].encodedEarly);
+    EXPECT_EQ(test::decodedPcm(outcomes[0].libraryPath), expected);
+}
+
 // A track file that changed after its MP3 was made early (cut again, recorded anew, touched)
 // is encoded again, from what it holds now.
 TEST(EarlyEncoder, ATrackChangedAfterItsEarlyEncodingIsEncodedAgain) {
-    const struct {
-        const char* what;
-        std::function<void(const std::string& wav)> change;
-    } cases[] = {
+    const std::pair<const char*, Change> cases[] = {
         {"cut again, other length",
          [](const std::string& wav) { ASSERT_TRUE(test::writeToneWav(wav, 1.7, 0.4, 330)); }},
         {"recorded anew, same length",
@@ -156,37 +190,16 @@ TEST(EarlyEncoder, ATrackChangedAfterItsEarlyEncodingIsEncodedAgain) {
              ASSERT_EQ(::utimensat(AT_FDCWD, wav.c_str(), times, 0), 0);
          }},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        Side side;
-        ASSERT_TRUE(test::writeToneWav(side.track(1), 2.0, 0.4, 440));
-        EarlyEncoder early;
-        early.begin(side.exports);
-        early.tracksClosed(1);
-        early.finish();
-        ASSERT_TRUE(earlyMp3Ready(side.track(1)));
-
-        c.change(side.track(1));
-        EXPECT_FALSE(earlyMp3Ready(side.track(1)));
-        const std::string expected =
-            test::decodedPcm(referenceMp3(side.track(1), side.dir.file("now.mp3")));
-
-        const auto outcomes = exportSide(side, 1, &early);
-        ASSERT_EQ(outcomes.size(), 1u);
-        ASSERT_TRUE(outcomes[0].ok);
-        EXPECT_FALSE(outcomes[0].readyBeforeExport);
-        EXPECT_FALSE(outcomes[0].encodedEarly);
-        EXPECT_EQ(test::decodedPcm(outcomes[0].libraryPath), expected);
+    for (const auto& [what, change] : cases) {
+        SCOPED_TRACE(what);
+        expectEncodedAfresh(change, true);
     }
 }
 
 // A kill at any step of the background encoding (the process dies, its files stay as they
 // were) leaves nothing the export takes for a finished MP3: it encodes the track itself.
 TEST(EarlyEncoder, WhatAKillLeavesIsNeverTakenForAFinishedMp3) {
-    const struct {
-        const char* step;
-        std::function<void(const std::string& wav)> leave;
-    } cases[] = {
+    const std::pair<const char*, Change> cases[] = {
         {"killed while ffmpeg wrote",
          [](const std::string& wav) {
              fs::rename(earlyMp3Path(wav), earlyPartialPath(wav));
@@ -201,36 +214,15 @@ TEST(EarlyEncoder, WhatAKillLeavesIsNeverTakenForAFinishedMp3) {
         {"a stamp cut short",
          [](const std::string& wav) {
              std::string text;
-             {
-                 std::ifstream in(earlyStampPath(wav));
-                 std::getline(in, text);
-             }
+             std::getline(std::ifstream(earlyStampPath(wav)), text);
              std::ofstream(earlyStampPath(wav), std::ios::trunc) << text << "\n12";
          }},
         {"an MP3 cut short to nothing",
          [](const std::string& wav) { std::ofstream(earlyMp3Path(wav), std::ios::trunc); }},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.step);
-        Side side;
-        ASSERT_TRUE(test::writeToneWav(side.track(1), 1.5, 0.4, 440));
-        {
-            EarlyEncoder early;
-            early.begin(side.exports);
-            early.tracksClosed(1);
-            early.finish();
-        }
-        ASSERT_TRUE(earlyMp3Ready(side.track(1)));
-        c.leave(side.track(1));
-        EXPECT_FALSE(earlyMp3Ready(side.track(1)));
-
-        const std::string expected =
-            test::decodedPcm(referenceMp3(side.track(1), side.dir.file("ref.mp3")));
-        const auto outcomes = exportSide(side, 1);
-        ASSERT_EQ(outcomes.size(), 1u);
-        ASSERT_TRUE(outcomes[0].ok);
-        EXPECT_FALSE(outcomes[0].encodedEarly);
-        EXPECT_EQ(test::decodedPcm(outcomes[0].libraryPath), expected);
+    for (const auto& [step, leave] : cases) {
+        SCOPED_TRACE(step);
+        expectEncodedAfresh(leave, false);
     }
 }
 
@@ -244,8 +236,7 @@ TEST(EarlyEncoder, CancelKillsTheEncoderAndRemovesPartialFiles) {
     EarlyEncoder early;
     early.begin(side.exports);
     early.tracksClosed(2);
-    ASSERT_TRUE(waitFor([&] { return fs::exists(earlyPartialPath(side.track(1))); },
-                        std::chrono::seconds(20)));
+    ASSERT_TRUE(side.encoding(1));
     ASSERT_FALSE(test::processesMentioning(side.exports).empty()) << "ffmpeg should be running";
 
     early.cancelAndWait();
@@ -281,9 +272,7 @@ TEST(EarlyEncoder, EncodesAtTheLowestProcessorAndDiskPriority) {
     const std::string savedPath = oldPath ? oldPath : "";
     ::setenv("PATH", (bin + ":" + savedPath).c_str(), 1);
     EarlyEncoder early;
-    early.begin(side.exports);
-    early.tracksClosed(1);
-    early.finish();
+    side.encodeEarly(early, 1);
     ::setenv("PATH", savedPath.c_str(), 1);
 
     std::ifstream in(report);
@@ -304,8 +293,7 @@ TEST(EarlyEncoder, TheExportTakesOverTheTrackUnderWayAndTheRest) {
     EarlyEncoder early;
     early.begin(side.exports);
     early.tracksClosed(4);
-    ASSERT_TRUE(waitFor([&] { return fs::exists(earlyPartialPath(side.track(1))); },
-                        std::chrono::seconds(20)));
+    ASSERT_TRUE(side.encoding(1));
     const auto outcomes = exportSide(side, 4, &early);
     ASSERT_EQ(outcomes.size(), 4u);
     for (const auto& o : outcomes) {

@@ -25,10 +25,5 @@ TEST(EscapedFormOf, EdgeCases) {
         EXPECT_EQ(escapedFormOf(c.in), c.out) << c.in;
 }
 
-TEST(EscapedFormOf, SevenCharactersFromFive) {
-    const std::string out = escapedFormOf("a\"b\\c");
-    EXPECT_EQ(out.size(), 7u);
-}
-
 } // namespace
 } // namespace waxline::exporting

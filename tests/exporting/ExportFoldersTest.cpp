@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <vector>
 
 namespace waxline::exporting {
 namespace {
@@ -46,18 +47,29 @@ TEST(ExportFolders, TrackFilesAreCountedInARowFromOne) {
     EXPECT_EQ(mp3PathFor("/e/it's.dir/WXRTTmpFile.2.wav"), "/e/it's.dir/WXRTTmpFile.2.mp3");
 }
 
-TEST(ExportFolders, ClearTmpFolderEmptiesButKeepsTheFolder) {
+// Emptying the folder under a held lock must not remove the lock file: a second program would
+// make a new one, lock that, and both would work in the folder at once.
+TEST(ExportFolders, ClearTmpFolderEmptiesItButKeepsTheFolderAndTheHeldLock) {
     test::TempDir dir;
     const std::string exports = dir.file("Exports");
     fs::create_directories(exports + "/sub/deeper");
+    ExportFolderLock lock;
+    ASSERT_EQ(lock.tryLock(exports, FolderUse::Recording, "waxline-cli"),
+              ExportFolderLock::Outcome::Taken);
     std::ofstream(exports + "/WXRTTmpFile.1.wav") << "x";
     std::ofstream(exports + "/.hidden") << "x";
     std::ofstream(exports + "/sub/deeper/f") << "x";
     std::ofstream(dir.file("beside")) << "x";
     clearTmpFolder(exports);
     EXPECT_TRUE(fs::is_directory(exports));
-    EXPECT_TRUE(fs::is_empty(exports));
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(exports))
+        left.push_back(entry.path().filename().string());
+    EXPECT_EQ(left, std::vector<std::string>{ExportFolderLock::lockFileName()});
     EXPECT_TRUE(fs::exists(dir.file("beside")));
+    ExportFolderLock other;
+    EXPECT_EQ(other.tryLock(exports, FolderUse::Exporting, "waxline-cli"),
+              ExportFolderLock::Outcome::Held);
     clearTmpFolder(dir.file("missing")); // nothing to do, no failure
 }
 
@@ -91,21 +103,6 @@ TEST(ExportFolders, UnexportedRecordingIsOneWithTrackFilesAndNoExportedNote) {
             markExported(dir.path());
         EXPECT_EQ(holdsUnexportedRecording(dir.path()), c.expected);
     }
-}
-
-// Emptying the folder under a held lock must not remove the lock file: a second program would
-// make a new one, lock that, and both would work in the folder at once.
-TEST(ExportFolders, ClearTmpFolderKeepsTheHeldLock) {
-    test::TempDir dir;
-    ExportFolderLock lock;
-    ASSERT_EQ(lock.tryLock(dir.path(), FolderUse::Recording, "waxline-cli"),
-              ExportFolderLock::Outcome::Taken);
-    std::ofstream(dir.file("WXRTTmpFile.1.wav")) << "x";
-    clearTmpFolder(dir.path());
-    EXPECT_FALSE(fs::exists(dir.file("WXRTTmpFile.1.wav")));
-    ExportFolderLock other;
-    EXPECT_EQ(other.tryLock(dir.path(), FolderUse::Exporting, "waxline-cli"),
-              ExportFolderLock::Outcome::Held);
 }
 
 TEST(ExportFolders, EnvironmentOverridesTheStandardLocations) {

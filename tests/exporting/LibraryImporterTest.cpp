@@ -121,15 +121,5 @@ TEST(LibraryImporter, ReplacesAnExistingTrackWithACompleteCopy) {
     EXPECT_EQ(test::filesBelow(dir.file("Music")), std::vector<std::string>{"Art/Alb/01 Song.mp3"});
 }
 
-TEST(LibraryImporter, ImportIntoAnUnusableLibraryFailsWithAReason) {
-    test::TempDir dir;
-    std::ofstream(dir.file("plain-file")) << "x";
-    std::ofstream(dir.file("t.mp3")) << "mp3";
-    const LibraryImporter importer(dir.file("plain-file/Music"));
-    const auto result = importer.importTrack(dir.file("t.mp3"), "A", "B", "C", 1);
-    EXPECT_FALSE(result.ok);
-    EXPECT_TRUE(result.problem.failed());
-}
-
 } // namespace
 } // namespace waxline::exporting

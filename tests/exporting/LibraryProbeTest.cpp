@@ -47,13 +47,9 @@ TEST(LibraryProbe, AsksUntilTheLibraryAnswersAndAlertsOnlyWhenItIsUnavailable) {
         for (size_t after : alertsAfterProbe)
             EXPECT_EQ(c.answers.at(after - 1), kUnavailable) << c.name;
     }
-}
-
-TEST(LibraryProbe, WithNobodyToAskAnUnavailableLibraryEndsTheWait) {
+    // With nobody to ask (no callbacks at all) an unavailable library ends the wait.
     int probes = 0;
-    EXPECT_EQ(
-        probeUntilAvailable([&] { return ++probes, LibraryImporter::kLibraryUnavailable; }, {}, {}),
-        LibraryImporter::kLibraryUnavailable);
+    EXPECT_EQ(probeUntilAvailable([&] { return ++probes, kUnavailable; }, {}, {}), kUnavailable);
     EXPECT_EQ(probes, 1);
 }
 
