@@ -20,70 +20,54 @@ std::vector<float> asFloats(const std::vector<int32_t>& pcm) {
     return out;
 }
 
-TEST(RecordedSide, OpensTheTrackFilesAsOneSide) {
-    test::TempDir dir;
-    test::writeSideFolder(dir.path(), {{1000, 2500, 333}});
-    const SideOpen open = openRecordedSide(dir.path(), 3);
-    ASSERT_EQ(open.problem, SideProblem::None);
-    EXPECT_EQ(open.side.sampleRate, 44100u);
-    EXPECT_EQ(open.side.channels, 2u);
-    EXPECT_EQ(open.side.tracks(), 3);
-    EXPECT_EQ(open.side.frames(), 3833);
-    EXPECT_EQ(open.side.trackFrames, (std::vector<int64_t>{1000, 2500, 333}));
-    EXPECT_EQ(open.side.liveBoundaries(), (std::vector<int64_t>{1000, 3500}));
-}
-
 TEST(RecordedSide, SaysWhatKeepsASideFromOpening) {
+    constexpr int kPcm16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     struct Case {
         const char* name;
         int tracks;
-        void (*spoil)(const std::string& folder);
+        int replaced;                 // the track file replaced by `other` or by text; 0: none
+        const test::SideShape* other; // null: the file is replaced by text
         SideProblem problem;
         const char* path; // the file named, relative to the folder; empty for none
     };
+    const test::SideShape rate48k{{10}, kPcm16, 2, 48000},
+        floats{{10}, SF_FORMAT_WAV | SF_FORMAT_FLOAT}, mono{{10}, kPcm16, 1};
     const Case cases[] = {
-        {"no tracks asked for", 0, [](const std::string&) {}, SideProblem::NoTracks, ""},
-        {"more tracks than files", 4, [](const std::string&) {}, SideProblem::MissingFile,
-         "WXRTTmpFile.4.wav"},
-        {"a file that is no WAV", 3,
-         [](const std::string& f) { std::ofstream(f + "/WXRTTmpFile.2.wav") << "not audio"; },
-         SideProblem::UnreadableFile, "WXRTTmpFile.2.wav"},
-        {"another sample rate", 3,
-         [](const std::string& f) {
-             test::writeSideFolder(f + "/other",
-                                   {{10}, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 48000});
-             std::filesystem::rename(f + "/other/WXRTTmpFile.1.wav", f + "/WXRTTmpFile.3.wav");
-         },
-         SideProblem::FormatsDiffer, "WXRTTmpFile.3.wav"},
-        {"another encoding", 3,
-         [](const std::string& f) {
-             test::writeSideFolder(f + "/other", {{10}, SF_FORMAT_WAV | SF_FORMAT_FLOAT});
-             std::filesystem::rename(f + "/other/WXRTTmpFile.1.wav", f + "/WXRTTmpFile.2.wav");
-         },
-         SideProblem::FormatsDiffer, "WXRTTmpFile.2.wav"},
-        {"mono among stereo", 3,
-         [](const std::string& f) {
-             test::writeSideFolder(f + "/other", {{10}, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1});
-             std::filesystem::rename(f + "/other/WXRTTmpFile.1.wav", f + "/WXRTTmpFile.3.wav");
-         },
-         SideProblem::FormatsDiffer, "WXRTTmpFile.3.wav"},
+        {"no tracks asked for", 0, 0, nullptr, SideProblem::NoTracks, ""},
+        {"more tracks than files", 4, 0, nullptr, SideProblem::MissingFile, "WXRTTmpFile.4.wav"},
+        {"a file that is no WAV", 3, 2, nullptr, SideProblem::UnreadableFile, "WXRTTmpFile.2.wav"},
+        {"another sample rate", 3, 3, &rate48k, SideProblem::FormatsDiffer, "WXRTTmpFile.3.wav"},
+        {"another encoding", 3, 2, &floats, SideProblem::FormatsDiffer, "WXRTTmpFile.2.wav"},
+        {"mono among stereo", 3, 3, &mono, SideProblem::FormatsDiffer, "WXRTTmpFile.3.wav"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         test::TempDir dir;
         test::writeSideFolder(dir.path(), {{100, 200, 300}});
-        c.spoil(dir.path());
+        const std::string replaced = dir.file("WXRTTmpFile." + std::to_string(c.replaced) + ".wav");
+        if (c.replaced && c.other) {
+            test::writeSideFolder(dir.file("other"), *c.other);
+            std::filesystem::rename(dir.file("other/WXRTTmpFile.1.wav"), replaced);
+        } else if (c.replaced) {
+            std::ofstream(replaced) << "not audio";
+        }
         const SideOpen open = openRecordedSide(dir.path(), c.tracks);
         EXPECT_EQ(open.problem, c.problem);
         EXPECT_EQ(open.path, *c.path ? dir.file(c.path) : std::string());
     }
 }
 
-TEST(RecordedSide, ReadSideJoinsTheFilesFrameForFrame) {
+TEST(RecordedSide, OpensTheTrackFilesAsOneSideAndReadsThemJoinedFrameForFrame) {
     test::TempDir dir;
     const auto stored = test::writeSideFolder(dir.path(), {{20000, 1, 40000, 7}});
     const SideOpen open = openRecordedSide(dir.path(), 4);
     ASSERT_EQ(open.problem, SideProblem::None);
+    EXPECT_EQ(open.side.sampleRate, 44100u);
+    EXPECT_EQ(open.side.channels, 2u);
+    EXPECT_EQ(open.side.tracks(), 4);
+    EXPECT_EQ(open.side.frames(), 60008);
+    EXPECT_EQ(open.side.trackFrames, (std::vector<int64_t>{20000, 1, 40000, 7}));
+    EXPECT_EQ(open.side.liveBoundaries(), (std::vector<int64_t>{20000, 20001, 60001}));
     std::vector<float> joined;
     size_t calls = 0;
     ASSERT_TRUE(readSide(open.side, [&](const float* s, size_t frames) {

@@ -57,6 +57,10 @@ void addDerivedFiles(const std::string& folder, int tracks) {
     std::ofstream(folder + "/notes.txt") << "kept";
 }
 
+std::string trackPath(const std::string& folder, int track) {
+    return folder + "/WXRTTmpFile." + std::to_string(track) + ".wav";
+}
+
 RecordedSide sideOf(const std::string& folder, int tracks) {
     const SideOpen open = openRecordedSide(folder, tracks);
     EXPECT_EQ(open.problem, SideProblem::None);
@@ -121,6 +125,8 @@ const RecutCase kRecutCases[] = {
     {"24-bit mono", {40000}, {17, 20000}, SF_FORMAT_PCM_24, 1},
 };
 
+// After an album end the recorder also leaves an uncounted file of run-out groove after the
+// side; it is no part of the side and must not be taken for a track of the new set.
 TEST(SideRecut, NewFilesJoinToTheSameSamplesInTheSameFormat) {
     for (const auto& c : kRecutCases) {
         SCOPED_TRACE(c.name);
@@ -128,6 +134,10 @@ TEST(SideRecut, NewFilesJoinToTheSameSamplesInTheSameFormat) {
         const test::SideShape shape{c.oldFrames, SF_FORMAT_WAV | c.format, c.channels};
         const auto stored = test::writeSideFolder(dir.path(), shape);
         addDerivedFiles(dir.path(), shape.trackFrames.size());
+        test::writeSideFolder(dir.file("run-out"), {{500}, shape.format, shape.channels}, 9);
+        fs::rename(dir.file("run-out/WXRTTmpFile.1.wav"),
+                   trackPath(dir.path(), static_cast<int>(c.oldFrames.size()) + 1));
+        fs::remove_all(dir.file("run-out"));
         const RecordedSide side = sideOf(dir.path(), static_cast<int>(c.oldFrames.size()));
 
         const RecutResult r = recutSide(side, c.boundaries);
@@ -137,64 +147,40 @@ TEST(SideRecut, NewFilesJoinToTheSameSamplesInTheSameFormat) {
     }
 }
 
-// After an album end the recorder leaves an uncounted file of run-out groove after the side; it
-// is no part of the side and must not be taken for a track of the new set.
-TEST(SideRecut, TheRunOutFileAfterTheSideGoes) {
-    const std::vector<std::vector<int64_t>> cuts = {{1000}, {1000, 3000, 5000, 6000}, {}};
-    for (const auto& boundaries : cuts) {
-        SCOPED_TRACE(::testing::PrintToString(boundaries));
-        test::TempDir dir;
-        const test::SideShape shape{{3000, 4000}};
-        const auto stored = test::writeSideFolder(dir.path(), shape);
-        test::writeSideFolder(dir.file("run-out"), {{500}}, 9);
-        fs::rename(dir.file("run-out/WXRTTmpFile.1.wav"), dir.file("WXRTTmpFile.3.wav"));
-        fs::remove_all(dir.file("run-out"));
-        addDerivedFiles(dir.path(), 2);
-
-        const RecutResult r = recutSide(sideOf(dir.path(), 2), boundaries);
-        ASSERT_EQ(r.problem, RecutProblem::None);
-        expectCut(dir.path(), lengthsFor(boundaries, 7000), stored, shape, false);
-    }
-}
-
-TEST(SideRecut, TheLiveSplitsAgainChangeNothing) {
-    test::TempDir dir;
-    const test::SideShape shape{{3000, 4000}};
-    test::writeSideFolder(dir.path(), shape);
-    addDerivedFiles(dir.path(), 2);
-    const auto before = test::folderSnapshot(dir.path());
-    const RecutResult r = recutSide(sideOf(dir.path(), 2), {3000});
-    EXPECT_EQ(r.problem, RecutProblem::None);
-    EXPECT_EQ(r.tracks, 2);
-    EXPECT_EQ(test::folderSnapshot(dir.path()), before);
-}
-
-TEST(SideRecut, RefusesBadBoundariesAndTouchesNothing) {
-    const std::vector<std::vector<int64_t>> bad = {
-        {0}, {-5}, {7000}, {7001}, {100, 100}, {200, 100}, {100, 6999, 7000}, {3000, 2999},
+// A re-cut that has nothing to do, is given bad boundaries or finds the files changed since the
+// side was read leaves every file as it was.
+TEST(SideRecut, WhatItNeedNotDoOrRefusesLeavesTheFolderAsItWas) {
+    const struct {
+        std::vector<int64_t> boundaries;
+        bool changedSinceRead;
+        RecutProblem problem;
+    } cases[] = {
+        {{3000}, false, RecutProblem::None}, // the live splits again
+        {{0}, false, RecutProblem::BadBoundaries},
+        {{-5}, false, RecutProblem::BadBoundaries},
+        {{7000}, false, RecutProblem::BadBoundaries},
+        {{7001}, false, RecutProblem::BadBoundaries},
+        {{100, 100}, false, RecutProblem::BadBoundaries},
+        {{200, 100}, false, RecutProblem::BadBoundaries},
+        {{100, 6999, 7000}, false, RecutProblem::BadBoundaries},
+        {{3000, 2999}, false, RecutProblem::BadBoundaries},
+        {{1000}, true, RecutProblem::ReadFailed},
     };
-    for (const auto& boundaries : bad) {
-        SCOPED_TRACE(::testing::PrintToString(boundaries));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.boundaries) +
+                     (c.changedSinceRead ? " on changed files" : ""));
         test::TempDir dir;
         test::writeSideFolder(dir.path(), {{3000, 4000}});
         addDerivedFiles(dir.path(), 2);
+        const RecordedSide side = sideOf(dir.path(), 2);
+        if (c.changedSinceRead)
+            test::writeSideFolder(dir.path(), {{3000, 4500}}, 2);
         const auto before = test::folderSnapshot(dir.path());
-        const RecutResult r = recutSide(sideOf(dir.path(), 2), boundaries);
-        EXPECT_EQ(r.problem, RecutProblem::BadBoundaries);
+        const RecutResult r = recutSide(side, c.boundaries);
+        EXPECT_EQ(r.problem, c.problem);
         EXPECT_EQ(r.tracks, 2);
         EXPECT_EQ(test::folderSnapshot(dir.path()), before);
     }
-}
-
-TEST(SideRecut, FilesChangedSinceTheSideWasReadAreNotCut) {
-    test::TempDir dir;
-    test::writeSideFolder(dir.path(), {{3000, 4000}});
-    const RecordedSide side = sideOf(dir.path(), 2);
-    test::writeSideFolder(dir.path(), {{3000, 4500}}, 2);
-    const auto before = test::folderSnapshot(dir.path());
-    const RecutResult r = recutSide(side, {1000});
-    EXPECT_EQ(r.problem, RecutProblem::ReadFailed);
-    EXPECT_EQ(test::folderSnapshot(dir.path()), before);
 }
 
 // The disk fills up: found by the free-space check before anything is written, or by a write
@@ -223,7 +209,7 @@ TEST(SideRecut, AFullDiskLeavesTheOldSetUntouched) {
         const auto before = test::folderSnapshot(dir.path());
         uintmax_t oldBytes = 0;
         for (int t = 1; t <= 2; ++t)
-            oldBytes += fs::file_size(dir.file("WXRTTmpFile." + std::to_string(t) + ".wav"));
+            oldBytes += fs::file_size(trackPath(dir.path(), t));
 
         int writes = 0;
         std::string failedIn;
