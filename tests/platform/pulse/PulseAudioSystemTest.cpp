@@ -99,8 +99,6 @@ void writeSine(const std::string& path, double amplitude, double seconds) {
     ASSERT_TRUE(waxline::test::writeStereoWav(path, tone, tone));
 }
 
-// The middle half-second of the loud part, recorded at `rate`: its 1 kHz level in dB and its
-// frequency measured by zero crossings.
 // The level and pitch of the cleanest 0.2 s of tone: a loaded machine may underrun the null sink
 // for a moment, and such a dropout says nothing about the path under test, while a wrong gain or
 // rate shows in every window.
