@@ -149,7 +149,7 @@ protected:
     waxline::test::TempDir dir;
 };
 
-TEST_F(PulseAudioSystemTest, ListsSourcesAndSinksWithTheirNamesAndFormats) {
+TEST_F(PulseAudioSystemTest, ListsSourcesAndSinksWithTheirNamesFormatsAndMonitors) {
     const auto monitor = find(Direction::Input, "deck.monitor");
     ASSERT_TRUE(monitor);
     EXPECT_EQ(monitor->channels, 2u);
@@ -182,6 +182,21 @@ TEST_F(PulseAudioSystemTest, ListsSourcesAndSinksWithTheirNamesAndFormats) {
     EXPECT_EQ(before, after);
     EXPECT_EQ(audio->setDefaultInput(kNoDevice - 1), kErrorUnknownDevice);
     EXPECT_EQ(audio->defaultDevice(Direction::Output), sink->id);
+
+    // A USB codec's monitor carries the card's name like its capture source; only the capture
+    // source is unmarked, the monitors name the sink they monitor.
+    ASSERT_TRUE(pulse.addCard("codec", "USB Audio CODEC ", 48000));
+    const auto capture = find(Direction::Input, "codec_in");
+    const auto codecMonitor = find(Direction::Input, "codec.monitor");
+    const auto codec = find(Direction::Output, "codec");
+    ASSERT_TRUE(capture && codecMonitor && codec);
+    EXPECT_EQ(capture->name, "USB Audio CODEC ");
+    EXPECT_EQ(codecMonitor->name, "USB Audio CODEC ");
+    EXPECT_EQ(capture->monitorOf, kNoDevice);
+    EXPECT_EQ(codecMonitor->monitorOf, codec->id);
+    EXPECT_EQ(monitor->monitorOf, sink->id);
+    for (const auto& output : audio->devices(Direction::Output))
+        EXPECT_EQ(output.monitorOf, kNoDevice) << output.serverName;
 }
 
 // Record streams at once on source 0, the 44.1 kHz monitor of "deck": one at its own rate, one
@@ -290,29 +305,6 @@ TEST_F(PulseAudioSystemTest, PlaysThroughTheSinkWhatTheOutputHandlerGives) {
     EXPECT_NEAR(levelDb, waxline::test::toDb(tone.amplitude), 0.5);
     EXPECT_NEAR(frequency, 1000.0, 5.0);
 }
-
-// A USB codec's monitor carries the card's name like its capture source; only the capture source
-// is unmarked, the monitors name the sink they monitor.
-TEST_F(PulseAudioSystemTest, MarksEveryMonitorWithTheSinkItMonitors) {
-    ASSERT_TRUE(pulse.addCard("codec", "USB Audio CODEC ", 48000));
-    const auto capture = find(Direction::Input, "codec_in");
-    const auto codecMonitor = find(Direction::Input, "codec.monitor");
-    const auto deckMonitor = find(Direction::Input, "deck.monitor");
-    const auto codec = find(Direction::Output, "codec");
-    const auto deck = find(Direction::Output, "deck");
-    ASSERT_TRUE(capture && codecMonitor && deckMonitor && codec && deck);
-    EXPECT_EQ(capture->name, "USB Audio CODEC ");
-    EXPECT_EQ(codecMonitor->name, "USB Audio CODEC ");
-    EXPECT_EQ(capture->monitorOf, kNoDevice);
-    EXPECT_EQ(codecMonitor->monitorOf, codec->id);
-    EXPECT_EQ(deckMonitor->monitorOf, deck->id);
-    for (const auto& sink : audio->devices(Direction::Output))
-        EXPECT_EQ(sink.monitorOf, kNoDevice) << sink.serverName;
-}
-
-} // namespace
-
-namespace {
 
 TEST(OpenPlatformReal, ExplainsInOneLineWhenNoServerAnswers) {
     waxline::test::TempDir empty;
