@@ -64,21 +64,16 @@ std::vector<float> concat(std::initializer_list<std::vector<float>> parts) {
     return out;
 }
 
-TEST(GapDetector, ConstructedForFortyFourKilohertzAndSilent) {
-    Fixture f;
-    EXPECT_EQ(f.detector.frameLength(), 22050);
-    EXPECT_EQ(f.detector.rate(), 44100.0f);
-    EXPECT_TRUE(f.detector.isSilent());
-    EXPECT_FALSE(f.detector.albumHasEnded());
-}
-
 TEST(GapDetector, FrameSizeIsHalfASecondRoundedHalfAway) {
     const std::pair<unsigned, int64_t> cases[] = {{44100, 22050}, {48000, 24000}, {88200, 44100},
                                                   {96000, 48000}, {11025, 5513},  {1, 1}};
     for (auto [rate, frame] : cases) {
         Fixture f;
+        EXPECT_TRUE(f.detector.isSilent());
+        EXPECT_FALSE(f.detector.albumHasEnded());
         f.detector.SetSampleRate(rate);
         EXPECT_EQ(f.detector.frameLength(), frame) << rate;
+        EXPECT_EQ(f.detector.rate(), float(rate));
     }
 }
 
@@ -94,16 +89,6 @@ TEST(GapDetector, FramesCompleteRegardlessOfBufferCuts) {
         EXPECT_EQ(cut.detector.history(), whole.detector.history()) << "buffers of " << block;
         EXPECT_EQ(cut.listener.events, whole.listener.events) << "buffers of " << block;
     }
-}
-
-TEST(GapDetector, BufferOneShortOfAFrameReturnsFalseAndTheNextSampleCompletesIt) {
-    Fixture f;
-    const auto x = silence(1);
-    EXPECT_FALSE(f.detector(x.data(), x.data(), kFrame - 1));
-    EXPECT_TRUE(f.detector.history().empty());
-    f.detector(x.data(), x.data(), 1);
-    EXPECT_EQ(f.detector.history().size(), 1u);
-    EXPECT_EQ(f.detector.framePosition(), 0u);
 }
 
 TEST(GapDetector, DigitalSilenceEndsTheAlbumOnceAndNeverStartsAGap) {
@@ -182,21 +167,17 @@ TEST(GapDetector, SamplesBeyondFullScaleWrapInSixteenBits) {
     EXPECT_EQ(f.detector.filter().x1, -8192);
 }
 
-TEST(GapDetector, SettingTheSameRateChangesNothing) {
-    Fixture f;
-    f.feed(tone(11));
-    ASSERT_FALSE(f.detector.isSilent());
-    const auto position = f.detector.framePosition();
-    f.detector.SetSampleRate(44100);
-    EXPECT_FALSE(f.detector.isSilent());
-    EXPECT_EQ(f.detector.framePosition(), position);
-}
-
 TEST(GapDetector, NewRateClearsSilentTimeButKeepsSoundTimeAndHistory) {
     Fixture f;
     f.feed(concat({tone(11), silence(1)}));
     ASSERT_GT(f.detector.silentTime(), 0);
-    f.feed(tone(3));
+    f.feed(tone(3.2));
+    ASSERT_FALSE(f.detector.isSilent());
+    const auto position = f.detector.framePosition();
+    ASSERT_GT(position, 0u);
+    f.detector.SetSampleRate(44100);
+    EXPECT_FALSE(f.detector.isSilent()) << "the same rate changes nothing";
+    EXPECT_EQ(f.detector.framePosition(), position);
     const float sound = f.detector.soundTime();
     ASSERT_GT(sound, 0);
     const auto history = f.detector.history();
@@ -206,18 +187,6 @@ TEST(GapDetector, NewRateClearsSilentTimeButKeepsSoundTimeAndHistory) {
     EXPECT_EQ(f.detector.history(), history);
     EXPECT_EQ(f.detector.loudestFrame(), 0);
     EXPECT_TRUE(f.detector.isSilent());
-}
-
-TEST(GapDetector, ResetKeepsCountsSoLeftoverSilenceCountsTowardsTheAlbumEnd) {
-    Fixture f;
-    f.feed(concat({tone(11), silence(40)}));
-    f.detector.Reset();
-    EXPECT_TRUE(f.detector.isSilent());
-    EXPECT_EQ(f.detector.silentTime(), 40);
-    f.listener.events.clear();
-    f.feed(silence(21));
-    ASSERT_EQ(f.listener.events.size(), 1u);
-    EXPECT_EQ(f.listener.events[0].first, "album");
 }
 
 // After an album end the next side may be started while the run-out still plays: with the

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 using Sonra::Audio::Filters::RIAA;
 using waxline::test::sine;
@@ -12,34 +13,21 @@ using waxline::test::toneAmplitude;
 
 namespace {
 
-struct RowCase {
-    unsigned rate;
-    double frequency;
-    double expectedDb;
-};
-
-class RIAARow : public testing::TestWithParam<RowCase> {};
-
-// Each row is the RIAA recording characteristic at its own rate, measured with a sine.
-TEST_P(RIAARow, FollowsTheRecordingCurve) {
-    const auto& c = GetParam();
-    RIAA s(RIAA::ToSampleRate(c.rate));
-    auto x = sine(c.frequency, 0.5, c.rate, 2 * c.rate);
-    s(x.data(), x.size());
-    EXPECT_NEAR(toDb(toneAmplitude(x, c.frequency, c.rate, c.rate) / 0.5), c.expectedDb, 0.5)
-        << c.rate << " Hz rate, " << c.frequency << " Hz";
+// Each rate's row follows the RIAA recording characteristic, measured with a sine. The 48 kHz
+// row is the 44.1 kHz one, so its top end moves with the rate.
+TEST(RIAA, EachRateFollowsTheRecordingCurve) {
+    const std::pair<unsigned, double> rates[] = {
+        {44100, -24.6}, {48000, -25.2}, {88200, -24.6}, {96000, -24.6}};
+    for (auto [rate, topDb] : rates)
+        for (auto [frequency, expectedDb] :
+             {std::pair{20.0, -63.5}, std::pair{1000.0, -44.0}, std::pair{20000.0, topDb}}) {
+            RIAA s(RIAA::ToSampleRate(rate));
+            auto x = sine(frequency, 0.5, rate, 2 * rate);
+            s(x.data(), x.size());
+            EXPECT_NEAR(toDb(toneAmplitude(x, frequency, rate, rate) / 0.5), expectedDb, 0.5)
+                << rate << " Hz rate, " << frequency << " Hz";
+        }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, RIAARow,
-    testing::Values(RowCase{44100, 20, -63.5}, RowCase{44100, 1000, -44},
-                    RowCase{44100, 20000, -24.6}, RowCase{48000, 20, -63.5},
-                    RowCase{48000, 1000, -44},
-                    // The 48 kHz row is the 44.1 kHz one, so its top end moves with the rate.
-                    RowCase{48000, 20000, -25.2}, RowCase{88200, 20, -63.5},
-                    RowCase{88200, 1000, -44}, RowCase{88200, 20000, -24.6},
-                    RowCase{96000, 20, -63.5}, RowCase{96000, 1000, -44},
-                    RowCase{96000, 20000, -24.6}));
 
 TEST(RIAA, RatesMapToRowsAndOthersThrow) {
     EXPECT_EQ(RIAA::ToSampleRate(44100), RIAA::SR_44100);
@@ -54,10 +42,8 @@ TEST(RIAA, RatesMapToRowsAndOthersThrow) {
             EXPECT_EQ(text, "RIAA filter: invalid sample rate");
         }
     }
-}
-
-TEST(RIAA, FortyFourAndFortyEightKilohertzGiveIdenticalSections) {
-    RIAA a(RIAA::ToSampleRate(44100)), b(RIAA::ToSampleRate(48000));
+    // The two rows share their sections, sample for sample.
+    RIAA a(RIAA::SR_44100), b(RIAA::SR_48000);
     auto x = sine(1000, 0.5, 44100, 300), y = x;
     a(x.data(), x.size());
     b(y.data(), y.size());

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 using Sonra::Audio::Filters::GapDetector;
@@ -39,69 +41,60 @@ std::vector<TrackItem> find(std::vector<float> levels, float maxLevel = kLoud,
     return tracks;
 }
 
-TEST(TrackFinder, AllSoundIsOneTrack) {
-    const auto tracks = find(history({{120, kLoud}}));
-    ASSERT_EQ(tracks.size(), 1u);
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].duration, 120);
-    EXPECT_EQ(tracks[0].startSample, 0);
-    EXPECT_EQ(tracks[0].length, 120 * 44100);
-}
+// Boundaries fall in the middle of a gap; the last track keeps five seconds after the music, or
+// runs to the end of a side that ends in sound. Every value here is a whole number of samples.
+TEST(TrackFinder, SplitsLevelHistories) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    struct Case {
+        const char* what;
+        std::vector<float> levels;
+        std::vector<std::pair<float, float>> tracks; // start and duration in seconds
+    };
+    const Case cases[] = {
+        {"all sound", history({{120, kLoud}}), {{0, 120}}},
+        {"two songs",
+         history({{60, kLoud}, {3, kQuiet}, {60, kLoud}, {20, kQuiet}}),
+         {{0, 61.5f}, {61.5f, 123 + 5 - 61.5f}}},
+        {"lead-in silence belongs to the first track",
+         history({{4, kQuiet}, {50, kLoud}, {3, kQuiet}, {50, kLoud}}),
+         {{0, 55.5f}, {55.5f, 107 - 55.5f}}},
+        // A 1 s dip inside a song does not split it; an 8 s burst inside a long gap is dropped,
+        // and the boundary is the middle of the 28 s gap from 81 s.
+        {"short dips and bursts are cleaned away",
+         history({{50, kLoud},
+                  {1, kQuiet},
+                  {30, kLoud},
+                  {10, kQuiet},
+                  {8, kLoud},
+                  {10, kQuiet},
+                  {60, kLoud}}),
+         {{0, 95}, {95, 169 - 95}}},
+        {"noise before and after the music is silence",
+         history({{12, kLoud}, {5, kQuiet}, {60, kLoud}, {5, kQuiet}, {12, kLoud}}),
+         {{0, 77 + 5}}},
+        {"NaN levels are silence",
+         history({{60, kLoud}, {3, nan}, {60, kLoud}}),
+         {{0, 61.5f}, {61.5f, 61.5f}}},
+        {"noise only is one track", history({{5, kQuiet}, {8, kLoud}, {30, kQuiet}}), {{0, 43}}},
+        {"a very short quiet history is one short gap", history({{1, kQuiet}}), {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto tracks = find(c.levels);
+        ASSERT_EQ(tracks.size(), c.tracks.size());
+        for (size_t i = 0; i < tracks.size(); ++i) {
+            EXPECT_EQ(tracks[i].start, c.tracks[i].first) << i;
+            EXPECT_EQ(tracks[i].duration, c.tracks[i].second) << i;
+            EXPECT_EQ(tracks[i].startSample, std::llround(c.tracks[i].first * 44100.0)) << i;
+            EXPECT_EQ(tracks[i].length, std::llround(c.tracks[i].second * 44100.0)) << i;
+        }
+    }
 
-TEST(TrackFinder, TwoSongsSplitInTheMiddleOfTheGapAndKeepFiveSecondsOfTheEnd) {
-    const auto tracks = find(history({{60, kLoud}, {3, kQuiet}, {60, kLoud}, {20, kQuiet}}));
-    ASSERT_EQ(tracks.size(), 2u);
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].duration, 61.5f);
-    EXPECT_EQ(tracks[0].length, 2712150);
-    EXPECT_EQ(tracks[1].start, 61.5f);
-    EXPECT_EQ(tracks[1].startSample, 2712150);
-    EXPECT_EQ(tracks[1].duration, 123 + 5 - 61.5f);
-    EXPECT_EQ(tracks[1].length, 2932650);
-}
-
-TEST(TrackFinder, LeadInSilenceBelongsToTheFirstTrack) {
-    const auto tracks = find(history({{4, kQuiet}, {50, kLoud}, {3, kQuiet}, {50, kLoud}}));
-    ASSERT_EQ(tracks.size(), 2u);
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].duration, 55.5f);
-    EXPECT_EQ(tracks[1].duration, 107 - 55.5f) << "a side ending in sound runs to the end";
-}
-
-TEST(TrackFinder, ShortDipsAndShortBurstsAreCleanedAway) {
-    // A 1 s dip inside a song does not split it; an 8 s burst inside a long gap is dropped.
-    const auto tracks = find(history({{50, kLoud},
-                                      {1, kQuiet},
-                                      {30, kLoud},
-                                      {10, kQuiet},
-                                      {8, kLoud},
-                                      {10, kQuiet},
-                                      {60, kLoud}}));
-    ASSERT_EQ(tracks.size(), 2u);
-    EXPECT_EQ(tracks[0].duration, 81 + 14 - 0.0f); // middle of the 28 s gap from 81 s
-    EXPECT_EQ(tracks[1].start, 95);
-}
-
-TEST(TrackFinder, NoiseBeforeAndAfterTheMusicIsSilence) {
-    // Short noise bursts before the first and after the last long stretch of sound.
-    const auto tracks =
-        find(history({{12, kLoud}, {5, kQuiet}, {60, kLoud}, {5, kQuiet}, {12, kLoud}}));
-    ASSERT_EQ(tracks.size(), 1u);
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].duration, 77 + 5); // to the run-out plus five seconds
-}
-
-TEST(TrackFinder, ThresholdFollowsTheQuietestFrame) {
     // Gap frames at 60: silence when the threshold is 4 x 20 = 80, sound when it stays 50.
     const auto levels = history({{60, kLoud}, {4, 60}, {60, kLoud}});
     EXPECT_EQ(find(levels, 1000, 20).size(), 2u);
     EXPECT_EQ(find(levels, 1000, 10).size(), 1u);
     EXPECT_EQ(find(levels, 700, 20).size(), 1u) << "ratio 35 is not above 40";
-}
-
-TEST(TrackFinder, NanLevelsAreSilence) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(find(history({{60, kLoud}, {3, nan}, {60, kLoud}})).size(), 2u);
 }
 
 TEST(TrackFinder, SampleValuesUseTheFloatClock) {
@@ -125,13 +118,6 @@ TEST(TrackFinder, EmptyHistoryOrSecondCallAppendsNothing) {
     EXPECT_EQ(tracks.size(), 2u) << "appends, never clears";
     detector.FindTracks(tracks);
     EXPECT_EQ(tracks.size(), 2u);
-}
-
-TEST(TrackFinder, NoiseOnlyIsOneTrackAndAVeryShortQuietHistoryNone) {
-    const auto tracks = find(history({{5, kQuiet}, {8, kLoud}, {30, kQuiet}}));
-    ASSERT_EQ(tracks.size(), 1u);
-    EXPECT_EQ(tracks[0].duration, 43);
-    EXPECT_TRUE(find(history({{1, kQuiet}})).empty()) << "its one zone is a short gap";
 }
 
 TEST(TrackFinder, ReduceMergesRunsAndCleanupRecomputesDurations) {
