@@ -30,65 +30,61 @@ struct Tagged {
     Kind kind;
 };
 
+// Names and actions as one space-separated string each, the actions with their colons.
 struct FormCase {
     unsigned panel;
     const char* nib;
     std::vector<Tagged> tags;
-    std::vector<const char*> named;
-    std::vector<const char*> actions; // every action the panel's controls carry
+    const char* named;
+    const char* actions; // every action the panel's controls carry, Close and Help aside
 };
 
-const std::vector<FormCase>& formCases() {
-    static const std::vector<FormCase> cases = {
-        {1, "WXL_Tab1", {}, {}, {"doNextButton1:"}},
-        {2,
-         "WXL_Tab2",
-         {},
-         {"o_gainDbSlider", "o_gainValueText", "_MeteringViewL", "_MeteringViewR",
-          "automaticallySplitTracks"},
-         {"doBackButton2:", "doRecordButton:", "doGainSlider:"}},
-        {3,
-         "WXL_Tab3",
-         {{21, 22, Kind::Label}},
-         {"_MeteringViewL", "_MeteringViewR", "splitTracksButton"},
-         {"doBackButton3:", "doNextButton3:", "doNewTrackButton:"}},
-        {4,
-         "WXL_Tab4",
-         {{10, 12, Kind::Field}},
-         {"splitsNotice", "reviewButton"},
-         {"doBackButton4:", "doNextButton4:", "doReviewSplits:"}},
-        {5,
-         "WXL_Tab5",
-         {{31, 31, Kind::Level}},
-         {"_progressIndicator"},
-         {"doBackButton5:", "doNextButton5:"}},
-        {6,
-         "WXL_Tab6",
-         {},
-         {"_yesButton6", "_noButton6"},
-         {"doBackButton6:", "doNextButton6:", "doYesButton6:", "doNoButton6:"}},
-        {7,
-         "WXL_Tab7",
-         {{51, 52, Kind::Field}, {61, 70, Kind::Field}},
-         {"splitsNotice", "reviewButton"},
-         {"doBackButton7:", "doNextButton7:", "doReviewSplits:"}},
-        {8, "WXL_Tab8", {{71, 80, Kind::Field}}, {}, {"doBackButton8:", "doNextButton8:"}},
-        {9, "WXL_Tab9", {{81, 90, Kind::Field}}, {}, {"doBackButton9:", "doNextButton9:"}},
-        {10, "WXL_Tab10", {{91, 100, Kind::Field}}, {}, {"doBackButton10:", "doNextButton10:"}},
-        {11,
-         "WXL_SelectDeviceTab",
-         {},
-         {"selectDeviceOrbitDisc", "selectDeviceReelRunner"},
-         {"doBackButtonSelectDevice:", "doNextButtonSelectDevice:", "doSelectDeviceOrbitDisc:",
-          "doSelectDeviceReelRunner:"}},
-        {12,
-         "WXL_SelectTape",
-         {},
-         {"normalTapeButton", "chromeTapeButton"},
-         {"doBackButtonSelectTape:", "doNextButtonSelectTape:", "doSelectTapeNormal:",
-          "doSelectTapeChrome:"}},
-    };
-    return cases;
+const FormCase formCases[] = {
+    {1, "WXL_Tab1", {}, "", "doNextButton1:"},
+    {2,
+     "WXL_Tab2",
+     {},
+     "o_gainDbSlider o_gainValueText _MeteringViewL _MeteringViewR automaticallySplitTracks",
+     "doBackButton2: doRecordButton: doGainSlider:"},
+    {3,
+     "WXL_Tab3",
+     {{21, 22, Kind::Label}},
+     "_MeteringViewL _MeteringViewR splitTracksButton",
+     "doBackButton3: doNextButton3: doNewTrackButton:"},
+    {4,
+     "WXL_Tab4",
+     {{10, 12, Kind::Field}},
+     "splitsNotice reviewButton",
+     "doBackButton4: doNextButton4: doReviewSplits:"},
+    {5, "WXL_Tab5", {{31, 31, Kind::Level}}, "_progressIndicator", "doBackButton5: doNextButton5:"},
+    {6,
+     "WXL_Tab6",
+     {},
+     "_yesButton6 _noButton6",
+     "doBackButton6: doNextButton6: doYesButton6: doNoButton6:"},
+    {7,
+     "WXL_Tab7",
+     {{51, 52, Kind::Field}, {61, 70, Kind::Field}},
+     "splitsNotice reviewButton",
+     "doBackButton7: doNextButton7: doReviewSplits:"},
+    {8, "WXL_Tab8", {{71, 80, Kind::Field}}, "", "doBackButton8: doNextButton8:"},
+    {9, "WXL_Tab9", {{81, 90, Kind::Field}}, "", "doBackButton9: doNextButton9:"},
+    {10, "WXL_Tab10", {{91, 100, Kind::Field}}, "", "doBackButton10: doNextButton10:"},
+    {11,
+     "WXL_SelectDeviceTab",
+     {},
+     "selectDeviceOrbitDisc selectDeviceReelRunner",
+     "doBackButtonSelectDevice: doNextButtonSelectDevice: doSelectDeviceOrbitDisc: "
+     "doSelectDeviceReelRunner:"},
+    {12,
+     "WXL_SelectTape",
+     {},
+     "normalTapeButton chromeTapeButton",
+     "doBackButtonSelectTape: doNextButtonSelectTape: doSelectTapeNormal: doSelectTapeChrome:"},
+};
+
+QStringList words(const char* text) {
+    return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
 bool isKind(QWidget* widget, Kind kind) {
@@ -105,8 +101,10 @@ bool isKind(QWidget* widget, Kind kind) {
 
 } // namespace
 
-TEST(PanelForms, EveryFormLoadsWithItsTagsNamesAndActions) {
-    for (const FormCase& c : formCases()) {
+// Each form loads with its tags, names and actions, its artwork in place, and every button
+// forwarding its own action to the controller.
+TEST(PanelForms, EveryFormLoadsAndEveryButtonForwardsItsAction) {
+    for (const FormCase& c : formCases) {
         SCOPED_TRACE(c.nib);
         EXPECT_EQ(nibNameForPanel(c.panel), QLatin1String(c.nib));
         RecordingPanelController controller;
@@ -120,8 +118,8 @@ TEST(PanelForms, EveryFormLoadsWithItsTagsNamesAndActions) {
                 ASSERT_NE(control, nullptr) << "tag " << tag;
                 EXPECT_TRUE(isKind(control, range.kind)) << "tag " << tag;
             }
-        for (const char* name : c.named)
-            EXPECT_NE(view->findChild<QWidget*>(QLatin1String(name)), nullptr) << name;
+        for (const QString& name : words(c.named))
+            EXPECT_NE(view->findChild<QWidget*>(name), nullptr) << qPrintable(name);
 
         std::set<QString> actions;
         int defaults = 0;
@@ -136,47 +134,31 @@ TEST(PanelForms, EveryFormLoadsWithItsTagsNamesAndActions) {
             const QString role = control->property("role").toString();
             defaults += role == QLatin1String("default");
             backs += role == QLatin1String("back");
+            const QString artwork = control->property("artwork").toString();
+            if (!artwork.isEmpty() && qobject_cast<QLabel*>(control)) {
+                EXPECT_TRUE(artworkExists(artwork)) << qPrintable(artwork);
+            }
         }
         std::set<QString> expected{QStringLiteral("doCloseButton:"), QStringLiteral("showHelp:")};
-        for (const char* action : c.actions)
-            expected.insert(QLatin1String(action));
+        for (const QString& action : words(c.actions))
+            expected.insert(action);
         EXPECT_EQ(actions, expected);
         EXPECT_EQ(defaults, 1) << "one default action";
         EXPECT_EQ(backs, c.panel == 1 ? 0 : 1) << "Back on every panel but the first";
 
-        const auto buttons = view->findChildren<SKShapedButton*>();
-        for (SKShapedButton* button : buttons) {
-            EXPECT_FALSE(button->image().isNull()) << qPrintable(button->objectName());
-            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Aqua")));
-            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Graphite")));
-            EXPECT_EQ(button->size(), button->image().size())
-                << qPrintable(button->objectName()) << ": the frame fits its picture";
-            const bool pictureOnly = button->text().isEmpty();
-            EXPECT_EQ(pictureOnly, !button->property("accessibleKey").toString().isEmpty())
-                << qPrintable(button->objectName());
-        }
-        const auto labels = view->findChildren<QLabel*>();
-        for (QLabel* label : labels) {
-            const QString artwork = label->property("artwork").toString();
-            if (!artwork.isEmpty()) {
-                EXPECT_TRUE(artworkExists(artwork)) << qPrintable(artwork);
-            }
-        }
-    }
-}
-
-TEST(PanelForms, EveryButtonForwardsItsOwnAction) {
-    for (const FormCase& c : formCases()) {
-        SCOPED_TRACE(c.nib);
-        RecordingPanelController controller;
-        SubViewController loader(QLatin1String(c.nib), &controller);
-        CustomView* view = loader.view();
-        ASSERT_NE(view, nullptr);
         view->setController(&controller);
         const auto buttons = view->findChildren<SKShapedButton*>();
         for (SKShapedButton* button : buttons) {
-            const QString action = button->property("action").toString();
-            const QString selector = action.chopped(1);
+            const std::string name = button->objectName().toStdString();
+            EXPECT_FALSE(button->image().isNull()) << name;
+            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Aqua")));
+            EXPECT_TRUE(artworkExists(button->image().name() + QStringLiteral("Graphite")));
+            EXPECT_EQ(button->size(), button->image().size()) << name << ": the frame fits";
+            EXPECT_EQ(button->text().isEmpty(),
+                      !button->property("accessibleKey").toString().isEmpty())
+                << name << ": a picture-only button has an accessible key";
+
+            const QString selector = button->property("action").toString().chopped(1);
             if (selector.startsWith(QLatin1String("doSelect")) ||
                 selector.startsWith(QLatin1String("doYes")) ||
                 selector.startsWith(QLatin1String("doNo")))
@@ -184,11 +166,15 @@ TEST(PanelForms, EveryButtonForwardsItsOwnAction) {
             controller.clear();
             button->setEnabled(true);
             button->click();
-            ASSERT_EQ(controller.calls.size(), 1u) << qPrintable(action);
-            EXPECT_EQ(controller.calls[0].name, selector);
-            if (selector != QLatin1String("doRecordButton")) {
-                EXPECT_EQ(controller.calls[0].sender, button);
-            }
+            ASSERT_EQ(controller.calls.size(), 1u) << name;
+            const auto& call = controller.calls[0];
+            EXPECT_EQ(call.name, selector);
+            // Record comes from the view, asking for neither normalisation nor click removal.
+            EXPECT_EQ(call.sender, selector == QLatin1String("doRecordButton")
+                                       ? static_cast<QObject*>(view)
+                                       : button);
+            EXPECT_FALSE(call.normalization);
+            EXPECT_FALSE(call.clickRemoval);
         }
     }
 }
