@@ -17,17 +17,24 @@ double rmsDb(const std::vector<float>& x, size_t from, size_t to) {
     return 10 * std::log10(sum / static_cast<double>(to - from) + 1e-30);
 }
 
+// The whole side rendered, in the generator's blocks.
+void renderAll(DemoSideGenerator& gen, std::vector<float>& left, std::vector<float>& right) {
+    left.assign(gen.totalFrames(), 0);
+    right.assign(gen.totalFrames(), 0);
+    size_t pos = 0;
+    while (size_t n = gen.render(left.data() + pos, right.data() + pos, 4096))
+        pos += n;
+    ASSERT_EQ(pos, gen.totalFrames());
+}
+
 TEST(DemoSide, MusicIsLoudAndGapsLeadInAndRunOutAreQuiet) {
     DemoSideOptions options;
     options.tracks = 3;
     options.seed = 3;
     DemoSideGenerator gen(options);
     const auto& layout = gen.layout();
-    std::vector<float> left(gen.totalFrames()), right(gen.totalFrames());
-    size_t pos = 0;
-    while (size_t n = gen.render(left.data() + pos, right.data() + pos, 4096))
-        pos += n;
-    ASSERT_EQ(pos, gen.totalFrames());
+    std::vector<float> left, right;
+    renderAll(gen, left, right);
 
     const double rate = layout.sampleRate;
     auto idx = [&](double s) { return static_cast<size_t>(s * rate); };
@@ -47,23 +54,20 @@ TEST(DemoSide, MusicIsLoudAndGapsLeadInAndRunOutAreQuiet) {
     EXPECT_LT(rmsDb(right, idx(layout.runOut.start + 0.1), left.size()), -45);
 }
 
-TEST(DemoSide, LengthOptionFillsTheSide) {
+// A length fills the side to the frame; more than 40 tracks, or too many for the length, are
+// refused.
+TEST(DemoSide, LengthOptionFillsTheSideAndImpossibleOptionsAreRefused) {
     DemoSideOptions options;
     options.tracks = 7;
     options.lengthSeconds = 1800;
     DemoSideGenerator gen(options);
     EXPECT_NEAR(gen.layout().length(), 1800, 1e-6);
     EXPECT_EQ(gen.totalFrames(), 1800u * 44100u);
-}
-
-TEST(DemoSide, ImpossibleOptionsAreRefused) {
-    DemoSideOptions tooMany;
-    tooMany.tracks = 41;
-    EXPECT_THROW(DemoSideGenerator{tooMany}, std::invalid_argument);
-    DemoSideOptions tooShort;
-    tooShort.tracks = 5;
-    tooShort.lengthSeconds = 120;
-    EXPECT_THROW(DemoSideGenerator{tooShort}, std::invalid_argument);
+    options.lengthSeconds = 120;
+    EXPECT_THROW(DemoSideGenerator{options}, std::invalid_argument);
+    options.tracks = 41;
+    options.lengthSeconds = 0;
+    EXPECT_THROW(DemoSideGenerator{options}, std::invalid_argument);
 }
 
 // Mean power in dB of a 200 Hz high-pass (second-order Butterworth) of x over [from, to): the
@@ -125,10 +129,8 @@ TEST(DemoSide, RealisticQuietPassagesLieAFewDecibelsAboveTheGrooveNoise) {
     options.realism.minGapSeconds = 3;
     DemoSideGenerator gen(options);
     const auto& side = gen.layout();
-    std::vector<float> left(gen.totalFrames()), right(gen.totalFrames());
-    size_t pos = 0;
-    while (size_t n = gen.render(left.data() + pos, right.data() + pos, 4096))
-        pos += n;
+    std::vector<float> left, right;
+    renderAll(gen, left, right);
     const double rate = side.sampleRate;
     auto idx = [&](double s) { return static_cast<size_t>(s * rate); };
 
