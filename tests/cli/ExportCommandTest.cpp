@@ -1,10 +1,9 @@
-#include "capture/recorder/ExportFolderLock.h"
+// waxline-cli export on track files laid out as a recording leaves them, and digitize, the whole
+// job in one command.
+#include "cli/CliRun.h"
 #include "support/MediaFiles.h"
-#include "support/Signals.h"
 
 #include <gtest/gtest.h>
-
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -46,15 +45,18 @@ TEST_P(ExportCommand, ReportsPerTrackAndExitsWithTheRightStatus) {
     if (const auto at = arguments.find("{LIB}"); at != std::string::npos)
         arguments.replace(at, 5, shellQuote(library));
     std::string output;
-    const int status =
-        test::runCommand(c.environment + " " + shellQuote(test::cliPath()) +
-                             " export --export-dir " + shellQuote(exports) + " " + arguments,
-                         output);
+    const int status = test::runCommand(
+        c.environment + " " +
+            test::cli("export --export-dir " + shellQuote(exports) + " " + arguments),
+        output);
     EXPECT_EQ(status, c.expectedStatus) << output;
     for (const auto& piece : c.expectedOutput)
         EXPECT_NE(output.find(piece), std::string::npos) << "missing '" << piece << "' in\n"
                                                          << output;
     EXPECT_EQ(test::filesBelow(library), c.expectedFiles) << output;
+    // No output may carry a bare error number instead of words.
+    EXPECT_EQ(output.find("err ="), std::string::npos) << output;
+    EXPECT_EQ(output.find("-1753"), std::string::npos) << output;
 }
 
 void tones(const std::string& exports, int count) {
@@ -101,16 +103,6 @@ const CliCase kCases[] = {
      {"was interrupted", "3 track files", "Track file 3 holds nothing but groove noise",
       "track 2/2"},
      {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"}},
-    {"InterruptedRecordingKeepsACutOffTrackWithMusic",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 2);
-         std::ofstream(e + "/WXRTTmpFile.count") << "1\n";
-     },
-     "--artist A --album B --library {LIB}",
-     "",
-     0,
-     {"was interrupted", "track 2/2"},
-     {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"}},
     {"TracksOptionOverridesTheCount",
      [](const std::string& e, const test::TempDir&) {
          tones(e, 2);
@@ -147,8 +139,8 @@ const CliCase kCases[] = {
      "--artist A --album B --library {LIB}/Sub",
      "",
      1,
-     {"the music folder", "cannot be written (", "choose another with --library DIR",
-      "nothing was exported"},
+     {"the music folder", "cannot be written (Not a directory)",
+      "choose another with --library DIR", "nothing was exported"},
      {}},
     {"MoreTitlesThanTracksNamesTheUnusedOnes",
      [](const std::string& e, const test::TempDir&) {
@@ -189,53 +181,6 @@ const CliCase kCases[] = {
 INSTANTIATE_TEST_SUITE_P(Cases, ExportCommand, testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
-// No output may carry a bare error number instead of words.
-TEST(ExportCommandMessages, NoBareErrorNumbers) {
-    test::TempDir dir;
-    fs::create_directories(dir.file("exports"));
-    tones(dir.file("exports"), 1);
-    std::ofstream(dir.file("Music")) << "a file where the folder should be";
-    std::string output;
-    EXPECT_EQ(test::runCommand(shellQuote(test::cliPath()) + " export --export-dir " +
-                                   shellQuote(dir.file("exports")) + " --library " +
-                                   shellQuote(dir.file("Music/Sub")) + " --artist A --album B",
-                               output),
-              1);
-    EXPECT_EQ(output.find("err ="), std::string::npos) << output;
-    EXPECT_EQ(output.find("-1753"), std::string::npos) << output;
-    EXPECT_NE(output.find("Not a directory"), std::string::npos) << output;
-}
-
-// A recording (here: this process, as the recorder would) holds the export folder: the export
-// refuses at once, says who holds it, and touches nothing.
-TEST(ExportCommandLock, RefusesAFolderInUseAndNamesTheHolder) {
-    test::TempDir dir;
-    const std::string exports = dir.file("exports");
-    fs::create_directories(exports);
-    tones(exports, 2);
-    std::ofstream(exports + "/WXRTTmpFile.count") << "2\nfinished\n";
-    const std::string command = shellQuote(test::cliPath()) + " export --export-dir " +
-                                shellQuote(exports) + " --library " +
-                                shellQuote(dir.file("Music")) + " --artist A --album B";
-    for (const FolderUse use : {FolderUse::Recording, FolderUse::Exporting}) {
-        ExportFolderLock held;
-        ASSERT_EQ(held.tryLock(exports, use, "waxline-cli"), ExportFolderLock::Outcome::Taken);
-        std::string output;
-        EXPECT_EQ(test::runCommand(command, output), 1) << output;
-        EXPECT_NE(
-            output.find("the export folder " + exports + " is in use: waxline-cli (process " +
-                        std::to_string(getpid()) + ") is " +
-                        (use == FolderUse::Recording ? "recording into it" : "exporting from it")),
-            std::string::npos)
-            << output;
-        EXPECT_FALSE(fs::exists(dir.file("Music"))) << output;
-        EXPECT_FALSE(fs::exists(exports + "/WXRTTmpFile.1.mp3")) << output;
-    }
-    std::string output;
-    EXPECT_EQ(test::runCommand(command, output), 0) << output;
-    EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 2u) << output;
-}
-
 // Unicode names read back as typed with --unicode-tags, and as Latin-1 bytes without it.
 TEST(ExportCommandTags, UnicodeTagsKeepTheNamesAsTyped) {
     const std::string cafe = "Caf\xC3\xA9";
@@ -245,13 +190,13 @@ TEST(ExportCommandTags, UnicodeTagsKeepTheNamesAsTyped) {
         fs::create_directories(dir.file("exports"));
         tones(dir.file("exports"), 1);
         std::string output;
-        ASSERT_EQ(test::runCommand(shellQuote(test::cliPath()) + " export --export-dir " +
-                                       shellQuote(dir.file("exports")) + " --library " +
-                                       shellQuote(dir.file("Music")) + " --artist " +
-                                       shellQuote(cafe) + " --album B --title " + shellQuote(cafe) +
-                                       (unicode ? " --unicode-tags" : ""),
-                                   output),
-                  0)
+        ASSERT_EQ(
+            test::runCommand(test::cli("export --export-dir " + shellQuote(dir.file("exports")) +
+                                       " --library " + shellQuote(dir.file("Music")) +
+                                       " --artist " + shellQuote(cafe) + " --album B --title " +
+                                       shellQuote(cafe) + (unicode ? " --unicode-tags" : "")),
+                             output),
+            0)
             << output;
         const auto tags = test::probeTags(dir.file("Music/" + cafe + "/B/01 " + cafe + ".mp3"));
         const std::string expected = unicode ? cafe : test::latin1BytesAsUtf8(cafe);
@@ -260,30 +205,21 @@ TEST(ExportCommandTags, UnicodeTagsKeepTheNamesAsTyped) {
     }
 }
 
-} // namespace
-} // namespace waxline
-
-namespace waxline {
-namespace {
-
 // The whole job headless: a synthetic side played by the virtual turntable is recorded, split at
 // its gaps and exported; the run-out groove after the album end is not.
 TEST(DigitizeCommand, RecordsAndExportsASideIntoTheLibrary) {
     test::TempDir dir;
-    const std::string side = dir.file("side.wav");
+    const std::string side = test::makeDemoSideFile(dir, 2, 5);
     std::string output;
-    ASSERT_EQ(test::runCommand(shellQuote(test::cliPath()) + " make-demo-side " + shellQuote(side) +
-                                   " --tracks 2 --seed 5",
-                               output),
-              0)
+    ASSERT_EQ(
+        test::runCommand(
+            test::cli("digitize --virtual-device " +
+                      shellQuote("usb=08bb:2900,name=USB Audio CODEC ,file=" + side + ",speed=40") +
+                      " --export-dir " + shellQuote(dir.file("exports")) + " --library " +
+                      shellQuote(dir.file("Music")) + " --artist Deck --album Side --title First"),
+            output),
+        0)
         << output;
-    const int status = test::runCommand(
-        shellQuote(test::cliPath()) + " digitize --virtual-device " +
-            shellQuote("usb=08bb:2900,name=USB Audio CODEC ,file=" + side + ",speed=40") +
-            " --export-dir " + shellQuote(dir.file("exports")) + " --library " +
-            shellQuote(dir.file("Music")) + " --artist Deck --album Side --title First",
-        output);
-    ASSERT_EQ(status, 0) << output;
     EXPECT_EQ(test::filesBelow(dir.file("Music")),
               (std::vector<std::string>{"Deck/Side/01 First.mp3", "Deck/Side/02 Unknown.mp3"}))
         << output;
@@ -296,24 +232,22 @@ TEST(DigitizeCommand, RecordsAndExportsASideIntoTheLibrary) {
 // track would carry its full title), and the user is told how to export them.
 TEST(DigitizeCommand, InterruptedKeepsTheTracksButExportsNothing) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 2, 5);
     const std::string exports = dir.file("exports");
     const std::string log = dir.file("output.txt");
-    const std::string command =
-        shellQuote(test::cliPath()) + " digitize --virtual-device " +
-        shellQuote("file=" + side + ",speed=10") + " --export-dir " + shellQuote(exports) +
-        " --library " + shellQuote(dir.file("Music")) + " --artist Deck --album Side --title One" +
-        " --title Two >" + shellQuote(log) + " 2>&1";
     // The shell waits for the track file, interrupts the program 1.5 s later, and reports its
     // exit status.
     std::string status;
     ASSERT_EQ(test::runCommand(
-                  command + " & pid=$!; until [ -s " + shellQuote(exports + "/WXRTTmpFile.1.wav") +
-                      " ]; do sleep 0.1; done; sleep 1.5; kill -INT $pid; wait $pid;" + " echo $?",
+                  test::cli("digitize" +
+                            test::deckArgs(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
+                            " --library " + shellQuote(dir.file("Music")) +
+                            " --artist Deck --album Side --title One --title Two >" +
+                            shellQuote(log) + " 2>&1") +
+                      " & pid=$!; until [ -s " + shellQuote(exports + "/WXRTTmpFile.1.wav") +
+                      " ]; do sleep 0.1; done; sleep 1.5; kill -INT $pid; wait $pid; echo $?",
                   status, false),
               0);
-    std::ifstream in(log);
-    const std::string output((std::istreambuf_iterator<char>(in)), {});
+    const std::string output = test::readFile(log);
     EXPECT_EQ(status, "130\n") << output;
     EXPECT_NE(output.find("interrupted"), std::string::npos) << output;
     EXPECT_NE(output.find("waxline-cli export --export-dir " + exports), std::string::npos)

@@ -1,8 +1,8 @@
 // `waxline-cli record` as a process: a file-size limit that makes the writes fail, and a kill
 // without warning. The track file must stay a WAV that libsndfile and ffprobe open.
 #include "capture/recorder/ExportFolderLock.h"
+#include "cli/CliRun.h"
 #include "support/MediaFiles.h"
-#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
@@ -53,11 +53,33 @@ uintmax_t fileSize(const std::string& path) {
     return ec ? 0 : size;
 }
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream all;
-    all << in.rdbuf();
-    return all.str();
+// `waxline-cli record ARGS` started with its output into the file `output.txt` of `dir`.
+pid_t startLogged(const test::TempDir& dir, const std::vector<std::string>& args,
+                  rlim_t fileSizeLimit = 0) {
+    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (out < 0)
+        return -1;
+    const pid_t child = startRecord(args, out, fileSizeLimit);
+    close(out);
+    return child;
+}
+
+// Waits for the child started by startLogged; its wait status, and what it printed.
+std::string waitLogged(const test::TempDir& dir, pid_t child, int& status) {
+    status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return test::readFile(dir.file("output.txt"));
+}
+
+// The arguments that record `side` from the virtual deck at `speed` into `exports`.
+std::vector<std::string> deck(const std::string& side, const std::string& speed,
+                              const std::string& exports) {
+    return {"--virtual-device", "file=" + side + ",speed=" + speed, "--export-dir", exports};
+}
+
+std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
 // The data chunk's size as the file's header states it.
@@ -75,20 +97,16 @@ long long headerDataBytes(const std::string& path) {
 // says so, and the file holds what fitted with a header that tells its true length.
 TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 1, 4);
     const std::string exports = dir.file("exports");
     constexpr rlim_t kLimit = 1'000'000; // about 5.7 s of 16-bit stereo at 44.1 kHz
-    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    ASSERT_GE(out, 0);
-    const pid_t child =
-        startRecord({"--virtual-device", "file=" + side + ",speed=40", "--export-dir", exports,
-                     "--split", "off", "--preset", "none", "--max-seconds", "60"},
-                    out, kLimit);
-    close(out);
+    const pid_t child = startLogged(
+        dir,
+        deck(test::makeDemoSideFile(dir, 1, 4), "40", exports) +
+            std::vector<std::string>{"--split", "off", "--preset", "none", "--max-seconds", "60"},
+        kLimit);
     ASSERT_GT(child, 0);
     int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    const std::string text = readFile(dir.file("output.txt"));
+    const std::string text = waitLogged(dir, child, status);
     ASSERT_TRUE(WIFEXITED(status)) << text;
     EXPECT_EQ(WEXITSTATUS(status), 1) << text;
     EXPECT_NE(text.find("could not be written"), std::string::npos) << text;
@@ -110,13 +128,13 @@ TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
 // second, so minus half a second), which is read before the kill.
 TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 1, 6);
     const std::string exports = dir.file("exports");
     int pipeFds[2];
     ASSERT_EQ(pipe(pipeFds), 0);
-    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=4",
-                                     "--export-dir", exports, "--split", "off", "--preset", "none"},
-                                    pipeFds[1]);
+    const pid_t child =
+        startRecord(deck(test::makeDemoSideFile(dir, 1, 6), "4", exports) +
+                        std::vector<std::string>{"--split", "off", "--preset", "none"},
+                    pipeFds[1]);
     close(pipeFds[1]);
     ASSERT_GT(child, 0);
 
@@ -157,14 +175,12 @@ TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
 TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
     test::TempDir dir;
     const std::string side = test::makeDemoSideFile(dir, 1, 2);
-    for (const char* speed : {"1", "20", "max"}) {
+    for (const std::string speed : {"1", "20", "max"}) {
         SCOPED_TRACE(speed);
-        const std::string exports = dir.file(std::string("exports-") + speed);
+        const std::string exports = dir.file("exports-" + speed);
         std::string out;
-        ASSERT_EQ(test::runCommand(test::cliPath() + " record --virtual-device " +
-                                       test::shellQuote("file=" + side + ",speed=" + speed) +
-                                       " --export-dir " + test::shellQuote(exports) +
-                                       " --split off --preset none --max-seconds 1.5",
+        ASSERT_EQ(test::runCommand(test::cli("record" + test::deckArgs(side, speed, exports) +
+                                             " --split off --preset none --max-seconds 1.5"),
                                    out),
                   0)
             << out;
@@ -178,38 +194,28 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
 // marked finished; the export then says it was interrupted and takes the cut-off track too.
 TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 2, 5);
     const std::string exports = dir.file("exports");
-    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    ASSERT_GE(out, 0);
-    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=10",
-                                     "--export-dir", exports, "--preset", "none"},
-                                    out);
-    close(out);
+    const pid_t child = startLogged(dir, deck(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
+                                             std::vector<std::string>{"--preset", "none"});
     ASSERT_GT(child, 0);
     const std::string second = exports + "/WXRTTmpFile.2.wav";
     for (int i = 0; i < 400 && !std::filesystem::exists(second); ++i)
         usleep(50'000);
     // The count is brought up to date at the next status tick, which a loaded machine delays.
     const std::string countFile = exports + "/WXRTTmpFile.count";
-    for (int i = 0; i < 400 && readFile(countFile) != "1\n"; ++i)
+    for (int i = 0; i < 400 && test::readFile(countFile) != "1\n"; ++i)
         usleep(50'000);
     // Killed once track 2 holds some of its music (a few seconds at 16-bit stereo).
     for (int i = 0; i < 400 && fileSize(second) < 10 * 44100 * 4; ++i)
         usleep(50'000);
     kill(child, SIGKILL);
     int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    const std::string text = readFile(dir.file("output.txt"));
+    const std::string text = waitLogged(dir, child, status);
     ASSERT_TRUE(std::filesystem::exists(second)) << text;
-    EXPECT_EQ(readFile(countFile), "1\n") << text;
+    EXPECT_EQ(test::readFile(countFile), "1\n") << text;
 
     std::string exported;
-    EXPECT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
-                                   test::shellQuote(exports) + " --library " +
-                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
-                               exported),
-              0)
+    EXPECT_EQ(test::runCommand(test::exportCommand(exports, dir.file("Music")), exported), 0)
         << exported;
     EXPECT_NE(exported.find("was interrupted"), std::string::npos) << exported;
     EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 2u) << exported;
@@ -220,27 +226,18 @@ TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted
 // itself, to the same audio as the export's command makes of it.
 TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 2, 5);
     const std::string exports = dir.file("exports");
-    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    ASSERT_GE(out, 0);
-    const pid_t child = startRecord({"--virtual-device", "file=" + side + ",speed=10",
-                                     "--export-dir", exports, "--preset", "none"},
-                                    out);
-    close(out);
+    const pid_t child = startLogged(dir, deck(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
+                                             std::vector<std::string>{"--preset", "none"});
     ASSERT_GT(child, 0);
     const std::string track = exports + "/WXRTTmpFile.1.wav";
-    const std::string partial = exports + "/WXRTTmpFile.1.encoding.mp3";
     bool encoding = false;
-    for (int i = 0; i < 30000 && !encoding; ++i) {
-        encoding = std::filesystem::exists(partial);
-        if (!encoding)
+    for (int i = 0; i < 30000 && !encoding; ++i)
+        if (!(encoding = std::filesystem::exists(exports + "/WXRTTmpFile.1.encoding.mp3")))
             usleep(2'000);
-    }
     kill(child, SIGKILL);
     int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    const std::string text = readFile(dir.file("output.txt"));
+    const std::string text = waitLogged(dir, child, status);
     ASSERT_TRUE(encoding) << "track 1 was never seen being encoded:\n" << text;
 
     for (int i = 0; i < 250 && !test::processesMentioning(exports).empty(); ++i)
@@ -249,11 +246,9 @@ TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake)
         << "the encoder outlived the recorder";
 
     std::string exported;
-    EXPECT_EQ(test::runCommand(test::cliPath() + " export --tracks 1 --export-dir " +
-                                   test::shellQuote(exports) + " --library " +
-                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
-                               exported),
-              0)
+    EXPECT_EQ(
+        test::runCommand(test::exportCommand(exports, dir.file("Music"), " --tracks 1"), exported),
+        0)
         << exported;
     EXPECT_NE(exported.find("No track was ready before the export"), std::string::npos) << exported;
     const std::vector<std::string> made = test::filesBelow(dir.file("Music"));
@@ -274,14 +269,12 @@ TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake)
 TEST(RecordCommand, ExportSaysWhichTracksWereEncodedWhileRecording) {
     const struct {
         bool early;
-        const char* recordSays;
+        const char* recordSays; // null: nothing about encoding while recording
         const char* exportSays;
-        const char* trackSuffix;
     } cases[] = {
         {true, "2 of 2 tracks encoded to MP3 while recording",
-         "Encoded while recording, ready before the export: tracks 1-2 of 2",
-         "  (encoded while recording)"},
-        {false, nullptr, "No track was ready before the export: each is encoded now", nullptr},
+         "Encoded while recording, ready before the export: tracks 1-2 of 2"},
+        {false, nullptr, "No track was ready before the export: each is encoded now"},
     };
     test::TempDir dir;
     const std::string side = test::makeDemoSideFile(dir, 2, 5);
@@ -289,37 +282,27 @@ TEST(RecordCommand, ExportSaysWhichTracksWereEncodedWhileRecording) {
         SCOPED_TRACE(c.early);
         const std::string exports = dir.file(c.early ? "early" : "late");
         std::string recorded;
-        ASSERT_EQ(test::runCommand(test::cliPath() + " record --virtual-device " +
-                                       test::shellQuote("file=" + side + ",speed=20") +
-                                       " --preset none --export-dir " + test::shellQuote(exports) +
-                                       (c.early ? "" : " --no-early-encoding"),
-                                   recorded),
-                  0)
+        ASSERT_EQ(
+            test::runCommand(test::cli("record" + test::deckArgs(side, "20", exports) +
+                                       " --preset none" + (c.early ? "" : " --no-early-encoding")),
+                             recorded),
+            0)
             << recorded;
-        if (c.recordSays)
-            EXPECT_NE(recorded.find(c.recordSays), std::string::npos) << recorded;
-        else
-            EXPECT_EQ(recorded.find("while recording"), std::string::npos) << recorded;
+        EXPECT_EQ(recorded.find(c.recordSays ? c.recordSays : "while recording") !=
+                      std::string::npos,
+                  c.recordSays != nullptr)
+            << recorded;
 
         std::string exported;
-        ASSERT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
-                                       test::shellQuote(exports) + " --library " +
-                                       test::shellQuote(exports + "-Music") +
-                                       " --artist A --album B",
-                                   exported),
-                  0)
+        ASSERT_EQ(test::runCommand(test::exportCommand(exports, exports + "-Music"), exported), 0)
             << exported;
         EXPECT_NE(exported.find(c.exportSays), std::string::npos) << exported;
-        for (const char* track : {"track 1/2", "track 2/2"}) {
-            const size_t at = exported.find(track);
-            ASSERT_NE(at, std::string::npos) << exported;
-            const std::string line = exported.substr(at, exported.find('\n', at) - at);
-            EXPECT_EQ(c.trackSuffix && line.size() >= std::strlen(c.trackSuffix) &&
-                          line.compare(line.size() - std::strlen(c.trackSuffix), std::string::npos,
-                                       c.trackSuffix) == 0,
-                      c.trackSuffix != nullptr)
-                << line;
-        }
+        // Each track's line ends in the mark exactly when its MP3 was made early.
+        const std::regex marked(R"(track [12]/2[^\n]*  \(encoded while recording\)\n)");
+        EXPECT_EQ(std::distance(std::sregex_iterator(exported.begin(), exported.end(), marked),
+                                std::sregex_iterator()),
+                  c.early ? 2 : 0)
+            << exported;
     }
 }
 
@@ -330,21 +313,17 @@ TEST(RecordCommand, AFullDiskIsSaidOnceWithWhatToDo) {
     const std::string side = test::makeDemoSideFile(dir, 1, 2);
     const std::string disk = dir.file("disk");
     std::filesystem::create_directories(disk);
+    const std::string mount = "mount -t tmpfs -o size=600k tmpfs " + test::shellQuote(disk);
     std::string probe;
-    if (test::runCommand(
-            "unshare -rm sh -c " +
-                test::shellQuote("mount -t tmpfs -o size=600k tmpfs " + test::shellQuote(disk)),
-            probe) != 0)
+    if (test::runCommand("unshare -rm sh -c " + test::shellQuote(mount), probe) != 0)
         GTEST_SKIP() << "no private tmpfs here: " << probe;
     const std::string exports = disk + "/exports";
     std::string out;
     const int status = test::runCommand(
         "unshare -rm sh -c " +
-            test::shellQuote("mount -t tmpfs -o size=600k tmpfs " + test::shellQuote(disk) +
-                             " && exec " + test::shellQuote(test::cliPath()) +
-                             " record --virtual-device " +
-                             test::shellQuote("file=" + side + ",speed=max") + " --export-dir " +
-                             test::shellQuote(exports) + " --split off --preset none"),
+            test::shellQuote(mount + " && exec " +
+                             test::cli("record" + test::deckArgs(side, "max", exports) +
+                                       " --split off --preset none")),
         out);
     EXPECT_EQ(status, 1) << out;
     const std::string said = "The disk is full";
@@ -366,13 +345,9 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
     for (const int sig : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(sig);
         const std::string exports = dir.file("exports-" + std::to_string(sig));
-        const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ASSERT_GE(out, 0);
         const pid_t child =
-            startRecord({"--virtual-device", "file=" + side + ",speed=4", "--export-dir", exports,
-                         "--split", "off", "--preset", "none"},
-                        out);
-        close(out);
+            startLogged(dir, deck(side, "4", exports) +
+                                 std::vector<std::string>{"--split", "off", "--preset", "none"});
         ASSERT_GT(child, 0);
         const std::string track = exports + "/WXRTTmpFile.1.wav";
         for (int i = 0; i < 100 && !std::filesystem::exists(track); ++i)
@@ -380,12 +355,11 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
         usleep(500'000);
         kill(child, sig);
         int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        const std::string text = readFile(dir.file("output.txt"));
+        const std::string text = waitLogged(dir, child, status);
         ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status) << "\n" << text;
         EXPECT_EQ(WEXITSTATUS(status), 0) << text;
         EXPECT_NE(text.find("Recording ended (interrupted)"), std::string::npos) << text;
-        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.count"), "1\nfinished\n") << text;
+        EXPECT_EQ(test::readFile(exports + "/WXRTTmpFile.count"), "1\nfinished\n") << text;
         const test::SoundInfo info = test::soundInfo(track);
         EXPECT_GT(info.frames, 44100);
         EXPECT_EQ(headerDataBytes(track), 4 * info.frames);
@@ -397,24 +371,22 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
 TEST(RecordCommand, DiagnosticsGoToTheLogAndToTheTerminalOnlyWhenVerbose) {
     test::TempDir dir;
     const std::string side = test::makeDemoSideFile(dir, 1, 2);
-    const std::string exports = dir.file("exports");
     const std::string log = dir.file("exports.log");
     const char* const diagnostics[] = {"selectInputFromDeviceList Device = ", "setNoFilter",
                                        "Found device VID 0x08BB"};
     for (const bool verbose : {false, true}) {
         SCOPED_TRACE(verbose);
         std::string out;
-        ASSERT_EQ(test::runCommand(test::cliPath() + " record --discard --virtual-device " +
-                                       test::shellQuote("file=" + side + ",speed=20") +
-                                       " --export-dir " + test::shellQuote(exports) +
-                                       " --preset none --max-seconds 1" +
-                                       (verbose ? " --verbose" : ""),
-                                   out),
-                  0)
+        ASSERT_EQ(
+            test::runCommand(
+                test::cli("record --discard" + test::deckArgs(side, "20", dir.file("exports")) +
+                          " --preset none --max-seconds 1" + (verbose ? " --verbose" : "")),
+                out),
+            0)
             << out;
         EXPECT_NE(out.find("Recording from input"), std::string::npos) << out;
         EXPECT_NE(out.find("Recording ended (time limit)"), std::string::npos) << out;
-        const std::string logged = readFile(log);
+        const std::string logged = test::readFile(log);
         for (const char* line : diagnostics) {
             EXPECT_EQ(out.find(line) != std::string::npos, verbose) << line << " in\n" << out;
             EXPECT_NE(logged.find(line), std::string::npos) << line << " in\n" << logged;
@@ -422,7 +394,7 @@ TEST(RecordCommand, DiagnosticsGoToTheLogAndToTheTerminalOnlyWhenVerbose) {
         EXPECT_EQ(logged.find("Recording from input"), std::string::npos) << logged;
     }
     // Each run appends under its own heading.
-    const std::string logged = readFile(log);
+    const std::string logged = test::readFile(log);
     size_t runs = 0;
     for (size_t at = logged.find("waxline-cli record"); at != std::string::npos;
          at = logged.find("waxline-cli record", at + 1))
@@ -434,11 +406,10 @@ TEST(RecordCommand, DiagnosticsGoToTheLogAndToTheTerminalOnlyWhenVerbose) {
 // exported (or discarded) the folder is free again.
 TEST(RecordCommand, KeepsAnUnexportedRecordingUnlessToldToDiscardIt) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 1, 2);
     const std::string exports = dir.file("exports");
-    const std::string record = test::cliPath() + " record --virtual-device " +
-                               test::shellQuote("file=" + side + ",speed=max") + " --export-dir " +
-                               test::shellQuote(exports) + " --split off --preset none";
+    const std::string record =
+        test::cli("record" + test::deckArgs(test::makeDemoSideFile(dir, 1, 2), "max", exports) +
+                  " --split off --preset none");
     std::string out;
     ASSERT_EQ(test::runCommand(record + " --max-seconds 1", out), 0) << out;
     const std::string track = exports + "/WXRTTmpFile.1.wav";
@@ -454,42 +425,57 @@ TEST(RecordCommand, KeepsAnUnexportedRecordingUnlessToldToDiscardIt) {
     EXPECT_EQ(test::soundInfo(track).frames, 88200) << out;
 
     // Exported in full, the recording may be replaced without --discard.
-    ASSERT_EQ(test::runCommand(test::cliPath() + " export --export-dir " +
-                                   test::shellQuote(exports) + " --library " +
-                                   test::shellQuote(dir.file("Music")) + " --artist A --album B",
-                               out),
-              0)
-        << out;
+    ASSERT_EQ(test::runCommand(test::exportCommand(exports, dir.file("Music")), out), 0) << out;
     EXPECT_EQ(test::runCommand(record + " --max-seconds 1", out), 0) << out;
     EXPECT_EQ(test::soundInfo(track).frames, 44100) << out;
 }
 
-// A second recording into a folder in use refuses at once, names the holder and touches nothing.
-TEST(RecordCommand, RefusesAnExportFolderInUse) {
+// Every command that writes into the export folder refuses at once while another run holds it,
+// names the holder and what it does there, and touches nothing; once let go, the folder is free.
+TEST(RecordCommand, EveryCommandRefusesAnExportFolderInUse) {
     test::TempDir dir;
     const std::string side = test::makeDemoSideFile(dir, 1, 2);
     const std::string exports = dir.file("exports");
+    const std::string track = exports + "/WXRTTmpFile.1.wav";
     std::filesystem::create_directories(exports);
-    std::ofstream(exports + "/WXRTTmpFile.1.wav") << "being exported";
-    ExportFolderLock held;
-    ASSERT_EQ(held.tryLock(exports, FolderUse::Exporting, "Waxline"),
-              ExportFolderLock::Outcome::Taken);
-    for (const char* command : {"record", "digitize --artist A --album B"}) {
-        SCOPED_TRACE(command);
+    ASSERT_TRUE(test::writeToneWav(track, 0.8, 0.5));
+    std::ofstream(exports + "/WXRTTmpFile.count") << "1\nfinished\n";
+    const std::string before = test::readFile(track);
+    const std::string library = " --library " + test::shellQuote(dir.file("Music"));
+    const struct {
+        std::string command;
+        FolderUse use;
+    } cases[] = {
+        {test::cli("record --discard --max-seconds 1" + test::deckArgs(side, "max", exports)),
+         FolderUse::Exporting},
+        {test::cli("digitize --artist A --album B --discard --max-seconds 1" + library +
+                   test::deckArgs(side, "max", exports)),
+         FolderUse::Recording},
+        {test::exportCommand(exports, dir.file("Music")), FolderUse::Exporting},
+        {test::exportCommand(exports, dir.file("Music")), FolderUse::Recording},
+        {test::cli("splits --apply --tracks 2 --folder " + test::shellQuote(exports)),
+         FolderUse::Recording},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        ExportFolderLock held;
+        ASSERT_EQ(held.tryLock(exports, c.use, "Waxline"), ExportFolderLock::Outcome::Taken);
         std::string out;
-        EXPECT_EQ(test::runCommand(test::cliPath() + " " + command + " --virtual-device " +
-                                       test::shellQuote("file=" + side + ",speed=max") +
-                                       " --export-dir " + test::shellQuote(exports) +
-                                       " --discard --max-seconds 1",
-                                   out),
-                  1)
+        EXPECT_EQ(test::runCommand(c.command, out), 1) << out;
+        EXPECT_NE(
+            out.find("the export folder " + exports + " is in use: Waxline (process " +
+                     std::to_string(getpid()) + ") is " +
+                     (c.use == FolderUse::Recording ? "recording into it" : "exporting from it")),
+            std::string::npos)
             << out;
-        EXPECT_NE(out.find("is in use: Waxline (process " + std::to_string(getpid()) +
-                           ") is exporting from it"),
-                  std::string::npos)
-            << out;
-        EXPECT_EQ(readFile(exports + "/WXRTTmpFile.1.wav"), "being exported");
+        EXPECT_EQ(test::readFile(track), before);
+        EXPECT_FALSE(std::filesystem::exists(exports + "/WXRTTmpFile.2.wav"));
+        EXPECT_FALSE(std::filesystem::exists(exports + "/WXRTTmpFile.1.mp3"));
+        EXPECT_FALSE(std::filesystem::exists(dir.file("Music")));
     }
+    std::string out;
+    EXPECT_EQ(test::runCommand(test::exportCommand(exports, dir.file("Music")), out), 0) << out;
+    EXPECT_EQ(test::filesBelow(dir.file("Music")).size(), 1u) << out;
 }
 
 } // namespace

@@ -28,6 +28,16 @@ int recordCapturing(const cli::RecordOptions& options, cli::RecordResult& result
     return status;
 }
 
+// Options that record a demo side of `tracks` tracks from the virtual deck at `speed`.
+cli::RecordOptions deckOptions(const test::TempDir& dir, int tracks, int seed, int speed) {
+    cli::RecordOptions options;
+    options.virtualDevice =
+        "file=" + test::makeDemoSideFile(dir, tracks, seed) + ",speed=" + std::to_string(speed);
+    options.exportDir = dir.file("exports");
+    options.showStatus = false;
+    return options;
+}
+
 long long framesIn(const cli::RecordResult& result) {
     long long frames = 0;
     for (const auto& f : result.files) {
@@ -44,11 +54,7 @@ long long framesIn(const cli::RecordResult& result) {
 // claiming they were kept.
 TEST(RecordSessionFaults, DeletedExportFolderStopsTheRecordingWithinASecond) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 2, 5);
-    cli::RecordOptions options;
-    options.virtualDevice = "file=" + side + ",speed=2";
-    options.exportDir = dir.file("exports");
-    options.showStatus = false;
+    cli::RecordOptions options = deckOptions(dir, 2, 5, 2);
     std::chrono::steady_clock::time_point deletedAt;
     options.onTick = [&](Audio& audio, platform::Platform&) {
         if (deletedAt == std::chrono::steady_clock::time_point() &&
@@ -77,11 +83,7 @@ TEST(RecordSessionFaults, DeletedExportFolderStopsTheRecordingWithinASecond) {
 // pressed, both tracks stay, and nothing the recorder had received is missing from them.
 TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 3, 5);
-    cli::RecordOptions options;
-    options.virtualDevice = "file=" + side + ",speed=40";
-    options.exportDir = dir.file("exports");
-    options.showStatus = false;
+    cli::RecordOptions options = deckOptions(dir, 3, 5, 40);
     uint64_t capturedAtUnplug = 0;
     bool unplugged = false;
     uint64_t capturedInTrack2 = 0; // seen at the first tick of track 2
@@ -122,11 +124,9 @@ TEST(RecordSessionFaults, VanishedDeckEndsTheRecordingAndKeepsTheTracks) {
 // dropped reaches the file.
 TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 1, 8);
-    cli::RecordOptions options;
     // Slow enough that the live line (every five seconds when not on a terminal) appears.
-    options.virtualDevice = "file=" + side + ",speed=10";
-    options.exportDir = dir.file("exports");
+    cli::RecordOptions options = deckOptions(dir, 1, 8, 10);
+    options.showStatus = true;
     options.automaticSplit = false;
     options.preset = "none";
     options.maxSeconds = 70;
@@ -176,12 +176,9 @@ TEST(RecordSessionFaults, StalledWriterDropsAreCountedAndShown) {
 // either) is refused at the first track with a clear message; nothing is left behind.
 TEST(RecordSessionFaults, ExportFolderThatCannotBeMadeIsRefused) {
     test::TempDir dir;
-    const std::string side = test::makeDemoSideFile(dir, 1, 2);
     std::ofstream(dir.file("plain")) << "not a folder\n";
-    cli::RecordOptions options;
-    options.virtualDevice = "file=" + side + ",speed=40";
+    cli::RecordOptions options = deckOptions(dir, 1, 2, 40);
     options.exportDir = dir.file("plain/exports");
-    options.showStatus = false;
     cli::RecordResult result;
     std::string text;
     const int status = recordCapturing(options, result, text);

@@ -5,7 +5,6 @@
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>
-#include <sndfile.h>
 
 #include <cmath>
 #include <fstream>
@@ -29,26 +28,13 @@ TEST_P(RecordSession, NothingIsLostAtASplit) {
     demo.lengthSeconds = 170; // tracks of about half a minute: long enough for the detector
     cli::DemoSideGenerator generator(demo);
     const cli::DemoSideLayout layout = generator.layout();
-    {
-        SF_INFO info{};
-        info.samplerate = 44100;
-        info.channels = 2;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        SNDFILE* f = sf_open(side.c_str(), SFM_WRITE, &info);
-        ASSERT_NE(f, nullptr);
-        std::vector<float> l(4096), r(4096), lr(8192);
-        while (size_t n = generator.render(l.data(), r.data(), 4096)) {
-            for (size_t i = 0; i < n; ++i) {
-                lr[2 * i] = l[i];
-                lr[2 * i + 1] = r[i];
-            }
-            sf_writef_float(f, lr.data(), static_cast<sf_count_t>(n));
-        }
-        sf_close(f);
-    }
+    std::vector<float> left(generator.totalFrames()), right(generator.totalFrames());
+    for (size_t at = 0; size_t n = generator.render(left.data() + at, right.data() + at, 4096);)
+        at += n;
+    ASSERT_TRUE(test::writeStereoWav(side, left, right));
+    // The side as the deck plays it: 16-bit values.
     const test::WavContents sideWav = test::readStereoWav(side);
-    EXPECT_EQ(sideWav.error, "");
-    EXPECT_EQ(sideWav.channels, 2);
+    ASSERT_EQ(sideWav.channels, 2);
     const std::vector<float>& input = sideWav.samples;
     const size_t inputFrames = input.size() / 2;
 

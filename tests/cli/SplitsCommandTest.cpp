@@ -1,8 +1,7 @@
 // `waxline-cli splits` as a person runs it: the live splits beside the proposal, a re-cut that
 // keeps every sample, and bad values refused in one line. `record --tracks` re-cuts its side.
-#include "capture/recorder/ExportFolderLock.h"
+#include "cli/CliRun.h"
 #include "splitting/SideRecut.h"
-#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
@@ -21,16 +20,11 @@ namespace fs = std::filesystem;
 using test::runCommand;
 using test::shellQuote;
 
-struct Span {
-    double start;
-    double end;
-};
-
 // A demo side, its samples as 16-bit values and the gaps its maker printed.
 struct DemoSide {
     std::string path;
     std::vector<short> samples; // interleaved stereo
-    std::vector<Span> gaps;
+    std::vector<test::Span> gaps;
     int64_t frames() const { return static_cast<int64_t>(samples.size() / 2); }
 };
 
@@ -43,10 +37,7 @@ DemoSide makeSide(const test::TempDir& dir, const std::string& options) {
                    printed),
         0)
         << printed;
-    const std::regex gap(R"(gap\s+([0-9.]+) s \.\.\s+([0-9.]+) s)");
-    for (auto it = std::sregex_iterator(printed.begin(), printed.end(), gap);
-         it != std::sregex_iterator(); ++it)
-        side.gaps.push_back({std::stod((*it)[1]), std::stod((*it)[2])});
+    side.gaps = test::gapsIn(printed);
     SF_INFO info{};
     SNDFILE* f = sf_open(side.path.c_str(), SFM_READ, &info);
     EXPECT_TRUE(f && info.channels == 2 && info.samplerate == 44100);
@@ -103,22 +94,23 @@ OnDisk readTracks(const std::string& folder) {
     return disk;
 }
 
-std::string fileText(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
-
 int splits(const std::string& folder, const std::string& args, std::string& out,
            bool mergeErrors = true) {
-    return runCommand(shellQuote(test::cliPath()) + " splits --folder " + shellQuote(folder) + " " +
-                          args,
-                      out, mergeErrors);
+    return runCommand(test::cli("splits --folder " + shellQuote(folder) + " " + args), out,
+                      mergeErrors);
 }
 
-long lines(const std::string& text) {
-    return std::count(text.begin(), text.end(), '\n');
+// A re-cut of the one-track side in `folder` at `at`, killed once its journal is in place.
+void killRecutAfterJournal(const std::string& folder, const std::vector<int64_t>& at) {
+    const SideOpen open = openRecordedSide(folder, 1);
+    ASSERT_EQ(open.problem, SideProblem::None);
+    struct Kill {};
+    RecutHooks hooks;
+    hooks.beforeStep = [&](int) {
+        if (fs::exists(folder + "/WXRTTmpFile.recut"))
+            throw Kill{};
+    };
+    EXPECT_THROW(recutSide(open.side, at, hooks), Kill);
 }
 
 class SplitsCommand : public testing::Test {
@@ -231,7 +223,7 @@ TEST_F(SplitsCommand, ApplyRecutsAndKeepsEverySample) {
         } else {
             EXPECT_EQ(starts, c.expectStarts);
         }
-        EXPECT_EQ(fileText(folder + "/WXRTTmpFile.count"),
+        EXPECT_EQ(test::readFile(folder + "/WXRTTmpFile.count"),
                   std::to_string(after.frames.size()) + "\nfinished\n");
         EXPECT_FALSE(fs::exists(folder + "/WXRTTmpFile.1.mp3"));
         EXPECT_FALSE(fs::exists(folder + "/WXRTTmpFile.exported"));
@@ -273,30 +265,21 @@ TEST_F(SplitsCommand, BadValuesAreRefusedInOneLine) {
         std::string printed;
         EXPECT_EQ(splits(folder, std::string(c.args) + " 2>&1 >/dev/null", printed, false), 2)
             << printed;
-        EXPECT_EQ(lines(printed), 1) << printed;
+        EXPECT_EQ(test::lines(printed), 1) << printed;
         EXPECT_NE(printed.find(c.mentioned), std::string::npos) << printed;
     }
     EXPECT_EQ(readTracks(folder).frames, before.frames);
     EXPECT_EQ(readTracks(folder).joined, before.joined);
 }
 
-TEST_F(SplitsCommand, SaysWhenThereIsNothingToSplitOrTheFolderIsInUse) {
+TEST(SplitsCommandEmpty, SaysWhenThereIsNothingToSplit) {
     test::TempDir work;
-    std::string out;
-    EXPECT_EQ(splits(work.file("none"), "", out), 2);
-    EXPECT_NE(out.find("No recorded tracks"), std::string::npos) << out;
     fs::create_directories(work.file("empty"));
-    EXPECT_EQ(splits(work.file("empty"), "", out), 2);
-    EXPECT_NE(out.find("No recorded tracks"), std::string::npos) << out;
-
-    const std::string folder = work.file("exports");
-    cutInto(folder, *side, {});
-    ExportFolderLock held;
-    ASSERT_EQ(held.tryLock(folder, FolderUse::Recording, "Waxline"),
-              ExportFolderLock::Outcome::Taken);
-    EXPECT_EQ(splits(folder, "--apply", out), 1);
-    EXPECT_NE(out.find("is recording into it"), std::string::npos) << out;
-    EXPECT_EQ(readTracks(folder).frames, (std::vector<int64_t>{side->frames()}));
+    for (const char* folder : {"none", "empty"}) {
+        std::string out;
+        EXPECT_EQ(splits(work.file(folder), "", out), 2) << folder;
+        EXPECT_NE(out.find("No recorded tracks"), std::string::npos) << out;
+    }
 }
 
 // What a re-cut killed before its switch-over left is cleared away before the side is read.
@@ -317,25 +300,12 @@ TEST_F(SplitsCommand, ExportCompletesAKilledRecutFirst) {
     test::TempDir work;
     const std::string folder = work.file("exports");
     cutInto(folder, *side, {});
-    const SideOpen open = openRecordedSide(folder, 1);
-    ASSERT_EQ(open.problem, SideProblem::None);
-    struct Kill {};
-    RecutHooks hooks;
-    hooks.beforeStep = [&](int) {
-        if (fs::exists(folder + "/WXRTTmpFile.recut"))
-            throw Kill{};
-    };
     const std::vector<int64_t> at{44100 * 30, 44100 * 90};
-    EXPECT_THROW(recutSide(open.side, at, hooks), Kill);
+    killRecutAfterJournal(folder, at);
     ASSERT_TRUE(fs::exists(folder + "/WXRTTmpFile.new.3.wav"));
 
     std::string out;
-    ASSERT_EQ(runCommand(shellQuote(test::cliPath()) + " export --export-dir " +
-                             shellQuote(folder) + " --library " + shellQuote(work.file("Music")) +
-                             " --artist A --album B",
-                         out),
-              0)
-        << out;
+    ASSERT_EQ(runCommand(test::exportCommand(folder, work.file("Music")), out), 0) << out;
     EXPECT_NE(out.find("finished cleanly: 3 tracks"), std::string::npos) << out;
     EXPECT_EQ(readTracks(folder).frames,
               (std::vector<int64_t>{at[0], at[1] - at[0], side->frames() - at[1]}));
@@ -347,21 +317,10 @@ TEST_F(SplitsCommand, RecordSettlesAKilledRecutFirst) {
     test::TempDir work;
     const std::string folder = work.file("exports");
     cutInto(folder, *side, {});
-    const SideOpen open = openRecordedSide(folder, 1);
-    ASSERT_EQ(open.problem, SideProblem::None);
-    struct Kill {};
-    RecutHooks hooks;
-    hooks.beforeStep = [&](int) {
-        if (fs::exists(folder + "/WXRTTmpFile.recut"))
-            throw Kill{};
-    };
-    EXPECT_THROW(recutSide(open.side, {44100 * 30, 44100 * 90}, hooks), Kill);
+    killRecutAfterJournal(folder, {44100 * 30, 44100 * 90});
 
     std::string out;
-    EXPECT_EQ(
-        runCommand(shellQuote(test::cliPath()) + " record --export-dir " + shellQuote(folder), out),
-        2)
-        << out;
+    EXPECT_EQ(runCommand(test::cli("record --export-dir " + shellQuote(folder)), out), 2) << out;
     EXPECT_NE(out.find("holds a recording (3 track files)"), std::string::npos) << out;
     EXPECT_FALSE(fs::exists(folder + "/WXRTTmpFile.recut"));
 }
@@ -416,7 +375,7 @@ TEST(SplitsRecord, RecordWithATrackCountRecutsTheSide) {
     EXPECT_NE(out.find("Re-cut the side into 3 tracks (it had 1)"), std::string::npos) << out;
     const OnDisk disk = readTracks(exports);
     ASSERT_EQ(disk.frames.size(), 3u) << out;
-    EXPECT_EQ(fileText(exports + "/WXRTTmpFile.count"), "3\nfinished\n");
+    EXPECT_EQ(test::readFile(exports + "/WXRTTmpFile.count"), "3\nfinished\n");
     int64_t at = 0;
     for (size_t i = 0; i + 1 < disk.frames.size(); ++i) {
         at += disk.frames[i];
@@ -442,39 +401,12 @@ TEST(SplitsRecord, DigitizeExportsNothingWhenTheDurationsDoNotFit) {
                          err, false),
               2)
         << err;
-    EXPECT_EQ(lines(err), 1) << err;
+    EXPECT_EQ(test::lines(err), 1) << err;
     EXPECT_NE(err.find("does not fit"), std::string::npos) << err;
     EXPECT_NE(err.find("nothing was exported"), std::string::npos) << err;
     EXPECT_EQ(readTracks(exports).joined.size() / 2,
               static_cast<size_t>(side.frames() / 44100 * 44100));
     EXPECT_FALSE(fs::exists(dir.file("Music")));
-}
-
-TEST(SplitsRecord, RefusesBadValuesBeforeRecording) {
-    test::TempDir dir;
-    const std::string exports = dir.file("exports");
-    const struct {
-        std::string args;
-        const char* mentioned;
-    } cases[] = {
-        {"record --tracks 0", "--tracks"},
-        {"record --tracks 41", "--tracks"},
-        {"record --durations 3:1x", "3:1x"},
-        {"digitize --artist A --album B --tracks 0", "--tracks"},
-        {"digitize --artist A --album B --durations A5-A1", "A5-A1"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.args);
-        std::string printed;
-        EXPECT_EQ(runCommand(shellQuote(test::cliPath()) + " " + c.args + " --export-dir " +
-                                 shellQuote(exports) + " 2>&1 >/dev/null",
-                             printed, false),
-                  2)
-            << printed;
-        EXPECT_EQ(lines(printed), 1) << printed;
-        EXPECT_NE(printed.find(c.mentioned), std::string::npos) << printed;
-    }
-    EXPECT_FALSE(fs::exists(exports));
 }
 
 } // namespace
