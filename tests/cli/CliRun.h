@@ -5,6 +5,7 @@
 #include "support/Signals.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -30,6 +31,21 @@ inline std::string exportCommand(const std::string& exports, const std::string& 
                                  const std::string& extra = "") {
     return cli("export --export-dir " + shellQuote(exports) + " --library " + shellQuote(library) +
                " --artist A --album B" + extra);
+}
+
+// Runs `command` in the background with its output into `log`, waits until the shell test
+// `until` holds (checked every `poll` seconds, for at most a minute), sends the program `signal`,
+// and returns the exit status the shell saw: the program's own, or 128 + the signal's number
+// when the signal ended it; -1 when `until` never held.
+inline int signalWhen(const std::string& command, const std::string& log, const std::string& until,
+                      const std::string& signal, const std::string& poll = "0.1") {
+    std::string result;
+    runCommand(command + " >" + shellQuote(log) + " 2>&1 & pid=$!; held=no; " +
+                   "end=$(($(date +%s) + 60)); while [ $(date +%s) -lt $end ]; do if " + until +
+                   "; then held=yes; break; fi; sleep " + poll + "; done; kill -" + signal +
+                   " $pid; wait $pid; status=$?; echo $held $status",
+               result, false);
+    return result.rfind("yes ", 0) == 0 ? std::atoi(result.c_str() + 4) : -1;
 }
 
 inline long lines(const std::string& text) {

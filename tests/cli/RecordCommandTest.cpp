@@ -6,81 +6,16 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace waxline {
 namespace {
-
-// Starts `waxline-cli record ARGS` with its standard output and error into `outFd`; in the
-// child, a file-size limit (0: none) with SIGXFSZ ignored, so writes past it fail with EFBIG.
-pid_t startRecord(const std::vector<std::string>& args, int outFd, rlim_t fileSizeLimit = 0) {
-    const std::string program = test::cliPath();
-    std::vector<std::string> all{program, "record"};
-    all.insert(all.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (auto& a : all)
-        argv.push_back(a.data());
-    argv.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (fileSizeLimit) {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit{fileSizeLimit, fileSizeLimit};
-            setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        dup2(outFd, STDOUT_FILENO);
-        dup2(outFd, STDERR_FILENO);
-        execv(program.c_str(), argv.data());
-        _exit(127);
-    }
-    return child;
-}
-
-uintmax_t fileSize(const std::string& path) {
-    std::error_code ec;
-    const uintmax_t size = std::filesystem::file_size(path, ec);
-    return ec ? 0 : size;
-}
-
-// `waxline-cli record ARGS` started with its output into the file `output.txt` of `dir`.
-pid_t startLogged(const test::TempDir& dir, const std::vector<std::string>& args,
-                  rlim_t fileSizeLimit = 0) {
-    const int out = open(dir.file("output.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    if (out < 0)
-        return -1;
-    const pid_t child = startRecord(args, out, fileSizeLimit);
-    close(out);
-    return child;
-}
-
-// Waits for the child started by startLogged; its wait status, and what it printed.
-std::string waitLogged(const test::TempDir& dir, pid_t child, int& status) {
-    status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return test::readFile(dir.file("output.txt"));
-}
-
-// The arguments that record `side` from the virtual deck at `speed` into `exports`.
-std::vector<std::string> deck(const std::string& side, const std::string& speed,
-                              const std::string& exports) {
-    return {"--virtual-device", "file=" + side + ",speed=" + speed, "--export-dir", exports};
-}
-
-std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
 
 // The data chunk's size as the file's header states it.
 long long headerDataBytes(const std::string& path) {
@@ -93,22 +28,22 @@ long long headerDataBytes(const std::string& path) {
     return p[0] | p[1] << 8 | p[2] << 16 | static_cast<long long>(p[3]) << 24;
 }
 
-// Writes fail once the track file reaches the limit: the recording stops with a message that
-// says so, and the file holds what fitted with a header that tells its true length.
+// Writes fail once the track file reaches the limit (SIGXFSZ ignored, so they fail with EFBIG):
+// the recording stops with a message that says so, and the file holds what fitted with a header
+// that tells its true length.
 TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
     test::TempDir dir;
     const std::string exports = dir.file("exports");
-    constexpr rlim_t kLimit = 1'000'000; // about 5.7 s of 16-bit stereo at 44.1 kHz
-    const pid_t child = startLogged(
-        dir,
-        deck(test::makeDemoSideFile(dir, 1, 4), "40", exports) +
-            std::vector<std::string>{"--split", "off", "--preset", "none", "--max-seconds", "60"},
-        kLimit);
-    ASSERT_GT(child, 0);
-    int status = 0;
-    const std::string text = waitLogged(dir, child, status);
-    ASSERT_TRUE(WIFEXITED(status)) << text;
-    EXPECT_EQ(WEXITSTATUS(status), 1) << text;
+    constexpr long long kLimit = 1'000'000; // about 5.7 s of 16-bit stereo at 44.1 kHz
+    std::string text;
+    EXPECT_EQ(test::runCommand(
+                  "trap '' XFSZ; exec prlimit --fsize=" + std::to_string(kLimit) + " " +
+                      test::cli("record" +
+                                test::deckArgs(test::makeDemoSideFile(dir, 1, 4), "40", exports) +
+                                " --split off --preset none --max-seconds 60"),
+                  text),
+              1)
+        << text;
     EXPECT_NE(text.find("could not be written"), std::string::npos) << text;
     EXPECT_NE(text.find("What was recorded before is kept"), std::string::npos) << text;
 
@@ -116,50 +51,33 @@ TEST(RecordCommand, FileSizeLimitStopsTheRecordingAndKeepsWhatFitted) {
     const test::SoundInfo info = test::soundInfo(track);
     ASSERT_GT(info.frames, 0) << text;
     EXPECT_EQ(info.sampleRate, 44100);
-    EXPECT_LE(44 + 4 * info.frames, static_cast<long long>(kLimit));
+    EXPECT_LE(44 + 4 * info.frames, kLimit);
     // At most the last 4096-frame block may be cut short by the limit.
-    EXPECT_GE(44 + 4 * info.frames, static_cast<long long>(kLimit) - 4 * 4096);
+    EXPECT_GE(44 + 4 * info.frames, kLimit - 4 * 4096);
     EXPECT_EQ(headerDataBytes(track), 4 * info.frames);
     EXPECT_NEAR(test::probeDuration(track), info.seconds(), 0.01);
 }
 
 // Killed mid-track, the process leaves a file whose header covers all it had been fed but the
-// last second. What it had been fed is at least what its live line last showed (rounded to the
-// second, so minus half a second), which is read before the kill.
+// last second. What it had been fed is at least what its last live line showed (rounded to the
+// second, so minus half a second); off a terminal that line comes every five seconds.
 TEST(RecordCommand, KilledMidTrackLeavesAReadableFile) {
     test::TempDir dir;
     const std::string exports = dir.file("exports");
-    int pipeFds[2];
-    ASSERT_EQ(pipe(pipeFds), 0);
-    const pid_t child =
-        startRecord(deck(test::makeDemoSideFile(dir, 1, 6), "4", exports) +
-                        std::vector<std::string>{"--split", "off", "--preset", "none"},
-                    pipeFds[1]);
-    close(pipeFds[1]);
-    ASSERT_GT(child, 0);
-
-    // Off a terminal the live line comes every five seconds: "track 1  00:00:20  L ...".
+    const std::string log = dir.file("output.txt");
+    EXPECT_EQ(
+        test::signalWhen(
+            test::cli("record" + test::deckArgs(test::makeDemoSideFile(dir, 1, 6), "4", exports) +
+                      " --split off --preset none"),
+            log, "grep -qE 'track 1  00:(00:0[3-9]|00:[1-5]|0[1-9]:)' " + test::shellQuote(log),
+            "KILL"),
+        128 + SIGKILL);
+    const std::string text = test::readFile(log);
     const std::regex live(R"(track 1  (\d\d):(\d\d):(\d\d)  L )");
-    std::string text, line;
     double shownSeconds = -1;
-    char c;
-    while (shownSeconds < 3 && read(pipeFds[0], &c, 1) == 1) {
-        if (c != '\n') {
-            line += c;
-            continue;
-        }
-        text += line + "\n";
-        std::smatch m;
-        if (std::regex_search(line, m, live))
-            shownSeconds = std::stoi(m[1]) * 3600 + std::stoi(m[2]) * 60 + std::stoi(m[3]);
-        line.clear();
-    }
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    close(pipeFds[0]);
-    ASSERT_GE(shownSeconds, 3) << "no live line before the output ended:\n" << text;
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << text;
+    for (std::sregex_iterator it(text.begin(), text.end(), live), end; it != end; ++it)
+        shownSeconds = std::stoi((*it)[1]) * 3600 + std::stoi((*it)[2]) * 60 + std::stoi((*it)[3]);
+    ASSERT_GE(shownSeconds, 3) << "no live line before the kill:\n" << text;
 
     const std::string track = exports + "/WXRTTmpFile.1.wav";
     const test::SoundInfo info = test::soundInfo(track);
@@ -195,23 +113,20 @@ TEST(RecordCommand, MaxSecondsHoldsAtAnySpeed) {
 TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted) {
     test::TempDir dir;
     const std::string exports = dir.file("exports");
-    const pid_t child = startLogged(dir, deck(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
-                                             std::vector<std::string>{"--preset", "none"});
-    ASSERT_GT(child, 0);
-    const std::string second = exports + "/WXRTTmpFile.2.wav";
-    for (int i = 0; i < 400 && !std::filesystem::exists(second); ++i)
-        usleep(50'000);
-    // The count is brought up to date at the next status tick, which a loaded machine delays.
+    const std::string second = test::shellQuote(exports + "/WXRTTmpFile.2.wav");
     const std::string countFile = exports + "/WXRTTmpFile.count";
-    for (int i = 0; i < 400 && test::readFile(countFile) != "1\n"; ++i)
-        usleep(50'000);
-    // Killed once track 2 holds some of its music (a few seconds at 16-bit stereo).
-    for (int i = 0; i < 400 && fileSize(second) < 10 * 44100 * 4; ++i)
-        usleep(50'000);
-    kill(child, SIGKILL);
-    int status = 0;
-    const std::string text = waitLogged(dir, child, status);
-    ASSERT_TRUE(std::filesystem::exists(second)) << text;
+    // Killed once track 2 holds a few seconds of its music and the count, brought up to date at
+    // the next status tick, says 1.
+    EXPECT_EQ(
+        test::signalWhen(
+            test::cli("record" + test::deckArgs(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
+                      " --preset none"),
+            dir.file("output.txt"),
+            "[ -e " + second + " ] && [ $(stat -c %s " + second + ") -ge 1764000 ] && [ \"$(cat " +
+                test::shellQuote(countFile) + ")\" = 1 ]",
+            "KILL"),
+        128 + SIGKILL);
+    const std::string text = test::readFile(dir.file("output.txt"));
     EXPECT_EQ(test::readFile(countFile), "1\n") << text;
 
     std::string exported;
@@ -227,18 +142,16 @@ TEST(RecordCommand, KilledMidSideLeavesACurrentCountThatExportReadsAsInterrupted
 TEST(RecordCommand, KilledDuringBackgroundEncodingLeavesNoMp3TheExportWouldTake) {
     test::TempDir dir;
     const std::string exports = dir.file("exports");
-    const pid_t child = startLogged(dir, deck(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
-                                             std::vector<std::string>{"--preset", "none"});
-    ASSERT_GT(child, 0);
     const std::string track = exports + "/WXRTTmpFile.1.wav";
-    bool encoding = false;
-    for (int i = 0; i < 30000 && !encoding; ++i)
-        if (!(encoding = std::filesystem::exists(exports + "/WXRTTmpFile.1.encoding.mp3")))
-            usleep(2'000);
-    kill(child, SIGKILL);
-    int status = 0;
-    const std::string text = waitLogged(dir, child, status);
-    ASSERT_TRUE(encoding) << "track 1 was never seen being encoded:\n" << text;
+    const std::string partial = exports + "/WXRTTmpFile.1.encoding.mp3";
+    EXPECT_EQ(
+        test::signalWhen(
+            test::cli("record" + test::deckArgs(test::makeDemoSideFile(dir, 2, 5), "10", exports) +
+                      " --preset none"),
+            dir.file("output.txt"), "[ -e " + test::shellQuote(partial) + " ]", "KILL", "0.002"),
+        128 + SIGKILL)
+        << "track 1 was never seen being encoded:\n"
+        << test::readFile(dir.file("output.txt"));
 
     for (int i = 0; i < 250 && !test::processesMentioning(exports).empty(); ++i)
         usleep(20'000);
@@ -345,19 +258,15 @@ TEST(RecordCommand, TermAndHangUpStopAsCleanlyAsInterrupt) {
     for (const int sig : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(sig);
         const std::string exports = dir.file("exports-" + std::to_string(sig));
-        const pid_t child =
-            startLogged(dir, deck(side, "4", exports) +
-                                 std::vector<std::string>{"--split", "off", "--preset", "none"});
-        ASSERT_GT(child, 0);
         const std::string track = exports + "/WXRTTmpFile.1.wav";
-        for (int i = 0; i < 100 && !std::filesystem::exists(track); ++i)
-            usleep(50'000);
-        usleep(500'000);
-        kill(child, sig);
-        int status = 0;
-        const std::string text = waitLogged(dir, child, status);
-        ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status) << "\n" << text;
-        EXPECT_EQ(WEXITSTATUS(status), 0) << text;
+        const std::string log = dir.file("output.txt");
+        // Half a second after the track file appears; exit 0, not killed by the signal.
+        EXPECT_EQ(test::signalWhen(test::cli("record" + test::deckArgs(side, "4", exports) +
+                                             " --split off --preset none"),
+                                   log, "[ -e " + test::shellQuote(track) + " ] && sleep 0.5",
+                                   std::to_string(sig)),
+                  0);
+        const std::string text = test::readFile(log);
         EXPECT_NE(text.find("Recording ended (interrupted)"), std::string::npos) << text;
         EXPECT_EQ(test::readFile(exports + "/WXRTTmpFile.count"), "1\nfinished\n") << text;
         const test::SoundInfo info = test::soundInfo(track);
