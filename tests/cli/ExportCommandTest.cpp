@@ -16,15 +16,23 @@ namespace {
 namespace fs = std::filesystem;
 using test::shellQuote;
 
+void tones(const std::string& exports, int count) {
+    for (int i = 1; i <= count; ++i)
+        ASSERT_TRUE(
+            test::writeToneWav(exports + "/WXRTTmpFile." + std::to_string(i) + ".wav", 0.8, 0.5));
+}
+
 struct CliCase {
     const char* name;
-    // Fills the export folder; returns extra arguments and environment for the command.
-    std::function<void(const std::string& exports, const test::TempDir& dir)> prepare;
-    std::string arguments;   // after "export"; {LIB} stands for the library folder
-    std::string environment; // prefixed to the command
+    int tones;             // track files 1..tones, each holding a tone
+    const char* count;     // the count file's text; null: no count file
+    std::string arguments; // after "export --export-dir ..."; {LIB} stands for the library folder
     int expectedStatus;
     std::vector<std::string> expectedOutput; // pieces that must appear
     std::vector<std::string> expectedFiles;  // the library's files afterwards
+    // Anything else the case needs in the export folder or beside it.
+    std::function<void(const std::string& exports, const test::TempDir& dir)> prepare = nullptr;
+    std::string environment = ""; // prefixed to the command
 };
 
 void PrintTo(const CliCase& c, std::ostream* os) {
@@ -40,7 +48,11 @@ TEST_P(ExportCommand, ReportsPerTrackAndExitsWithTheRightStatus) {
     const std::string exports = dir.file("rock'n'roll exports");
     const std::string library = dir.file("Music");
     fs::create_directories(exports);
-    c.prepare(exports, dir);
+    tones(exports, c.tones);
+    if (c.count)
+        std::ofstream(exports + "/WXRTTmpFile.count") << c.count;
+    if (c.prepare)
+        c.prepare(exports, dir);
     std::string arguments = c.arguments;
     if (const auto at = arguments.find("{LIB}"); at != std::string::npos)
         arguments.replace(at, 5, shellQuote(library));
@@ -59,12 +71,6 @@ TEST_P(ExportCommand, ReportsPerTrackAndExitsWithTheRightStatus) {
     EXPECT_EQ(output.find("-1753"), std::string::npos) << output;
 }
 
-void tones(const std::string& exports, int count) {
-    for (int i = 1; i <= count; ++i)
-        ASSERT_TRUE(
-            test::writeToneWav(exports + "/WXRTTmpFile." + std::to_string(i) + ".wav", 0.8, 0.5));
-}
-
 // Run-out groove: faint hiss with a click every revolution (1.8 s), no music.
 bool grooveNoise(const std::string& path, double seconds) {
     const size_t frames = static_cast<size_t>(seconds * 44100);
@@ -80,99 +86,84 @@ bool grooveNoise(const std::string& path, double seconds) {
     return test::writeStereoWav(path, left, right);
 }
 
+const char* const kFinished2 = "2\nfinished\n";
+const std::string kAB = "--artist A --album B --library {LIB}";
+
 const CliCase kCases[] = {
     {"CountedTracksOnlyRunOutLeftOut",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 3);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
-     },
+     3,
+     kFinished2,
      "--artist 'Sam & Co' --album \"Live '79\" --title 'A \"b\" $(echo x)' --library {LIB}",
-     "",
      0,
      {"track 1/2", "track 2/2", "Library files made:"},
      {"Sam & Co/Live '79/01 A \"b\" $(echo x).mp3", "Sam & Co/Live '79/02 Unknown.mp3"}},
     {"InterruptedRecordingLeavesOutATrailingRunOut",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 2);
-         ASSERT_TRUE(grooveNoise(e + "/WXRTTmpFile.3.wav", 4.0));
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\n";
-     },
-     "--artist A --album B --library {LIB}",
-     "",
+     2,
+     "2\n",
+     kAB,
      0,
      {"was interrupted", "3 track files", "Track file 3 holds nothing but groove noise",
       "track 2/2"},
-     {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"}},
-    {"TracksOptionOverridesTheCount",
+     {"A/B/01 Unknown.mp3", "A/B/02 Unknown.mp3"},
      [](const std::string& e, const test::TempDir&) {
-         tones(e, 2);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
-     },
-     "--artist A --album B --tracks 1 --library {LIB}",
-     "",
+         ASSERT_TRUE(grooveNoise(e + "/WXRTTmpFile.3.wav", 4.0));
+     }},
+    {"TracksOptionOverridesTheCount",
+     2,
+     kFinished2,
+     kAB + " --tracks 1",
      0,
      {"track 1/1"},
      {"A/B/01 Unknown.mp3"}},
     {"EmptyTrackFailsTheRunButNotTheOthers",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 3);
-         std::ofstream(e + "/WXRTTmpFile.2.wav", std::ios::trunc).close();
-         std::ofstream(e + "/WXRTTmpFile.count") << "3\nfinished\n";
-     },
-     "--artist A --album B --library {LIB}",
-     "",
+     3,
+     "3\nfinished\n",
+     kAB,
      1,
      {"track 2/3  #2  FAILED: track file WXRTTmpFile.2.wav is empty", "1 of 3 tracks failed"},
-     {"A/B/01 Unknown.mp3", "A/B/03 Unknown.mp3"}},
+     {"A/B/01 Unknown.mp3", "A/B/03 Unknown.mp3"},
+     [](const std::string& e, const test::TempDir&) {
+         std::ofstream(e + "/WXRTTmpFile.2.wav", std::ios::trunc).close();
+     }},
     {"EncoderMissingFromPath",
-     [](const std::string& e, const test::TempDir&) { tones(e, 1); },
-     "--artist A --album B --library {LIB}",
-     "PATH=/nonexistent",
+     1,
+     nullptr,
+     kAB,
      1,
      {"exit status 127", "ffmpeg", "1 of 1 tracks failed"},
-     {}},
+     {},
+     nullptr,
+     "PATH=/nonexistent"},
     {"UnwritableLibrary",
-     [](const std::string& e, const test::TempDir& dir) {
-         tones(e, 1);
-         std::ofstream(dir.file("Music")) << "a file where the folder should be";
-     },
-     "--artist A --album B --library {LIB}/Sub",
-     "",
+     1,
+     nullptr,
+     kAB + "/Sub",
      1,
      {"the music folder", "cannot be written (Not a directory)",
       "choose another with --library DIR", "nothing was exported"},
-     {}},
+     {},
+     [](const std::string&, const test::TempDir& dir) {
+         std::ofstream(dir.file("Music")) << "a file where the folder should be";
+     }},
     {"MoreTitlesThanTracksNamesTheUnusedOnes",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 2);
-         std::ofstream(e + "/WXRTTmpFile.count") << "2\nfinished\n";
-     },
-     "--artist A --album B --title One --title Two --title 'Three Left' --library {LIB}",
-     "",
+     2,
+     kFinished2,
+     kAB + " --title One --title Two --title 'Three Left'",
      1,
      {"warning: 3 titles for 2 tracks: not used \"Three Left\""},
      {"A/B/01 One.mp3", "A/B/02 Two.mp3"}},
     {"FewerTitlesThanTracksIsSaidButFine",
-     [](const std::string& e, const test::TempDir&) {
-         tones(e, 3);
-         std::ofstream(e + "/WXRTTmpFile.count") << "3\nfinished\n";
-     },
-     "--artist A --album B --title One --library {LIB}",
-     "",
+     3,
+     "3\nfinished\n",
+     kAB + " --title One",
      0,
      {"1 title for 3 tracks: tracks 2 to 3 will have no title"},
      {"A/B/01 One.mp3", "A/B/02 Unknown.mp3", "A/B/03 Unknown.mp3"}},
-    {"NothingToExport",
-     [](const std::string&, const test::TempDir&) {},
-     "--artist A --album B --library {LIB}",
-     "",
-     2,
-     {"No recorded tracks"},
-     {}},
+    {"NothingToExport", 0, nullptr, kAB, 2, {"No recorded tracks"}, {}},
     {"ArtistIsRequired",
-     [](const std::string& e, const test::TempDir&) { tones(e, 1); },
+     1,
+     nullptr,
      "--album B --library {LIB}",
-     "",
      2,
      {"--artist and --album are needed"},
      {}},

@@ -21,18 +21,20 @@ constexpr double kTonePeak = 0.5; // -6.02 dBFS
 
 // A daemon whose default output is a second null sink, so the monitor's playback cannot feed
 // back into "deck"; the deck runs at 44.1 kHz, the speakers at 48 kHz.
-struct PulseRig {
-    test::PulseDaemon pulse;
-    bool ready = false;
-    PulseRig() {
+class RecordSessionPulse : public testing::Test {
+protected:
+    void SetUp() override {
         unsetenv("WAXLINE_VIRTUAL_DEVICE");
         if (!pulse.running())
-            return;
+            GTEST_SKIP() << "no PulseAudio daemon: " << pulse.whyNot();
         std::string output;
-        ready = pulse.loadModule("module-null-sink sink_name=speakers norewinds=1 rate=48000 "
-                                 "channels=2") >= 0 &&
-                pulse.pactl("set-default-sink speakers", output) == 0;
+        ASSERT_GE(pulse.loadModule("module-null-sink sink_name=speakers norewinds=1 rate=48000 "
+                                   "channels=2"),
+                  0);
+        ASSERT_EQ(pulse.pactl("set-default-sink speakers", output), 0) << output;
     }
+    test::PulseDaemon pulse;
+    test::TempDir dir;
 };
 
 // The span of the tone in a track: from the first to the last sample above half its peak, in
@@ -52,7 +54,7 @@ double toneSpan(const std::vector<float>& samples, int rate, size_t* firstOut = 
 // Records `input` while paplay plays `tone` into `sink` once, a quarter second into the recording,
 // and stops `after` seconds of audio after the tone has been played.
 int recordWhilePlaying(const std::string& input, const std::string& tone, const std::string& sink,
-                       double after, test::TempDir& dir, cli::RecordResult& result) {
+                       double after, const test::TempDir& dir, cli::RecordResult& result) {
     cli::RecordOptions options;
     options.input = input;
     options.exportDir = dir.file("exports");
@@ -86,12 +88,7 @@ int recordWhilePlaying(const std::string& input, const std::string& tone, const 
 
 // The deck runs at 44.1 kHz and the speakers at 48 kHz: the track file takes the output's rate
 // and holds the tone at its pitch and length, not played 8.8 % fast.
-TEST(RecordSessionPulse, RecordsAToneFromTheDeckMonitorAtTheFilesRate) {
-    PulseRig rig;
-    if (!rig.pulse.running())
-        GTEST_SKIP() << "no PulseAudio daemon: " << rig.pulse.whyNot();
-    ASSERT_TRUE(rig.ready) << "cannot add the second null sink";
-    test::TempDir dir;
+TEST_F(RecordSessionPulse, RecordsAToneFromTheDeckMonitorAtTheFilesRate) {
     const std::string tone = dir.file("tone.wav");
     ASSERT_TRUE(test::writeToneWav(tone, kToneSeconds, kTonePeak, 1000));
 
@@ -125,12 +122,7 @@ TEST(RecordSessionPulse, RecordsAToneFromTheDeckMonitorAtTheFilesRate) {
 
 // Recording the monitor of the default sink, into which the play-through would play: it plays
 // into the other sink instead, so the tone is recorded once and then silence, never again.
-TEST(RecordSessionPulse, RecordingTheOutputsMonitorNeverHearsItself) {
-    PulseRig rig;
-    if (!rig.pulse.running())
-        GTEST_SKIP() << "no PulseAudio daemon: " << rig.pulse.whyNot();
-    ASSERT_TRUE(rig.ready) << "cannot add the second null sink";
-    test::TempDir dir;
+TEST_F(RecordSessionPulse, RecordingTheOutputsMonitorNeverHearsItself) {
     const std::string tone = dir.file("tone.wav");
     ASSERT_TRUE(test::writeToneWav(tone, 1.0, kTonePeak, 1000));
 

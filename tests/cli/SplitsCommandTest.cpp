@@ -295,34 +295,28 @@ TEST_F(SplitsCommand, ARecutLeftByAKillIsSettledFirst) {
 }
 
 // A re-cut killed after its journal was in place: the export completes it first and exports the
-// new set, not a mix of the two.
-TEST_F(SplitsCommand, ExportCompletesAKilledRecutFirst) {
+// new set, not a mix of the two; record settles it before it looks for a recording it would
+// throw away, so what it names is the set the re-cut put in.
+TEST_F(SplitsCommand, ExportAndRecordCompleteAKilledRecutFirst) {
     test::TempDir work;
     const std::string folder = work.file("exports");
     cutInto(folder, *side, {});
     const std::vector<int64_t> at{44100 * 30, 44100 * 90};
     killRecutAfterJournal(folder, at);
     ASSERT_TRUE(fs::exists(folder + "/WXRTTmpFile.new.3.wav"));
+    fs::copy(folder, work.file("again"));
 
     std::string out;
     ASSERT_EQ(runCommand(test::exportCommand(folder, work.file("Music")), out), 0) << out;
     EXPECT_NE(out.find("finished cleanly: 3 tracks"), std::string::npos) << out;
     EXPECT_EQ(readTracks(folder).frames,
               (std::vector<int64_t>{at[0], at[1] - at[0], side->frames() - at[1]}));
-}
 
-// Record settles a killed re-cut before it looks for a recording it would throw away, so what
-// it names is the set the re-cut put in.
-TEST_F(SplitsCommand, RecordSettlesAKilledRecutFirst) {
-    test::TempDir work;
-    const std::string folder = work.file("exports");
-    cutInto(folder, *side, {});
-    killRecutAfterJournal(folder, {44100 * 30, 44100 * 90});
-
-    std::string out;
-    EXPECT_EQ(runCommand(test::cli("record --export-dir " + shellQuote(folder)), out), 2) << out;
+    EXPECT_EQ(runCommand(test::cli("record --export-dir " + shellQuote(work.file("again"))), out),
+              2)
+        << out;
     EXPECT_NE(out.find("holds a recording (3 track files)"), std::string::npos) << out;
-    EXPECT_FALSE(fs::exists(folder + "/WXRTTmpFile.recut"));
+    EXPECT_FALSE(fs::exists(work.file("again/WXRTTmpFile.recut")));
 }
 
 // A disk with room for the side but not for a second copy: the re-cut is refused before it
