@@ -1,16 +1,7 @@
-#include "app/AppDelegate.h"
-#include "capture/Audio.h"
-#include "capture/recorder/ExportFolderLock.h"
+#include "app/AppRig.h"
 #include "capture/recorder/TrackFiles.h"
 #include "exporting/TrackFileCheck.h"
-#include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
-#include "support/Signals.h"
-#include "ui/window/CustomWindow.h"
-
-#include <QTest>
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
@@ -50,64 +41,43 @@ long findInSide(const std::vector<float>& left, const std::vector<float>& right,
     return -1;
 }
 
-std::string contentsOf(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 TEST(CloseWhileRecording, TrackFilesAreCompleteUpToTheCloseBeforeTheFolderIsEmptied) {
-    waxline::test::TempDir dir;
-    const std::string exports = dir.file("Exports");
-    const std::string kept = dir.file("Kept");
+    waxline::test::DeckApp app;
+    const std::string kept = app.dir.file("Kept");
     fs::create_directories(kept);
     const size_t sideFrames = size_t(120) * kRate;
     const std::vector<float> left = noise(sideFrames, 1), right = noise(sideFrames, 2);
-    const std::string side = dir.file("side.wav");
-    ASSERT_TRUE(waxline::test::writeStereoWav(side, left, right));
-
-    ::setenv("WAXLINE_EXPORT_DIR", exports.c_str(), 1);
-    waxline::platform::Platform platform = waxline::platform::openPlatform(
-        "usb=0d8c:0121,name=USB PnP Audio Device,file=" + side + ",speed=20");
-    waxline::Audio audio(platform);
-    ::unsetenv("WAXLINE_EXPORT_DIR");
-    waxline::test::FakeAlerts alerts;
-    waxline::ui::CustomWindow window;
-    waxline::app::AppDelegate controller(audio, window, alerts, dir.file("Music"));
-    controller.awakeFromNib();
-    window.show();
-
-    controller.doNextButton1(nullptr);
-    controller.doNextButtonSelectDevice(nullptr);
-    ASSERT_EQ(controller.tabs().selectedPanel(), 2u);
-    audio.setNoFilter(); // the files then hold the deck's samples as they came
-    controller.doRecordButton(nullptr, false, false);
-    ASSERT_EQ(controller.tabs().selectedPanel(), 3u);
+    ASSERT_TRUE(waxline::test::writeStereoWav(app.dir.file("side.wav"), left, right));
+    app.open(app.dir.file("side.wav"));
+    app.controller->doNextButton1(nullptr);
+    app.controller->doNextButtonSelectDevice(nullptr);
+    ASSERT_EQ(app.shown(), 2u);
+    app.audio->setNoFilter(); // the files then hold the deck's samples as they came
+    app.controller->doRecordButton(nullptr, false, false);
+    ASSERT_EQ(app.shown(), 3u);
 
     // Second names for the files: they keep whatever is written into them after the folder's
     // entries go. The count file stands as a recording in its first track leaves it.
-    const std::string track = audio.fileNameForTrack(1);
-    const std::string countFile = waxline::trackCountPath(exports);
+    const std::string track = app.audio->fileNameForTrack(1);
+    const std::string countFile = waxline::trackCountPath(app.exports);
     std::ofstream(countFile) << "0\n";
     fs::create_hard_link(track, kept + "/track.wav");
     fs::create_hard_link(countFile, kept + "/count");
     QTest::qWait(1500);
 
-    alerts.answers = {true};
-    controller.doCloseButton(nullptr);
-    ASSERT_EQ(alerts.shown.size(), 1u);
-    EXPECT_EQ(alerts.shown[0].title, "IDS_CANCEL_RECORDING");
-    EXPECT_FALSE(window.isVisible());
+    app.alerts.answers = {true};
+    app.controller->doCloseButton(nullptr);
+    ASSERT_EQ(app.alerts.shown.size(), 1u);
+    EXPECT_EQ(app.alerts.shown[0].title, "IDS_CANCEL_RECORDING");
+    EXPECT_FALSE(app.window.isVisible());
 
     // Emptied, all but the lock file; the count was left final before that, in the same file
     // (written after the emptying it would be a new file still in the folder).
-    std::vector<std::string> leftOver;
-    for (const auto& entry : fs::directory_iterator(exports))
-        if (entry.path().filename() != waxline::ExportFolderLock::lockFileName())
-            leftOver.push_back(entry.path().filename().string());
+    const auto leftOver = waxline::test::entriesBesidesLock(app.exports);
     EXPECT_TRUE(leftOver.empty()) << leftOver.front();
-    EXPECT_EQ(contentsOf(kept + "/count"), "1\nfinished\n");
+    std::stringstream count;
+    count << std::ifstream(kept + "/count").rdbuf();
+    EXPECT_EQ(count.str(), "1\nfinished\n");
 
     // A valid WAV whose header says all it holds, ending in the deck's audio.
     const auto layout = waxline::exporting::measureTrackFile(kept + "/track.wav");

@@ -1,24 +1,8 @@
-#include "app/AppDelegate.h"
-#include "app/CaptureCalls.h"
-#include "app/PanelDriving.h"
+#include "app/AppRig.h"
 #include "capture/recorder/ExportFolderLock.h"
 #include "capture/recorder/TrackFiles.h"
-#include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
-#include "support/Signals.h"
-#include "ui/panels/CustomView.h"
-#include "ui/widgets/SKShapedButton.h"
-#include "ui/window/CustomWindow.h"
 
-#include <QLineEdit>
-#include <QTest>
-
-#include <gtest/gtest.h>
-
-#include <sndfile.h>
-
-#include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -31,44 +15,17 @@ namespace {
 namespace fs = std::filesystem;
 using waxline::ExportFolderLock;
 using waxline::FolderUse;
+using waxline::test::App;
 using waxline::test::count;
-using waxline::test::FakeAlerts;
-using waxline::test::FakeCapture;
-using waxline::test::TempDir;
+using waxline::test::entriesBesidesLock;
 
-constexpr int kRate = 44100;
-
-// The names in a folder, the lock file left out (it stays by design).
-std::vector<std::string> entriesOf(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        if (entry.path().filename() != ExportFolderLock::lockFileName())
-            names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-// A stereo 16-bit track of `seconds` of a 330 Hz tone as the recorder writes it, whose header
-// then says only `announcedSeconds` (a crash before the header caught up); -1 leaves it right.
+// A 16-bit stereo track of `seconds` of tone as the recorder writes it, whose header then says
+// only `announcedSeconds` (a crash before the header caught up); -1 leaves it right.
 void writeTrack(const std::string& path, double seconds, double announcedSeconds = -1) {
-    SF_INFO info{};
-    info.samplerate = kRate;
-    info.channels = 2;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    ASSERT_TRUE(file);
-    const auto frames = static_cast<sf_count_t>(seconds * kRate);
-    std::vector<float> pcm;
-    for (sf_count_t i = 0; i < frames; ++i) {
-        const float s = 0.3f * float(std::sin(2 * M_PI * 330 * double(i) / kRate));
-        pcm.push_back(s);
-        pcm.push_back(s);
-    }
-    ASSERT_EQ(sf_writef_float(file, pcm.data(), frames), frames);
-    sf_close(file);
+    ASSERT_TRUE(waxline::test::writeToneWav(path, seconds, 0.3, 330));
     if (announcedSeconds < 0)
         return;
-    const auto bytes = uint32_t(static_cast<sf_count_t>(announcedSeconds * kRate) * 4);
+    const auto bytes = uint32_t(int64_t(announcedSeconds * 44100) * 4);
     std::fstream out(path, std::ios::binary | std::ios::in | std::ios::out);
     const auto put = [&](std::streamoff at, uint32_t v) {
         const char b[4] = {char(v), char(v >> 8), char(v >> 16), char(v >> 24)};
@@ -83,34 +40,13 @@ void writeCount(const std::string& folder, const std::string& text) {
     std::ofstream(waxline::trackCountPath(folder)) << text;
 }
 
-struct App {
-    TempDir folder;
-    TempDir music;
-    FakeCapture capture = waxline::test::captureIn(folder.path());
-    FakeAlerts alerts;
-    waxline::ui::CustomWindow window;
-    std::unique_ptr<waxline::app::AppDelegate> controller;
-
-    void start() {
-        controller = std::make_unique<waxline::app::AppDelegate>(capture, window, alerts,
-                                                                 music.file("Music"));
-        controller->awakeFromNib();
-        window.show();
-        controller->offerInterruptedRecording();
-    }
-    unsigned shown() { return controller->tabs().selectedPanel(); }
-    waxline::ui::CustomView* view() { return controller->tabs().view(shown()); }
-    void press(const char* action) { waxline::test::pressButton(view(), shown(), action); }
-    void type(int tag, const QString& text) { waxline::test::typeInto(view(), tag, text); }
-    std::string track(int n) const { return capture.fileNameForTrack(n); }
-};
-
 TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) {
     struct Case {
         const char* name;
         std::function<void(App&)> leave;
         bool offered;
         QStringList arguments; // tracks, length
+        bool otherRunRecording = false;
     };
     const Case cases[] = {
         {"empty folder", [](App&) {}, false, {}},
@@ -149,18 +85,29 @@ TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) 
          },
          false,
          {}},
+        {"another run still recording there",
+         [](App& a) { writeTrack(a.track(1), 2.0, 1.0); },
+         false,
+         {},
+         true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         App app;
         c.leave(app);
-        const auto before = entriesOf(app.folder.path());
+        ExportFolderLock other;
+        if (c.otherRunRecording) {
+            ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
+                      ExportFolderLock::Outcome::Taken);
+        }
+        const auto before = entriesBesidesLock(app.folder.path());
         app.alerts.answers = {false}; // discard, when asked
         app.start();
         EXPECT_EQ(app.shown(), 1u);
         if (!c.offered) {
             EXPECT_TRUE(app.alerts.shown.empty());
-            EXPECT_EQ(entriesOf(app.folder.path()), before) << "nothing is removed unasked";
+            EXPECT_EQ(entriesBesidesLock(app.folder.path()), before)
+                << "nothing is removed unasked";
             continue;
         }
         ASSERT_EQ(app.alerts.shown.size(), 1u);
@@ -168,19 +115,8 @@ TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) 
         EXPECT_EQ(app.alerts.shown[0].text, "IDS_RECOVER_TEXT");
         EXPECT_EQ(app.alerts.shown[0].button, "IDS_RECOVER_EXPORT|IDS_RECOVER_DISCARD");
         EXPECT_EQ(app.alerts.shown[0].arguments, c.arguments);
-        EXPECT_TRUE(entriesOf(app.folder.path()).empty()) << "No empties the folder";
+        EXPECT_TRUE(entriesBesidesLock(app.folder.path()).empty()) << "No empties the folder";
     }
-}
-
-TEST(InterruptedRecording, AnotherRunStillRecordingThereIsNotOffered) {
-    App app;
-    writeTrack(app.track(1), 2.0, 1.0);
-    ExportFolderLock other;
-    ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
-              ExportFolderLock::Outcome::Taken);
-    app.start();
-    EXPECT_TRUE(app.alerts.shown.empty());
-    EXPECT_TRUE(fs::exists(app.track(1)));
 }
 
 TEST(InterruptedRecording, YesNamesAndExportsAllOfEveryTrack) {
