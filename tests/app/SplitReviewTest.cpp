@@ -50,7 +50,6 @@ struct RecordedSideFiles {
     TempDir dir;
     DemoSideLayout layout;
     std::vector<int64_t> live;
-    int64_t frames = 0;
 
     RecordedSideFiles() {
         DemoSideOptions o;
@@ -70,34 +69,27 @@ struct RecordedSideFiles {
         info.samplerate = int(rate);
         info.channels = 2;
         info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        SNDFILE* file = nullptr;
         int track = 0;
-        int64_t nextSplit = 0;
-        std::vector<float> left(4096), right(4096), both(2 * 4096);
+        int64_t frames = 0;
         auto openNext = [&] {
-            if (file)
-                sf_close(file);
-            ++track;
-            file = sf_open(waxline::trackFilePath(dir.path(), track).c_str(), SFM_WRITE, &info);
-            nextSplit = size_t(track) <= live.size() ? live[size_t(track) - 1]
-                                                     : std::numeric_limits<int64_t>::max();
+            return sf_open(waxline::trackFilePath(dir.path(), ++track).c_str(), SFM_WRITE, &info);
         };
-        openNext();
+        SNDFILE* file = openNext();
+        std::vector<float> left(4096), right(4096), both;
+        auto flush = [&] {
+            sf_writef_float(file, both.data(), sf_count_t(both.size() / 2));
+            both.clear();
+        };
         while (size_t n = generator.render(left.data(), right.data(), left.size())) {
-            size_t done = 0;
-            while (done < n) {
-                if (frames == nextSplit)
-                    openNext();
-                const size_t here =
-                    size_t(std::min<int64_t>(int64_t(n - done), nextSplit - frames));
-                for (size_t i = 0; i < here; ++i) {
-                    both[2 * i] = left[done + i];
-                    both[2 * i + 1] = right[done + i];
+            for (size_t i = 0; i < n; ++i, ++frames) {
+                if (size_t(track) <= live.size() && frames == live[size_t(track) - 1]) {
+                    flush();
+                    sf_close(file);
+                    file = openNext();
                 }
-                sf_writef_float(file, both.data(), sf_count_t(here));
-                done += here;
-                frames += int64_t(here);
+                both.insert(both.end(), {left[i], right[i]});
             }
+            flush();
         }
         sf_close(file);
         std::ofstream(waxline::trackCountPath(dir.path())) << track << "\n"
@@ -110,18 +102,14 @@ const RecordedSideFiles& pristineSide() {
     return side;
 }
 
-std::string bytesOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
-
 // Every file of a folder with its contents.
 std::map<std::string, std::string> folderContents(const std::string& folder) {
     std::map<std::string, std::string> files;
-    for (const auto& entry : fs::directory_iterator(folder))
-        files[entry.path().filename().string()] = bytesOf(entry.path().string());
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        std::ostringstream bytes;
+        bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+        files[entry.path().filename().string()] = bytes.str();
+    }
     return files;
 }
 
@@ -197,48 +185,7 @@ struct Review {
     }
 };
 
-std::vector<int64_t> framesOf(const waxline::ui::SplitReviewDialog& dialog) {
-    return dialog.boundaries();
-}
-
 } // namespace
-
-TEST(SplitReview, TheDialogOpensAtOnceAndTheProposalBecomesItsMarkers) {
-    Review r;
-    auto* dialog = r.openReview();
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_TRUE(dialog->isVisible());
-    // Opened before the side is read: the live split is there, the count waits for the proposal.
-    EXPECT_EQ(framesOf(*dialog), pristineSide().live);
-    EXPECT_TRUE(dialog->reading());
-    EXPECT_FALSE(dialog->trackCountBox().isEnabled());
-    EXPECT_FALSE(r.views.splitsNotice);
-
-    ASSERT_TRUE(r.read());
-    ASSERT_EQ(r.review.state(), SplitReview::State::Ready);
-    EXPECT_FALSE(dialog->reading());
-    EXPECT_EQ(dialog->overview().columnsFilled(), dialog->overview().columnCount());
-    EXPECT_GT(dialog->overview().columnCount(), 1000);
-
-    const auto& layout = pristineSide().layout;
-    const auto markers = dialog->overview().markers();
-    std::ostringstream where;
-    for (const auto& m : markers)
-        where << double(m.frame) / rate << " s (" << m.confidence << ") ";
-    where << "in gaps";
-    for (const Span& g : layout.gaps)
-        where << " " << g.start << "-" << g.end;
-    SCOPED_TRACE(where.str());
-    ASSERT_EQ(markers.size(), layout.gaps.size());
-    for (size_t i = 0; i < markers.size(); ++i) {
-        EXPECT_TRUE(inside(markers[i].frame, layout.gaps[i]))
-            << "marker " << i << " at " << double(markers[i].frame) / rate << " s";
-        EXPECT_EQ(markers[i].doubtful(), r.review.proposal()[i].confidence < 0.5f);
-    }
-    EXPECT_EQ(dialog->trackCountBox().value(), int(layout.tracks.size()));
-    EXPECT_TRUE(dialog->applyButton().isEnabled());
-    EXPECT_TRUE(r.views.splitsNotice) << "a split inside a pianissimo differs from the proposal";
-}
 
 TEST(SplitReview, ADragNearAGapSnapsIntoItAndShiftPlacesItExactly) {
     Review r;
@@ -271,20 +218,6 @@ TEST(SplitReview, ADragNearAGapSnapsIntoItAndShiftPlacesItExactly) {
             view.moveSelectedTo(from, false);
         }
     }
-}
-
-TEST(SplitReview, SpacePlaysFourSecondsAroundTheSelectedMarker) {
-    Review r;
-    auto* dialog = r.openReview();
-    ASSERT_TRUE(r.read());
-    dialog->overview().selectMarker(0);
-    QTest::keyClick(&dialog->overview(), Qt::Key_Space);
-    const int64_t marker = dialog->overview().markers()[0].frame;
-    const std::string expected = "playExcerpt(" + std::to_string(marker - 2 * int64_t(rate)) +
-                                 ", " + std::to_string(4 * int64_t(rate)) + ")";
-    EXPECT_EQ(count(r.capture, expected), 1) << r.capture.calls.back();
-    QTest::mouseClick(&dialog->cancelButton(), Qt::LeftButton);
-    EXPECT_EQ(r.capture.calls.back(), "stopExcerpt") << "closing the review stops the excerpt";
 }
 
 TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
@@ -340,16 +273,24 @@ TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
     }
 }
 
-TEST(SplitReview, CancelLeavesTheFilesByteIdentical) {
+// Space plays four seconds around the selected marker; Cancel stops it and leaves every file
+// as it was, whatever was edited.
+TEST(SplitReview, SpacePlaysAroundAMarkerAndCancelLeavesTheFilesByteIdentical) {
     Review r;
     const auto before = folderContents(r.dir.path());
     auto* dialog = r.openReview();
     ASSERT_TRUE(r.read());
     dialog->overview().selectMarker(0);
+    QTest::keyClick(&dialog->overview(), Qt::Key_Space);
+    const int64_t marker = dialog->overview().markers()[0].frame;
+    const std::string expected = "playExcerpt(" + std::to_string(marker - 2 * int64_t(rate)) +
+                                 ", " + std::to_string(4 * int64_t(rate)) + ")";
+    EXPECT_EQ(count(r.capture, expected), 1) << r.capture.calls.back();
     QTest::keyClick(&dialog->overview(), Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClick(&dialog->overview(), Qt::Key_Delete);
     dialog->trackCountBox().setValue(3);
     QTest::mouseClick(&dialog->cancelButton(), Qt::LeftButton);
+    EXPECT_EQ(r.capture.calls.back(), "stopExcerpt") << "closing the review stops the excerpt";
     EXPECT_EQ(r.review.dialog(), nullptr);
     EXPECT_TRUE(folderContents(r.dir.path()) == before) << "a file changed";
     EXPECT_EQ(count(r.capture, "adoptRecordedTracks(3)"), 0);
@@ -419,15 +360,47 @@ TEST(SplitReview, ProposalsAreCalledDifferentOnlyBeyondTheirQuietStretch) {
         EXPECT_EQ(waxline::app::proposalDiffersFrom(proposal, c.live, 1000), c.differs) << c.what;
 }
 
-// A side with a pianissimo, reviewed and applied, exports as many tracks as it has, none of
-// them cut inside a fade or the quiet passage.
-TEST(SplitReview, AnAppliedReviewExportsEveryTrackWithItsFadesWhole) {
+// The review opens before the side is read, with the live split as its marker; the proposal
+// then replaces it. A side with a pianissimo, reviewed and applied, exports as many tracks as
+// it has, none of them cut inside a fade or the quiet passage.
+TEST(SplitReview, TheProposalBecomesTheMarkersAndExportsEveryTrackWithItsFadesWhole) {
     Review r;
     auto* dialog = r.openReview();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    // Opened before the side is read: the live split is there, the count waits for the proposal.
+    EXPECT_EQ(dialog->boundaries(), pristineSide().live);
+    EXPECT_TRUE(dialog->reading());
+    EXPECT_FALSE(dialog->trackCountBox().isEnabled());
+    EXPECT_FALSE(r.views.splitsNotice);
+
     ASSERT_TRUE(r.read());
+    ASSERT_EQ(r.review.state(), SplitReview::State::Ready);
+    EXPECT_FALSE(dialog->reading());
+    EXPECT_EQ(dialog->overview().columnsFilled(), dialog->overview().columnCount());
+    EXPECT_GT(dialog->overview().columnCount(), 1000);
+
+    const auto& layout = pristineSide().layout;
+    const auto markers = dialog->overview().markers();
+    std::ostringstream where;
+    for (const auto& m : markers)
+        where << double(m.frame) / rate << " s (" << m.confidence << ") ";
+    where << "in gaps";
+    for (const Span& g : layout.gaps)
+        where << " " << g.start << "-" << g.end;
+    SCOPED_TRACE(where.str());
+    ASSERT_EQ(markers.size(), layout.gaps.size());
+    for (size_t i = 0; i < markers.size(); ++i) {
+        EXPECT_TRUE(inside(markers[i].frame, layout.gaps[i]))
+            << "marker " << i << " at " << double(markers[i].frame) / rate << " s";
+        EXPECT_EQ(markers[i].doubtful(), r.review.proposal()[i].confidence < 0.5f);
+    }
+    EXPECT_EQ(dialog->trackCountBox().value(), int(layout.tracks.size()));
+    EXPECT_TRUE(dialog->applyButton().isEnabled());
+    EXPECT_TRUE(r.views.splitsNotice) << "a split inside a pianissimo differs from the proposal";
+
     const std::vector<int64_t> boundaries = dialog->boundaries();
     QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
-    const auto& layout = pristineSide().layout;
     const int tracks = int(layout.tracks.size());
     ASSERT_EQ(r.capture.numRecordedTracks(), tracks);
     for (int64_t b : boundaries) {
