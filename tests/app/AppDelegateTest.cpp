@@ -32,41 +32,35 @@ TEST(AppDelegate, StartUpMakesTwelveItemsLoadsThreePanelsAndShowsPanelOne) {
     EXPECT_TRUE(app.alerts.shown.empty());
 }
 
-TEST(AppDelegate, CloseAsksAndOnlyYesStopsAndEmptiesTheFolder) {
-    for (bool yes : {false, true}) {
-        SCOPED_TRACE(yes);
-        App app;
-        app.start();
-        std::ofstream(app.folder.file("WXRTTmpFile.1.wav")) << "a track";
-        app.alerts.answers = {yes};
-        app.press("doCloseButton:");
-        ASSERT_EQ(app.alerts.shown.size(), 1u);
-        EXPECT_EQ(app.alerts.shown[0].title, "IDS_CANCEL_RECORDING");
-        EXPECT_EQ(app.alerts.shown[0].text, "");
-        EXPECT_EQ(app.alerts.shown[0].button, "IDS_YES|IDS_NO");
-        EXPECT_EQ(count(app.capture, "stopRecording"), yes ? 1 : 0);
-        // Emptied but for the folder's lock file, which stays by design.
-        EXPECT_EQ(fs::exists(app.folder.file("WXRTTmpFile.1.wav")), !yes);
-        EXPECT_EQ(std::distance(fs::directory_iterator(app.folder.path()), {}), 1);
-        EXPECT_EQ(app.window.isVisible(), !yes);
-    }
-}
-
-TEST(AppDelegate, TheWindowManagersCloseAndCtrlQAskToo) {
+// The Close button, Ctrl+Q and the window manager's close all ask; only Yes stops the recording
+// and empties the folder (the confirmed Close button is walked by CloseWhileRecording).
+TEST(AppDelegate, EveryCloseAsksAndOnlyYesStopsAndEmptiesTheFolder) {
     App app;
     app.start();
-    app.alerts.answers = {false, false, true};
+    std::ofstream(app.folder.file("WXRTTmpFile.1.wav")) << "a track";
+    app.alerts.answers = {false, false, false, true};
+    app.press("doCloseButton:");
+    EXPECT_TRUE(app.window.isVisible());
     app.window.close();
     EXPECT_TRUE(app.window.isVisible());
     app.window.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&app.window));
     QTest::keyClick(app.view(), Qt::Key_Q, Qt::ControlModifier);
     EXPECT_TRUE(app.window.isVisible());
-    EXPECT_EQ(app.alerts.shown.size(), 2u);
+    EXPECT_EQ(count(app.capture, "stopRecording"), 0);
+    EXPECT_TRUE(fs::exists(app.folder.file("WXRTTmpFile.1.wav")));
+
     app.window.close();
     EXPECT_FALSE(app.window.isVisible());
-    EXPECT_EQ(app.alerts.shown.size(), 3u);
+    ASSERT_EQ(app.alerts.shown.size(), 4u);
+    for (const auto& shown : app.alerts.shown) {
+        EXPECT_EQ(shown.title, "IDS_CANCEL_RECORDING");
+        EXPECT_EQ(shown.text, "");
+        EXPECT_EQ(shown.button, "IDS_YES|IDS_NO");
+    }
     EXPECT_EQ(count(app.capture, "stopRecording"), 1);
+    // Emptied but for the folder's lock file, which stays by design.
+    EXPECT_EQ(waxline::test::entriesBesidesLock(app.folder.path()), std::vector<std::string>{});
 }
 
 TEST(AppDelegate, HelpOpensTheBundledPageFromAFile) {
