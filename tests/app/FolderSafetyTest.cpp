@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <unistd.h>
 
 // The window and the export folder: a recording cut off by a crash is offered back at
@@ -41,62 +40,35 @@ void writeCount(const std::string& folder, const std::string& text) {
 }
 
 TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) {
+    enum Also { nothing, exportMark, otherRunRecording };
     struct Case {
         const char* name;
-        std::function<void(App&)> leave;
-        bool offered;
-        QStringList arguments; // tracks, length
-        bool otherRunRecording = false;
+        std::vector<std::pair<double, double>> tracks; // seconds held and announced (-1: right)
+        const char* countFile;                         // nullptr: none
+        Also also;
+        QStringList offered; // tracks and length; empty: nothing offered
     };
     const Case cases[] = {
-        {"empty folder", [](App&) {}, false, {}},
-        {"clean stop, not yet exported",
-         [](App& a) {
-             writeTrack(a.track(1), 2.0);
-             writeTrack(a.track(2), 1.5);
-             writeCount(a.folder.path(), "2\nfinished\n");
-         },
-         false,
-         {}},
-        {"crash in the second track, its header a second behind",
-         [](App& a) {
-             writeTrack(a.track(1), 62.0);
-             writeTrack(a.track(2), 3.0, 2.0);
-             writeCount(a.folder.path(), "1\n");
-         },
-         true,
-         {"2", "0:01:05"}},
-        {"crash in the first track before any count or header",
-         [](App& a) { writeTrack(a.track(1), 3725.0 / 1000, 0); },
-         true,
-         {"1", "0:00:04"}},
-        {"a started file without audio after the last track",
-         [](App& a) {
-             writeTrack(a.track(1), 2.4, 1.0);
-             writeTrack(a.track(2), 0);
-             writeCount(a.folder.path(), "1\n");
-         },
-         true,
-         {"1", "0:00:02"}},
-        {"exported already",
-         [](App& a) {
-             writeTrack(a.track(1), 2.0, 1.0);
-             std::ofstream(waxline::exportedMarkPath(a.folder.path())) << "exported\n";
-         },
-         false,
-         {}},
-        {"another run still recording there",
-         [](App& a) { writeTrack(a.track(1), 2.0, 1.0); },
-         false,
-         {},
-         true},
+        {"empty folder", {}, nullptr, nothing, {}},
+        {"clean stop, not yet exported", {{2, -1}, {1.5, -1}}, "2\nfinished\n", nothing, {}},
+        // The lengths come from the file sizes: a crash leaves the headers behind.
+        {"crash in the second track", {{62, -1}, {3, 2}}, "1\n", nothing, {"2", "0:01:05"}},
+        {"crash before any count or header", {{3.725, 0}}, nullptr, nothing, {"1", "0:00:04"}},
+        {"an empty file after the last", {{2.4, 1}, {0, -1}}, "1\n", nothing, {"1", "0:00:02"}},
+        {"exported already", {{2, 1}}, nullptr, exportMark, {}},
+        {"another run still recording there", {{2, 1}}, nullptr, otherRunRecording, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         App app;
-        c.leave(app);
+        for (size_t i = 0; i < c.tracks.size(); ++i)
+            writeTrack(app.track(int(i) + 1), c.tracks[i].first, c.tracks[i].second);
+        if (c.countFile)
+            writeCount(app.folder.path(), c.countFile);
+        if (c.also == exportMark)
+            std::ofstream(waxline::exportedMarkPath(app.folder.path())) << "exported\n";
         ExportFolderLock other;
-        if (c.otherRunRecording) {
+        if (c.also == otherRunRecording) {
             ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
                       ExportFolderLock::Outcome::Taken);
         }
@@ -104,7 +76,7 @@ TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) 
         app.alerts.answers = {false}; // discard, when asked
         app.start();
         EXPECT_EQ(app.shown(), 1u);
-        if (!c.offered) {
+        if (c.offered.empty()) {
             EXPECT_TRUE(app.alerts.shown.empty());
             EXPECT_EQ(entriesBesidesLock(app.folder.path()), before)
                 << "nothing is removed unasked";
@@ -114,57 +86,42 @@ TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) 
         EXPECT_EQ(app.alerts.shown[0].title, "IDS_RECOVER_TITLE");
         EXPECT_EQ(app.alerts.shown[0].text, "IDS_RECOVER_TEXT");
         EXPECT_EQ(app.alerts.shown[0].button, "IDS_RECOVER_EXPORT|IDS_RECOVER_DISCARD");
-        EXPECT_EQ(app.alerts.shown[0].arguments, c.arguments);
+        EXPECT_EQ(app.alerts.shown[0].arguments, c.offered);
         EXPECT_TRUE(entriesBesidesLock(app.folder.path()).empty()) << "No empties the folder";
     }
 }
 
+// One track is named on panel 4, several on panel 7; every MP3 has all of its file's audio,
+// not only what the header had announced.
 TEST(InterruptedRecording, YesNamesAndExportsAllOfEveryTrack) {
-    struct Case {
-        std::vector<double> seconds;   // what each file holds
-        std::vector<double> announced; // what its header says
-        unsigned namingPanel;
-    };
-    const Case cases[] = {
-        {{2.5}, {1.0}, 4},
-        {{1.5, 2.5}, {1.5, 0.5}, 7},
-    };
-    for (const Case& c : cases) {
-        const int n = int(c.seconds.size());
+    const std::vector<std::pair<double, double>> sides[] = {{{2.5, 1.0}}, {{1.5, 1.5}, {2.5, 0.5}}};
+    for (const auto& side : sides) {
+        const int n = int(side.size());
+        const bool one = n == 1;
         SCOPED_TRACE(n);
         App app;
         for (int i = 0; i < n; ++i)
-            writeTrack(app.track(i + 1), c.seconds[size_t(i)], c.announced[size_t(i)]);
+            writeTrack(app.track(i + 1), side[size_t(i)].first, side[size_t(i)].second);
         writeCount(app.folder.path(), std::to_string(n - 1) + "\n");
         app.alerts.answers = {true};
         app.start();
         ASSERT_EQ(app.alerts.shown.size(), 1u);
-        ASSERT_EQ(app.shown(), c.namingPanel);
+        ASSERT_EQ(app.shown(), one ? 4u : 7u);
         EXPECT_EQ(app.capture.tracks, n);
         EXPECT_EQ(count(app.capture, "adoptRecordedTracks(" + std::to_string(n) + ")"), 1);
 
-        if (n == 1) {
-            app.type(10, QStringLiteral("Found Artist"));
-            app.type(11, QStringLiteral("Found Album"));
-            app.type(12, QStringLiteral("Only"));
-            app.press("doNextButton4:");
-        } else {
-            app.type(51, QStringLiteral("Found Artist"));
-            app.type(52, QStringLiteral("Found Album"));
-            app.type(61, QStringLiteral("One"));
-            app.type(62, QStringLiteral("Two"));
-            app.press("doNextButton7:");
-        }
+        app.type(one ? 10 : 51, QStringLiteral("Found Artist"));
+        app.type(one ? 11 : 52, QStringLiteral("Found Album"));
+        for (int i = 0; i < n; ++i)
+            app.type(one ? 12 : 61 + i, QStringLiteral("Track %1").arg(i + 1));
+        app.press(one ? "doNextButton4:" : "doNextButton7:");
         ASSERT_TRUE(QTest::qWaitFor([&] { return app.shown() == 6u; }, 60000));
-        const std::string album = app.music.file("Music") + "/Found Artist/Found Album/";
-        const std::vector<std::string> titles =
-            n == 1 ? std::vector<std::string>{"01 Only.mp3"}
-                   : std::vector<std::string>{"01 One.mp3", "02 Two.mp3"};
         for (int i = 0; i < n; ++i) {
-            const std::string mp3 = album + titles[size_t(i)];
+            const std::string mp3 = app.music.file("Music") + "/Found Artist/Found Album/0" +
+                                    std::to_string(i + 1) + " Track " + std::to_string(i + 1) +
+                                    ".mp3";
             ASSERT_TRUE(fs::exists(mp3)) << mp3;
-            // All of the audio, not only what the header had announced.
-            EXPECT_NEAR(waxline::test::probeDuration(mp3), c.seconds[size_t(i)], 0.1) << mp3;
+            EXPECT_NEAR(waxline::test::probeDuration(mp3), side[size_t(i)].first, 0.1) << mp3;
         }
         EXPECT_EQ(app.alerts.shown.size(), 1u) << app.alerts.texts().join(", ").toStdString();
         // Another side after a recovered one starts by finding the deck.

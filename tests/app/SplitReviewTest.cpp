@@ -226,6 +226,7 @@ TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
         std::function<void(waxline::ui::SplitReviewDialog&)> edit;
         int tracks;
         unsigned panel;
+        bool folderBusyFirst = false;
     };
     const int proposed = int(pristineSide().layout.tracks.size());
     const Case cases[] = {
@@ -237,8 +238,8 @@ TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
                  QTest::keyClick(&d.overview(), Qt::Key_Delete);
          },
          1, 4},
-        {"the sleeve says two",
-         [](waxline::ui::SplitReviewDialog& d) { d.trackCountBox().setValue(2); }, 2, 7},
+        {"the sleeve says two, another run in the folder at first",
+         [](waxline::ui::SplitReviewDialog& d) { d.trackCountBox().setValue(2); }, 2, 7, true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -249,9 +250,24 @@ TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
         c.edit(*dialog);
         const std::vector<int64_t> boundaries = dialog->boundaries();
         ASSERT_EQ(int(boundaries.size()), c.tracks - 1);
+        if (c.folderBusyFirst) {
+            // The command line works there: Apply says so, cuts nothing and stays open.
+            waxline::ExportFolderLock other;
+            ASSERT_EQ(other.tryLock(r.dir.path(), waxline::FolderUse::Exporting, "waxline-cli"),
+                      waxline::ExportFolderLock::Outcome::Taken);
+            const auto files = folderContents(r.dir.path());
+            QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
+            ASSERT_EQ(r.alerts.shown.size(), 1u);
+            EXPECT_EQ(r.alerts.shown[0].text, "IDS_FOLDER_BUSY");
+            ASSERT_NE(r.review.dialog(), nullptr) << "the review stays open";
+            EXPECT_TRUE(folderContents(r.dir.path()) == files) << "a file changed";
+            EXPECT_EQ(r.capture.numRecordedTracks(), 2);
+            EXPECT_EQ(count(r.capture, "adoptRecordedTracks(2)"), 0);
+        }
         QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
 
-        EXPECT_TRUE(r.alerts.shown.empty()) << qPrintable(r.alerts.texts().join(", "));
+        EXPECT_EQ(r.alerts.shown.size(), c.folderBusyFirst ? 1u : 0u)
+            << qPrintable(r.alerts.texts().join(", "));
         EXPECT_EQ(r.review.dialog(), nullptr) << "Apply closes the review";
         EXPECT_EQ(count(r.capture, "adoptRecordedTracks(" + std::to_string(c.tracks) + ")"), 1);
         EXPECT_EQ(r.capture.numRecordedTracks(), c.tracks);
@@ -270,6 +286,10 @@ TEST(SplitReview, ApplyCutsTheSideAnewAndShowsTheNamingPanelForTheNewCount) {
             start += after.trackFrames[size_t(t)];
             EXPECT_EQ(start, boundaries[size_t(t)]) << "track " << t + 2;
         }
+        waxline::ExportFolderLock free;
+        EXPECT_EQ(free.tryLock(r.dir.path(), waxline::FolderUse::Recording, "test"),
+                  waxline::ExportFolderLock::Outcome::Taken)
+            << "the re-cut lets the folder go";
     }
 }
 
@@ -296,34 +316,6 @@ TEST(SplitReview, SpacePlaysAroundAMarkerAndCancelLeavesTheFilesByteIdentical) {
     EXPECT_EQ(count(r.capture, "adoptRecordedTracks(3)"), 0);
     EXPECT_EQ(r.capture.numRecordedTracks(), 2);
     EXPECT_TRUE(r.alerts.shown.empty());
-}
-
-// Another run (the command line) working in the folder: Apply says so and cuts nothing; once the
-// folder is free, the same Apply goes through and lets the folder go again.
-TEST(SplitReview, ApplyWaitsForAFolderAnotherRunHolds) {
-    Review r;
-    auto* dialog = r.openReview();
-    ASSERT_TRUE(r.read());
-    dialog->trackCountBox().setValue(2);
-    {
-        waxline::ExportFolderLock other;
-        ASSERT_EQ(other.tryLock(r.dir.path(), waxline::FolderUse::Exporting, "waxline-cli"),
-                  waxline::ExportFolderLock::Outcome::Taken);
-        const auto before = folderContents(r.dir.path());
-        QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
-        ASSERT_EQ(r.alerts.shown.size(), 1u);
-        EXPECT_EQ(r.alerts.shown[0].text, "IDS_FOLDER_BUSY");
-        EXPECT_NE(r.review.dialog(), nullptr) << "the review stays open";
-        EXPECT_TRUE(folderContents(r.dir.path()) == before) << "a file changed";
-        EXPECT_EQ(r.capture.numRecordedTracks(), 2);
-        EXPECT_EQ(count(r.capture, "adoptRecordedTracks(2)"), 0);
-    }
-    QTest::mouseClick(&dialog->applyButton(), Qt::LeftButton);
-    EXPECT_EQ(r.review.dialog(), nullptr);
-    EXPECT_EQ(count(r.capture, "adoptRecordedTracks(2)"), 1);
-    waxline::ExportFolderLock after;
-    EXPECT_EQ(after.tryLock(r.dir.path(), waxline::FolderUse::Recording, "test"),
-              waxline::ExportFolderLock::Outcome::Taken);
 }
 
 TEST(SplitReview, ASideThatCannotBeReadIsSaidAndNothingOpens) {
