@@ -171,8 +171,17 @@ TEST(PanelMachine, PanelSixYesStartsTheNextSideWithAFreshMeter) {
     EXPECT_EQ(w.capture.calls, std::vector<std::string>{"startPlayThru"});
 }
 
-TEST(PanelMachine, NamingPanelsOfferOnlyTheRecordedTracksFields) {
+// Panel 3 starts its count at 1, panel 4 empties its name; panels 7 to 10 offer only the
+// recorded tracks' fields, panel 7 empty and the later ones as the last side left them.
+TEST(PanelMachine, EnteringAPanelPreparesItsFields) {
     WizardRig w;
+    w.views.texts[{4, 12}] = "last time's name";
+    w.machine.setPanel(4);
+    EXPECT_EQ(w.views.texts.at({4, 12}), "");
+    EXPECT_EQ(w.views.selected, (std::vector<FakePanelViews::Field>{{4, 10}}));
+    w.machine.setPanel(3);
+    EXPECT_EQ(w.views.texts.at({3, 22}), "1");
+
     w.standOn(3, 13);
     w.views.texts[{7, 61}] = "old name";
     w.views.texts[{8, 71}] = "kept from the last side";
@@ -194,16 +203,6 @@ TEST(PanelMachine, NamingPanelsOfferOnlyTheRecordedTracksFields) {
     three.machine.setPanel(7);
     for (int tag = 61; tag <= 70; ++tag)
         EXPECT_EQ(three.views.offered.at({7, tag}), tag <= 63) << tag;
-}
-
-TEST(PanelMachine, EnteringPanelsThreeAndFourPreparesTheirFields) {
-    WizardRig w;
-    w.views.texts[{4, 12}] = "last time's name";
-    w.machine.setPanel(4);
-    EXPECT_EQ(w.views.texts.at({4, 12}), "");
-    EXPECT_EQ(w.views.selected, (std::vector<FakePanelViews::Field>{{4, 10}}));
-    w.machine.setPanel(3);
-    EXPECT_EQ(w.views.texts.at({3, 22}), "1");
 }
 
 } // namespace

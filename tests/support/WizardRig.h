@@ -8,6 +8,8 @@
 #include "support/FakeCapture.h"
 #include "support/Signals.h"
 
+#include <gtest/gtest.h>
+
 namespace waxline::test {
 
 // The wizard's logic on fakes: a capture controller whose track files go into a fresh folder,
@@ -22,9 +24,18 @@ struct WizardRig {
     app::RecordingControl recording{capture, views, alerts, machine};
     int exportsStarted = 0;
 
-    WizardRig();
+    WizardRig() {
+        capture.turntableOrTape = true;
+        machine.processAudioFiles = [this] {
+            EXPECT_EQ(views.shown, 5u) << "the export starts on panel 5";
+            ++exportsStarted;
+        };
+    }
     // As if the wizard had got to `panel` with `tracks` recorded.
-    void standOn(unsigned panel, int tracks);
+    void standOn(unsigned panel, int tracks) {
+        views.shown = panel;
+        capture.tracks = tracks;
+    }
 };
 
 } // namespace waxline::test
