@@ -66,9 +66,7 @@ struct Exporter {
         views.texts[{7, 51}] = artist;
         views.texts[{7, 52}] = album;
         for (size_t i = 0; i < titles.size(); ++i) {
-            const int track = int(i) + 1;
-            const unsigned panel = track <= 10 ? 7 : track <= 20 ? 8 : track <= 30 ? 9 : 10;
-            views.texts[{panel, track + 60}] = titles[i];
+            views.texts[{7 + unsigned(i) / 10, int(i) + 61}] = titles[i];
         }
     }
     // Starts the export as Next does and waits for the poll to move on.
