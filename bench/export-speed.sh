@@ -22,6 +22,15 @@ target=0.55
 rounds=${ROUNDS:-3}
 summary=()
 
+# One track the way the export encodes it, from the side's folder ($1) to its own folder;
+# exported so that xargs' shells run the very same command.
+encode_one() {
+    ffmpeg -nostdin -hide_banner -loglevel error -y \
+        -i "$1/exports/WXRTTmpFile.$2.wav" -codec:a libmp3lame -qscale:a 2 \
+        "$1/sequential/$2.mp3"
+}
+export -f encode_one
+
 # One side: make it, cut it at the track boundaries, then time both ways.
 bench_side() {
     local tracks=$1 seconds=$2 side="$work/side-$1"
@@ -43,11 +52,6 @@ bench_side() {
     # Alternating rounds, the best time of each: a single run on a small machine is at the
     # mercy of whatever else wakes up.
     local sequential= pipeline= lanes= s p l t0 t1
-    encode_one() {
-        ffmpeg -nostdin -hide_banner -loglevel error -y \
-            -i "$1/exports/WXRTTmpFile.$2.wav" -codec:a libmp3lame -qscale:a 2 \
-            "$1/sequential/$2.mp3"
-    }
     for round in $(seq 1 "$rounds"); do
         t0=$(now)
         for i in $(seq 1 "$n"); do
@@ -56,7 +60,6 @@ bench_side() {
         t1=$(now)
         s=$(calc "$t1 - $t0")
 
-        export -f encode_one
         t0=$(now)
         seq 1 "$n" | xargs -P2 -I{} bash -c 'encode_one "$0" {}' "$side"
         t1=$(now)
