@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace waxline::test {
 
@@ -65,6 +66,7 @@ PulseDaemon::PulseDaemon(std::string sinkName, int rate, int channels)
         return;
     }
     pid = started;
+    watchOverDaemon();
     nullSinkModule = loadModule("module-null-sink sink_name=" + sink + " norewinds=1 rate=" +
                                 std::to_string(rate) + " channels=" + std::to_string(channels));
     if (nullSinkModule < 0) {
@@ -92,6 +94,21 @@ void PulseDaemon::stop() {
     if (alive(pid))
         ::kill(pid, SIGKILL);
     pid = -1;
+}
+
+// A test that dies (a sanitizer halting, an abort, a kill) never reaches the destructor: a
+// detached watcher stops the daemon and removes its folder once this process is gone.
+void PulseDaemon::watchOverDaemon() const {
+    const std::string self = std::to_string(::getpid());
+    const std::string daemon = std::to_string(pid);
+    std::string output;
+    runCommand("setsid sh -c " +
+                   quoted("while kill -0 " + self + " && kill -0 " + daemon +
+                          "; do sleep 0.5; done; kill -0 " + self + " || { kill " + daemon +
+                          "; sleep 2; kill -9 " + daemon + "; rm -rf " + quoted(runtime.path()) +
+                          "; }") +
+                   " </dev/null >/dev/null 2>&1 &",
+               output);
 }
 
 int PulseDaemon::pactl(const std::string& args, std::string& output) const {

@@ -59,6 +59,7 @@ public:
 
 private:
     void stop();
+    void watchOverDaemon() const;
 
     TempDir runtime; // destroyed last, after the daemon is gone
     std::string sink;
