@@ -115,13 +115,14 @@ def excerpt(sources, rng, path, rate, seconds):
     return out, joins
 
 
-def audible(x, rate):
-    """First and last 50 ms frame within 50 dB of the loudest, in seconds."""
+def audible(x, rate, floor_db=-400.0):
+    """First and last 50 ms frame within 50 dB of the loudest and above floor_db, in seconds:
+    a fade that has sunk under the medium's noise is heard no more."""
     hop = rate // 20
     frames = max(1, len(x) // hop)
     rms = np.sqrt(np.mean(x[:frames * hop].reshape(frames, -1) ** 2, axis=1) + 1e-30)
     level = 20 * np.log10(rms)
-    on = np.nonzero(level > level.max() - 50)[0]
+    on = np.nonzero(level > max(level.max() - 50, floor_db))[0]
     return on[0] * hop / rate, (on[-1] + 1) * hop / rate
 
 
@@ -288,6 +289,7 @@ def make_side(sources, category, index, seed):
     n = int(total * rate)
     music = np.zeros((n, 2), dtype=np.float32)
     bounds = []
+    side.segue_points = {}
     for i, (x, joins, quiet) in enumerate(pieces):
         s = int(starts[i] * rate)
         music[s:s + len(x)] += x
@@ -297,27 +299,23 @@ def make_side(sources, category, index, seed):
             side.no_boundary.append((starts[i] + j - 1.5, starts[i] + j + 1.5, "loop-join"))
         for q0, q1 in quiet:
             side.no_boundary.append((starts[i] + q0, starts[i] + q1, "pianissimo"))
-    for i in range(len(pieces) - 1):
-        if i in segue_joins:
-            # The cross-fade: the next track's first sample to the end of this one.
-            x, _, _ = pieces[i]
-            f0 = starts[i + 1]
-            f1 = starts[i] + len(x) / rate
-            fade = int((f1 - f0) * rate)
-            s = int(f0 * rate)
-            # The outgoing track falls as the incoming one rises.
-            music[s:s + fade] -= x[-fade:] * (1 - ramp(fade, 40))[:, None]
-            nxt = pieces[i + 1][0]
-            music[s:s + fade] -= nxt[:fade] * (1 - ramp(fade, 40, falling=False))[:, None]
-            side.segues.append(((f0 + f1) / 2, f0, f1))
-        else:
-            side.gaps.append((bounds[i][1], bounds[i + 1][0]))
-    side.tracks = [(bounds[i][0], bounds[i][1]) for i in range(len(pieces))]
-    side.no_boundary.append((0.0, bounds[0][0], "lead-in"))
-    side.no_boundary.append((bounds[-1][1], total, "run-out"))
+    for i in sorted(segue_joins):
+        # The cross-fade, from the next track's first sample to the end of this one: the
+        # outgoing track falls as the incoming one rises.
+        x = pieces[i][0]
+        f0 = starts[i + 1]
+        f1 = starts[i] + len(x) / rate
+        fade = int((f1 - f0) * rate)
+        s = int(f0 * rate)
+        music[s:s + fade] -= x[-fade:] * (1 - ramp(fade, 40))[:, None]
+        music[s:s + fade] -= pieces[i + 1][0][:fade] * (1 - ramp(fade, 40, falling=False))[:, None]
+        side.segue_points[i] = ((f0 + f1) / 2, f0, f1)
+    side.segue_joins = segue_joins
+    set_truth(side, bounds, total)
 
     peak_db = float(rng.uniform(-20, -3))
-    music *= db(peak_db) / max(1e-9, float(np.abs(music).max()))
+    gain = db(peak_db) / max(1e-9, float(np.abs(music).max()))
+    music *= gain
     side.peak_db = peak_db
     if cassette:
         music = time_warp(music, rate, rng)
@@ -348,9 +346,9 @@ def make_side(sources, category, index, seed):
             notes.append(f"hum {f:.0f} Hz")
         notes.append(f"noise {level:.1f} dBFS")
     if live:
-        crowd = hiss(rng, n, float(rng.uniform(-52, -42)), -0.9) + rumble(
-            rng, n, rate, float(rng.uniform(-55, -45)))
-        noise += crowd
+        crowd_db = float(rng.uniform(-52, -42))
+        level = max(level, crowd_db)
+        noise += hiss(rng, n, crowd_db, -0.9) + rumble(rng, n, rate, float(rng.uniform(-55, -45)))
         for (g0, g1) in side.gaps:
             a0 = int(max(0, g0 - 1.0) * rate)
             a1 = int((g1 - 0.3) * rate)
@@ -368,7 +366,26 @@ def make_side(sources, category, index, seed):
         noise *= gate[:, None]
         notes.append("digital fades")
     side.notes = ", ".join(notes)
+    # The truth as heard: each track from and to where it rises above the noise of the gaps.
+    bounds = []
+    for i, (x, _, _) in enumerate(pieces):
+        a0, a1 = audible(x * gain, rate, level)
+        bounds.append((starts[i] + a0, starts[i] + a1))
+    set_truth(side, bounds, total)
     return side, music + noise
+
+
+def set_truth(side, bounds, total):
+    side.gaps, side.segues = [], []
+    side.no_boundary = [nb for nb in side.no_boundary if nb[2] not in ("lead-in", "run-out")]
+    for i in range(len(bounds) - 1):
+        if i in side.segue_joins:
+            side.segues.append(side.segue_points[i])
+        else:
+            side.gaps.append((bounds[i][1], bounds[i + 1][0]))
+    side.tracks = list(bounds)
+    side.no_boundary.append((0.0, bounds[0][0], "lead-in"))
+    side.no_boundary.append((bounds[-1][1], total, "run-out"))
 
 
 def write_side(folder, side, audio):

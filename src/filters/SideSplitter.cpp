@@ -9,7 +9,8 @@ namespace Sonra::Audio::Filters {
 namespace {
 
 constexpr float kSilentDb = -110;   // below: digital silence, no groove at all
-constexpr float kNoiseSpreadDb = 2; // frames this close to the quietest are groove noise
+constexpr float kModeStepDb = 0.5;  // the level distribution's resolution
+constexpr float kModeWidthDb = 1.5; // frames this close to its noise peak are groove noise
 constexpr size_t kMinNoiseFrames = 10;
 constexpr double kExponentialMedianDb = 1.6; // a noise bin's mean lies 1.6 dB above its median
 constexpr double kLogAverageBiasDb = 2.5;    // -10 log10(e) times Euler's constant
@@ -67,15 +68,41 @@ SideSplitter::SideSplitter(SideFeatures features)
 }
 
 void SideSplitter::learnNoise() {
+    // The groove noise is the level the side keeps coming back to between the music: the
+    // tallest narrow peak of the level distribution below its median. Its minimum would be the
+    // digital silence at the end of a fade or a tape leader, far below the noise of the gaps.
     const size_t n = side.frames();
-    float floor = std::numeric_limits<float>::infinity();
+    std::vector<float> sounding;
     for (size_t f = 0; f < n; ++f)
         if (side.level[f] > kSilentDb)
-            floor = std::min(floor, smoothed[f]);
+            sounding.push_back(side.level[f]);
     std::vector<size_t> noise;
-    for (size_t f = 0; f < n; ++f)
-        if (side.level[f] > kSilentDb && side.level[f] <= floor + kNoiseSpreadDb)
-            noise.push_back(f);
+    if (sounding.size() >= kMinNoiseFrames) {
+        std::vector<float> sorted = sounding;
+        const float middle = median(sorted);
+        const float lowest = *std::min_element(sounding.begin(), sounding.end());
+        const auto bins = static_cast<size_t>(std::max(1.0f, (middle - lowest) / kModeStepDb)) + 1;
+        std::vector<size_t> histogram(bins, 0);
+        for (float l : sounding)
+            if (l <= middle)
+                ++histogram[std::min(bins - 1, static_cast<size_t>((l - lowest) / kModeStepDb))];
+        const auto reach = static_cast<size_t>(kModeWidthDb / kModeStepDb);
+        size_t best = 0;
+        size_t bestCount = 0;
+        for (size_t b = 0; b < bins; ++b) {
+            size_t count = 0;
+            for (size_t c = b >= reach ? b - reach : 0; c < std::min(bins, b + reach + 1); ++c)
+                count += histogram[c];
+            if (count > bestCount) {
+                bestCount = count;
+                best = b;
+            }
+        }
+        const float mode = lowest + (static_cast<float>(best) + 0.5f) * kModeStepDb;
+        for (size_t f = 0; f < n; ++f)
+            if (side.level[f] > kSilentDb && std::fabs(side.level[f] - mode) <= kModeWidthDb)
+                noise.push_back(f);
+    }
     if (noise.size() < kMinNoiseFrames) {
         noise.resize(n);
         std::iota(noise.begin(), noise.end(), size_t{0});
@@ -306,6 +333,18 @@ void SideSplitter::findDips() {
         if (free)
             dips.push_back({f, f + 1, f, kDipConfidence, 0});
     }
+}
+
+float SideSplitter::musicMargin(int64_t from, int64_t to) const {
+    const auto hop = static_cast<int64_t>(side.hop);
+    if (hop == 0 || from < 0 || to <= from || to > side.inputFrames)
+        return -std::numeric_limits<float>::infinity();
+    const auto first = static_cast<size_t>(from / hop);
+    const auto last = std::min(side.frames(), static_cast<size_t>((to + hop - 1) / hop));
+    float lowest = std::numeric_limits<float>::infinity();
+    for (size_t f = first; f < last; ++f)
+        lowest = std::min(lowest, smoothed[f] - noiseLevel);
+    return first < last ? lowest : -std::numeric_limits<float>::infinity();
 }
 
 int64_t SideSplitter::sampleOf(size_t frame) const {

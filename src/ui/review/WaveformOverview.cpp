@@ -96,6 +96,11 @@ void WaveformOverview::setMarkers(std::vector<SplitMarker> markers) {
     emit selectionChanged(selected);
 }
 
+void WaveformOverview::setSuggestions(std::vector<int64_t> frames) {
+    suggestions = std::move(frames);
+    update();
+}
+
 void WaveformOverview::selectMarker(int index) {
     if (index < -1 || index >= int(marks.size()))
         index = -1;
@@ -315,6 +320,13 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
             p.drawText(QRectF(left, 0, right - left, handleHeight + 1),
                        Qt::AlignLeft | Qt::AlignVCenter, QString::number(t + 1));
         start = end;
+    }
+
+    // Suggestions under the markers: dotted, without a handle, so they read as not in force.
+    p.setPen(QPen(doubtfulColour, 1.0, Qt::DotLine));
+    for (int64_t frame : suggestions) {
+        const double x = std::round(xOf(frame) * dpr) / dpr;
+        p.drawLine(QPointF(x, well.top() + 1), QPointF(x, well.bottom() - 1));
     }
 
     // The markers: a line across the waveform and a handle above it. Doubtful ones dashed.
