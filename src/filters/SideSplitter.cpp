@@ -12,6 +12,7 @@ constexpr float kSilentDb = -110;   // below: digital silence, no groove at all
 constexpr float kModeStepDb = 0.5;  // the level distribution's resolution
 constexpr float kModeWidthDb = 1.5; // frames this close to its noise peak are groove noise
 constexpr size_t kMinNoiseFrames = 10;
+constexpr size_t kMinModeFrames = 40;
 constexpr double kExponentialMedianDb = 1.6; // a noise bin's mean lies 1.6 dB above its median
 constexpr double kLogAverageBiasDb = 2.5;    // -10 log10(e) times Euler's constant
 constexpr double kAboveNoiseDb = 8;          // a peak this far above the noise's mean power ...
@@ -87,17 +88,20 @@ void SideSplitter::learnNoise() {
             if (l <= middle)
                 ++histogram[std::min(bins - 1, static_cast<size_t>((l - lowest) / kModeStepDb))];
         const auto reach = static_cast<size_t>(kModeWidthDb / kModeStepDb);
-        size_t best = 0;
-        size_t bestCount = 0;
+        std::vector<size_t> window(bins, 0);
+        size_t tallest = 0;
         for (size_t b = 0; b < bins; ++b) {
-            size_t count = 0;
             for (size_t c = b >= reach ? b - reach : 0; c < std::min(bins, b + reach + 1); ++c)
-                count += histogram[c];
-            if (count > bestCount) {
-                bestCount = count;
-                best = b;
-            }
+                window[b] += histogram[c];
+            tallest = std::max(tallest, window[b]);
         }
+        // The lowest peak of some weight: a fade's tail passes each level too fast to make one.
+        const size_t enough = std::max(kMinModeFrames, tallest * 3 / 10);
+        size_t best = 0;
+        while (best < bins && window[best] < enough)
+            ++best;
+        while (best + 1 < bins && window[best + 1] > window[best])
+            ++best;
         const float mode = lowest + (static_cast<float>(best) + 0.5f) * kModeStepDb;
         for (size_t f = 0; f < n; ++f)
             if (side.level[f] > kSilentDb && std::fabs(side.level[f] - mode) <= kModeWidthDb)
