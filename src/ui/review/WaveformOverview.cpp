@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPolygonF>
 
 #include <algorithm>
 #include <cmath>
@@ -322,11 +323,15 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
         start = end;
     }
 
-    // Suggestions under the markers: dotted, without a handle, so they read as not in force.
-    p.setPen(QPen(doubtfulColour, 1.0, Qt::DotLine));
+    // Suggestions under the markers: dotted, with a hollow handle, so they read as not in force.
     for (int64_t frame : suggestions) {
         const double x = std::round(xOf(frame) * dpr) / dpr;
+        p.setPen(QPen(doubtfulColour, 1.5, Qt::DotLine));
         p.drawLine(QPointF(x, well.top() + 1), QPointF(x, well.bottom() - 1));
+        p.setPen(QPen(doubtfulColour, 1.2));
+        p.setBrush(Qt::NoBrush);
+        p.drawPolygon(
+            QPolygonF({QPointF(x - 5, 1.5), QPointF(x + 5, 1.5), QPointF(x, handleHeight - 1)}));
     }
 
     // The markers: a line across the waveform and a handle above it. Doubtful ones dashed.
