@@ -393,12 +393,14 @@ int main(int argc, char** argv) {
             }
         }
         std::printf("%-16s %-11s %2zu tracks %5.1f min | live %s%s | free %s%s | count %s | "
-                    "durations %s | trust %s\n",
+                    "durations %s | trust %s (%d, +%d -%d at %.1f)\n",
                     truth.name.c_str(), truth.part.c_str(), truth.tracks.size(), audio / 60,
                     v[Live].exact ? "exact" : "wrong", v[Live].inMusic ? "(music)" : "",
                     v[Free].right ? "right" : "wrong", v[Free].inMusic ? "(music)" : "",
                     v[Counted].exact ? "exact" : "wrong", v[Timed].exact ? "exact" : "wrong",
-                    trust[0].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live");
+                    trust[0].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live",
+                    static_cast<int>(trust[0].reason), trust[0].added, trust[0].removed,
+                    trust[0].at);
         if (verbose) {
             auto list = [&](const char* name, const std::vector<double>& at) {
                 std::printf("    %-10s", name);
@@ -412,7 +414,11 @@ int main(int argc, char** argv) {
             list("gaps", gaps);
             list("segues", truth.segues);
             list("live", events.splits);
-            list("free", secondsOf(proposals[0], rate));
+            std::printf("    %-10s", "free");
+            for (const auto& b : proposals[0].boundaries)
+                std::printf(" %.1f (%.2f, %.1f s)", static_cast<double>(b.sample) / rate,
+                            b.confidence, static_cast<double>(b.quietEnd - b.quietStart) / rate);
+            std::printf("\n");
             list("count", secondsOf(proposals[1], rate));
             list("durations", secondsOf(proposals[2], rate));
         }

@@ -23,11 +23,19 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
         if (firstDoubt < 0 || s < firstDoubt)
             firstDoubt = s;
     };
+    const auto second = static_cast<int64_t>(rate);
     for (const SplitBoundary& b : proposal.boundaries) {
         bool near = false;
-        for (int64_t l : live)
-            near = near || matches(b, l);
-        if (near)
+        bool moved = true;
+        for (int64_t l : live) {
+            if (!matches(b, l))
+                continue;
+            near = true;
+            // The live split in the same gap, or a second from the proposed one, is the same.
+            moved = moved && !(l >= b.quietStart && l <= b.quietEnd) &&
+                    std::llabs(b.sample - l) > second;
+        }
+        if (near && !moved)
             continue;
         ++t.added;
         if (b.confidence < kSureGap) {

@@ -22,7 +22,7 @@ struct ProposalTrust {
     };
     Choice choice = Choice::Live;
     Reason reason = Reason::NoProposal;
-    int added = 0;   // proposed boundaries with no live split near them
+    int added = 0;   // proposed boundaries with no live split in their gap
     int removed = 0; // live splits with no proposed boundary near them
     double at = 0;   // side seconds of the first doubtful boundary, for the front end's words
 
@@ -34,8 +34,9 @@ struct ProposalTrust {
     // the live detector's two seconds of quiet before it.
     static constexpr float kSureMusicDb = 12;
     // A live split and a proposed boundary this close, or the live split inside the
-    // boundary's quiet stretch, are the same boundary.
-    static constexpr double kSameSeconds = 2.5;
+    // boundary's quiet stretch, stand for the same gap: the live detector, deaf to the last
+    // of a fade, often splits a few seconds early. The proposal moves it only when sure.
+    static constexpr double kSameSeconds = 6;
 
     static ProposalTrust judge(const SideSplitter& splitter, const SplitProposal& proposal,
                                const std::vector<int64_t>& live);
