@@ -385,6 +385,10 @@ SplitProposal SideSplitter::propose() const {
     for (const Candidate& c : candidates) {
         if (c.seconds < kMinGapSeconds || c.confidence < kConvincing)
             continue;
+        // A "track" this short at either end is a noise burst in the lead-in or the run-out.
+        if (secondsOf(c.quietest) - secondsOf(musicFirst) < kMinTrackSeconds ||
+            secondsOf(musicLast) - secondsOf(c.quietest) < kMinTrackSeconds)
+            continue;
         // Two gaps closer than any track: keep the more convincing.
         if (!kept.empty() &&
             secondsOf(c.quietest) - secondsOf(kept.back()->quietest) < kMinTrackSeconds) {
@@ -470,9 +474,14 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
     }
     // Dynamic programme over (boundary i at point j): squared misfit of each track's length in
     // units of the sleeve's likely error, plus a price for using a doubtful gap.
+    // An inner track runs from one gap to the next, which the sleeve times to the second; the
+    // first and last also depend on where the music is heard to start and end (a soft intro, a
+    // fade under the hiss), so they are held more loosely.
+    const size_t lastTrack = seconds.size() - 1;
     auto misfit = [&](double length, size_t track) {
-        const double want = scale * seconds[track];
-        const double sigma = 2 + 0.02 * want;
+        const double want = seconds[track];
+        const bool outer = track == 0 || track == lastTrack;
+        const double sigma = outer ? 4 + 0.04 * want : 1.5 + 0.01 * want;
         const double z = (length - want) / sigma;
         return z * z;
     };
