@@ -119,8 +119,8 @@ struct Verdict {
     bool exact = false;
     bool right = false; // exact, or only segue boundaries missing
     int inMusic = 0;
-    int errors = 0; // boundaries misplaced or doubled, and gaps or segues missed
-    double segueError = 0;
+    int errors = 0;        // boundaries misplaced or doubled, and gaps or segues missed
+    double segueError = 0; // the worst cross-fade's distance to its nearest boundary
 };
 
 Verdict judge(const Truth& t, const std::vector<double>& at) {
@@ -133,7 +133,6 @@ Verdict judge(const Truth& t, const std::vector<double>& at) {
         for (size_t s = 0; s < t.segues.size() && !placed; ++s)
             if (std::fabs(b - t.segues[s]) <= kSegueTolerance) {
                 ++perSegue[s];
-                v.segueError = std::max(v.segueError, std::fabs(b - t.segues[s]));
                 placed = true;
             }
         for (size_t g = 0; g < t.gaps.size() && !placed; ++g)
@@ -166,6 +165,13 @@ Verdict judge(const Truth& t, const std::vector<double>& at) {
         seguesAtMostOne = seguesAtMostOne && n <= 1;
         missed += n == 0;
         doubled += std::max(0, n - 1);
+    }
+    // How far the nearest boundary lies from each cross-fade's middle.
+    for (double point : t.segues) {
+        double nearest = t.length;
+        for (double b : at)
+            nearest = std::min(nearest, std::fabs(b - point));
+        v.segueError = std::max(v.segueError, nearest);
     }
     v.exact = stray == 0 && gapsExact && seguesExact;
     v.right = stray == 0 && gapsExact && seguesAtMostOne;
@@ -205,12 +211,14 @@ struct Tally {
     int shownRight = 0; // ... and was right
     int shownWorse = 0; // ... and was worse than the live splits
     int maxSegueMs = 0;
+    int segueSides = 0;
     double cpu = 0;
     double audio = 0;
 };
 
-void add(Tally& t, const Verdict& v) {
+void add(Tally& t, const Verdict& v, bool segues) {
     ++t.sides;
+    t.segueSides += segues;
     t.exact += v.exact;
     t.right += v.right;
     t.inMusic += v.inMusic;
@@ -230,8 +238,8 @@ bool worse(const Verdict& proposal, const Verdict& live) {
 
 void printTable(const std::string& title, const std::map<std::string, Tally[Methods]>& tallies) {
     std::printf("\n%s\n", title.c_str());
-    std::printf("%-14s %-21s %6s %11s %11s %9s %16s %8s %12s\n", "category", "method", "sides",
-                "exact", "right", "in music", "notice right", "worse*", "CPU s/30min");
+    std::printf("%-14s %-21s %6s %11s %11s %9s %16s %8s %12s %10s\n", "category", "method", "sides",
+                "exact", "right", "in music", "notice right", "worse*", "CPU s/30min", "segue err");
     for (const auto& [category, row] : tallies) {
         for (int m = 0; m < Methods; ++m) {
             const Tally& t = row[m];
@@ -243,9 +251,12 @@ void printTable(const std::string& title, const std::map<std::string, Tally[Meth
             const bool gated = m == Free || m == Counted || m == Timed;
             std::snprintf(notice, sizeof notice, "%d/%d", t.shownRight, t.shown);
             std::snprintf(worseText, sizeof worseText, "%d", t.shownWorse);
-            std::printf("%-14s %-21s %6d %11s %11s %9d %16s %8s %12.3f\n", category.c_str(),
+            char segue[16] = "";
+            if (t.segueSides > 0)
+                std::snprintf(segue, sizeof segue, "%.1f s", t.maxSegueMs / 1000.0);
+            std::printf("%-14s %-21s %6d %11s %11s %9d %16s %8s %12.3f %10s\n", category.c_str(),
                         kMethodNames[m], t.sides, exact, right, t.inMusic, gated ? notice : "",
-                        gated ? worseText : "", t.audio > 0 ? t.cpu / t.audio * 1800 : 0.0);
+                        gated ? worseText : "", t.audio > 0 ? t.cpu / t.audio * 1800 : 0.0, segue);
         }
     }
 }
@@ -379,7 +390,7 @@ int main(int argc, char** argv) {
         for (const std::string& key : {truth.category, std::string("all")}) {
             Tally* row = tallies[key];
             for (int m = 0; m < Methods; ++m) {
-                add(row[m], v[m]);
+                add(row[m], v[m], !truth.segues.empty());
                 row[m].cpu += cpu[m];
                 row[m].audio += audio;
             }
@@ -393,14 +404,16 @@ int main(int argc, char** argv) {
             }
         }
         std::printf("%-16s %-11s %2zu tracks %5.1f min | live %s%s | free %s%s | count %s | "
-                    "durations %s | trust %s (%d, +%d -%d at %.1f)\n",
+                    "durations %s | trust %s (%d, +%d -%d at %.1f), with the count %s (%d)\n",
                     truth.name.c_str(), truth.part.c_str(), truth.tracks.size(), audio / 60,
                     v[Live].exact ? "exact" : "wrong", v[Live].inMusic ? "(music)" : "",
                     v[Free].right ? "right" : "wrong", v[Free].inMusic ? "(music)" : "",
                     v[Counted].exact ? "exact" : "wrong", v[Timed].exact ? "exact" : "wrong",
                     trust[0].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live",
                     static_cast<int>(trust[0].reason), trust[0].added, trust[0].removed,
-                    trust[0].at);
+                    trust[0].at,
+                    trust[1].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live",
+                    static_cast<int>(trust[1].reason));
         if (verbose) {
             auto list = [&](const char* name, const std::vector<double>& at) {
                 std::printf("    %-10s", name);
