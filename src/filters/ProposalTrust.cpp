@@ -35,8 +35,14 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
             moved = moved && !(l >= b.quietStart && l <= b.quietEnd) &&
                     std::llabs(b.sample - l) > second;
         }
-        if (near && !moved)
+        // A proposal is only as sure as its least sure boundary, kept ones included.
+        if (near && !moved) {
+            if (b.confidence < kSureGap) {
+                doubtfulAdded = true;
+                doubt(b.sample);
+            }
             continue;
+        }
         ++t.added;
         if (b.confidence < kSureGap) {
             doubtfulAdded = true;

@@ -16,7 +16,7 @@ struct ProposalTrust {
     enum class Reason {
         Agrees,          // the proposal splits where the live detector did
         Confident,       // every difference is a clear gap added or a split inside music removed
-        DoubtfulAdded,   // a boundary it adds is not a clear gap
+        DoubtfulAdded,   // a boundary it adds (or keeps) is not a clear gap
         DoubtfulRemoved, // a live split it removes might be a gap after all
         NoProposal,      // the splitter had nothing to propose (no music, a bad count)
     };
