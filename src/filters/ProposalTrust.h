@@ -8,9 +8,9 @@
 namespace Sonra::Audio::Filters {
 
 // Which splits a side should keep: the live detector's, which the recording made, or the
-// whole-side splitter's proposal. The proposal wins only where it is sure: each boundary it adds
-// is a clear gap, and each live split it leaves out lies in sound it is sure is music. Anything
-// less leaves the live splits standing and the proposal as a suggestion.
+// whole-side splitter's proposal. The proposal wins only where it is sure: each of its
+// boundaries is a clear gap, and each live split it leaves out lies in sound it is sure is music.
+// Anything less leaves the live splits standing and the proposal as a suggestion.
 struct ProposalTrust {
     enum class Choice { Live, Proposal };
     enum class Reason {
