@@ -1,36 +1,183 @@
-// How well each way of splitting a side finds its tracks, on realistic synthetic sides whose
-// truth is known: the live gap detector as the input chain feeds it, the offline track finder on
-// its history, and the whole-side splitter without and with the track count. Prints figures; it
-// is a benchmark, not a test.
+// How well each way of splitting a side finds its tracks on the corpus that bench/corpus builds
+// (records, cassettes and live sides made from real music, and realistic demo sides), judged
+// against each side's truth file: the live gap detector as the input chain feeds it, the
+// offline track finder on its history, and the whole-side splitter without a count, with the
+// track count and with the sleeve's durations; and how often the proposal would be trusted over
+// the live splits when it is worse. Prints figures; it is a benchmark, not a test.
 //
-//   split_accuracy [--sides N] [--first-seed S] [--preset none|riaa] [--verbose]
-#include "cli/DemoSide.h"
+//   split_accuracy [--corpus DIR] [--part held-out|development|all] [--verbose]
+//
+// A side is exact when every gap holds exactly one boundary, every segue has one within 1 s of
+// the cross-fade's middle, and no boundary lies anywhere else. Without a count a side is also
+// right when only segue boundaries are missing. A boundary "in music" lies inside a track
+// (further than 1 s from a segue point) or in a stretch where none may fall (lead-in, run-out,
+// tape leader, pianissimo).
 #include "filters/AudioFilter.h"
 #include "filters/GapDetector.h"
+#include "filters/ProposalTrust.h"
 #include "filters/SideAnalyser.h"
 #include "filters/SideSplitter.h"
 
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
 using namespace Sonra::Audio::Filters;
-using waxline::cli::DemoSideGenerator;
-using waxline::cli::DemoSideLayout;
-using waxline::cli::DemoSideOptions;
-// Processor time of this (single-threaded) program: on a machine shared with other work the
-// wall clock measures the neighbours as much as the code.
-using TimePoint = std::clock_t;
-TimePoint now() {
-    return std::clock();
-}
+namespace fs = std::filesystem;
 
 constexpr size_t kBlock = 65536;
+constexpr double kSegueTolerance = 1.0;
+
+// Processor time of this single-threaded program: the wall clock would measure the neighbours.
+double cpuSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+struct Span {
+    double start;
+    double end;
+};
+
+struct Truth {
+    std::string name;
+    std::string category;
+    std::string part;
+    double length = 0;
+    std::vector<Span> tracks;
+    std::vector<Span> gaps;
+    std::vector<double> segues; // the cross-fades' middles
+    std::vector<Span> noBoundary;
+
+    size_t boundaries() const { return gaps.size() + segues.size(); }
+
+    // The sleeve: each track from its start to the next one's, rounded to the second; a track
+    // that a cross-fade leads into starts at the fade's middle.
+    std::vector<double> durations() const {
+        std::vector<double> starts{tracks.front().start};
+        for (size_t i = 1; i < tracks.size(); ++i) {
+            double start = tracks[i].start;
+            for (double p : segues)
+                if (p > tracks[i].start - 1 && p < tracks[i - 1].end + 1)
+                    start = p;
+            starts.push_back(start);
+        }
+        std::vector<double> d;
+        for (size_t i = 0; i < starts.size(); ++i) {
+            const double next = i + 1 < starts.size() ? starts[i + 1] : tracks.back().end;
+            d.push_back(std::round(next - starts[i]));
+        }
+        return d;
+    }
+};
+
+bool readTruth(const fs::path& path, Truth& t) {
+    std::ifstream in(path);
+    if (!in)
+        return false;
+    t.name = path.stem().string();
+    std::string line;
+    while (std::getline(in, line)) {
+        std::istringstream words(line);
+        std::string key;
+        words >> key;
+        Span s{};
+        if (key == "category")
+            words >> t.category;
+        else if (key == "part")
+            words >> t.part;
+        else if (key == "length")
+            words >> t.length;
+        else if (key == "track" && words >> s.start >> s.end)
+            t.tracks.push_back(s);
+        else if (key == "gap" && words >> s.start >> s.end)
+            t.gaps.push_back(s);
+        else if (key == "noboundary" && words >> s.start >> s.end)
+            t.noBoundary.push_back(s);
+        else if (key == "segue") {
+            double point = 0;
+            if (words >> point)
+                t.segues.push_back(point);
+        }
+    }
+    std::sort(t.segues.begin(), t.segues.end());
+    return !t.tracks.empty();
+}
+
+struct Verdict {
+    bool exact = false;
+    bool right = false; // exact, or only segue boundaries missing
+    int inMusic = 0;
+    int errors = 0;        // boundaries misplaced or doubled, and gaps or segues missed
+    double segueError = 0; // the worst cross-fade's distance to its nearest boundary
+};
+
+Verdict judge(const Truth& t, const std::vector<double>& at) {
+    Verdict v;
+    std::vector<int> perGap(t.gaps.size(), 0);
+    std::vector<int> perSegue(t.segues.size(), 0);
+    int stray = 0;
+    for (double b : at) {
+        bool placed = false;
+        for (size_t s = 0; s < t.segues.size() && !placed; ++s)
+            if (std::fabs(b - t.segues[s]) <= kSegueTolerance) {
+                ++perSegue[s];
+                placed = true;
+            }
+        for (size_t g = 0; g < t.gaps.size() && !placed; ++g)
+            if (b >= t.gaps[g].start && b <= t.gaps[g].end) {
+                ++perGap[g];
+                placed = true;
+            }
+        if (placed)
+            continue;
+        ++stray;
+        bool bad = false;
+        for (const Span& s : t.tracks)
+            bad = bad || (b > s.start && b < s.end);
+        for (const Span& s : t.noBoundary)
+            bad = bad || (b >= s.start && b <= s.end);
+        v.inMusic += bad;
+    }
+    bool gapsExact = true;
+    int missed = 0;
+    int doubled = 0;
+    for (int n : perGap) {
+        gapsExact = gapsExact && n == 1;
+        missed += n == 0;
+        doubled += std::max(0, n - 1);
+    }
+    bool seguesExact = true;
+    bool seguesAtMostOne = true;
+    for (int n : perSegue) {
+        seguesExact = seguesExact && n == 1;
+        seguesAtMostOne = seguesAtMostOne && n <= 1;
+        missed += n == 0;
+        doubled += std::max(0, n - 1);
+    }
+    // How far the nearest boundary lies from each cross-fade's middle.
+    for (double point : t.segues) {
+        double nearest = t.length;
+        for (double b : at)
+            nearest = std::min(nearest, std::fabs(b - point));
+        v.segueError = std::max(v.segueError, nearest);
+    }
+    v.exact = stray == 0 && gapsExact && seguesExact;
+    v.right = stray == 0 && gapsExact && seguesAtMostOne;
+    v.errors = stray + missed + doubled;
+    return v;
+}
 
 // The live splits: a new track file starts at each gap start that sound follows (the last gap
 // start of a side runs into the album end and starts no track).
@@ -50,62 +197,32 @@ struct LiveSplits : GapDetector::Listener {
     void AlbumEnded() override {}
 };
 
-struct Score {
-    const char* name;
+enum Method { Live, Finder, Free, Counted, Timed, Chosen, ChosenCounted, Methods };
+const char* const kMethodNames[Methods] = {
+    "live detector",       "FindTracks",      "splitter",    "splitter, count",
+    "splitter, durations", "kept (no count)", "kept (count)"};
+
+struct Tally {
     int sides = 0;
-    int exact = 0;      // one boundary in every gap and none elsewhere
-    int countRight = 0; // as many tracks as the side has
-    int boundaries = 0;
-    int inGap = 0;
+    int exact = 0;
+    int right = 0;
     int inMusic = 0;
-    int gaps = 0;
-    int gapsFound = 0;
-    double seconds = 0; // analysis time
+    int shown = 0;      // the proposal differed from the live splits and was trusted
+    int shownRight = 0; // ... and was right
+    int shownWorse = 0; // ... and was worse than the live splits
+    int maxSegueMs = 0;
+    int segueSides = 0;
+    double cpu = 0;
+    double audio = 0;
 };
 
-void judge(Score& s, const DemoSideLayout& side, const std::vector<double>& at, bool verbose) {
-    ++s.sides;
-    s.boundaries += static_cast<int>(at.size());
-    s.gaps += static_cast<int>(side.gaps.size());
-    std::vector<int> perGap(side.gaps.size(), 0);
-    int inGap = 0;
-    int inMusic = 0;
-    for (double b : at) {
-        bool placed = false;
-        for (size_t g = 0; g < side.gaps.size(); ++g) {
-            if (b >= side.gaps[g].start && b <= side.gaps[g].end) {
-                ++perGap[g];
-                ++inGap;
-                placed = true;
-            }
-        }
-        if (placed)
-            continue;
-        for (const auto& t : side.tracks)
-            if (b > t.start && b < t.end) {
-                ++inMusic;
-                if (verbose)
-                    std::printf("    %-22s boundary %9.3f s inside music\n", s.name, b);
-            }
-    }
-    int found = 0;
-    bool exact = at.size() == side.gaps.size();
-    for (size_t g = 0; g < perGap.size(); ++g) {
-        found += perGap[g] > 0;
-        exact = exact && perGap[g] == 1;
-        if (verbose && perGap[g] == 0)
-            std::printf("    %-22s missed gap %9.3f .. %9.3f s\n", s.name, side.gaps[g].start,
-                        side.gaps[g].end);
-    }
-    s.inGap += inGap;
-    s.inMusic += inMusic;
-    s.gapsFound += found;
-    s.exact += exact;
-    s.countRight += at.size() == side.gaps.size();
-}
-
-double percent(int part, int whole) {
-    return whole > 0 ? 100.0 * part / whole : 100.0;
+void add(Tally& t, const Verdict& v, bool segues) {
+    ++t.sides;
+    t.segueSides += segues;
+    t.exact += v.exact;
+    t.right += v.right;
+    t.inMusic += v.inMusic;
+    t.maxSegueMs = std::max(t.maxSegueMs, static_cast<int>(std::lround(v.segueError * 1000)));
 }
 
 std::vector<double> secondsOf(const SplitProposal& p, double rate) {
@@ -115,78 +232,111 @@ std::vector<double> secondsOf(const SplitProposal& p, double rate) {
     return at;
 }
 
-double since(TimePoint start) {
-    return static_cast<double>(now() - start) / CLOCKS_PER_SEC;
+bool worse(const Verdict& proposal, const Verdict& live) {
+    return proposal.errors > live.errors || (live.right && !proposal.right);
+}
+
+void printTable(const std::string& title, const std::map<std::string, Tally[Methods]>& tallies) {
+    std::printf("\n%s\n", title.c_str());
+    std::printf("%-14s %-21s %6s %11s %11s %9s %16s %8s %12s %10s\n", "category", "method", "sides",
+                "exact", "right", "in music", "notice right", "worse*", "CPU s/30min", "segue err");
+    for (const auto& [category, row] : tallies) {
+        for (int m = 0; m < Methods; ++m) {
+            const Tally& t = row[m];
+            if (t.sides == 0)
+                continue;
+            char exact[32], right[32], notice[32], worseText[16];
+            std::snprintf(exact, sizeof exact, "%d (%.0f%%)", t.exact, 100.0 * t.exact / t.sides);
+            std::snprintf(right, sizeof right, "%d (%.0f%%)", t.right, 100.0 * t.right / t.sides);
+            const bool gated = m == Free || m == Counted || m == Timed;
+            std::snprintf(notice, sizeof notice, "%d/%d", t.shownRight, t.shown);
+            std::snprintf(worseText, sizeof worseText, "%d", t.shownWorse);
+            char segue[16] = "";
+            if (t.segueSides > 0)
+                std::snprintf(segue, sizeof segue, "%.1f s", t.maxSegueMs / 1000.0);
+            std::printf("%-14s %-21s %6d %11s %11s %9d %16s %8s %12.3f %10s\n", category.c_str(),
+                        kMethodNames[m], t.sides, exact, right, t.inMusic, gated ? notice : "",
+                        gated ? worseText : "", t.audio > 0 ? t.cpu / t.audio * 1800 : 0.0, segue);
+        }
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    int sides = 48;
-    uint32_t firstSeed = 1;
-    AudioFilter::Type preset = AudioFilter::NoFilter;
+    std::string corpus = "build/corpus";
+    std::string part = "held-out";
     bool verbose = false;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
-        if (a == "--sides" && i + 1 < argc)
-            sides = std::atoi(argv[++i]);
-        else if (a == "--first-seed" && i + 1 < argc)
-            firstSeed = static_cast<uint32_t>(std::strtoul(argv[++i], nullptr, 10));
-        else if (a == "--preset" && i + 1 < argc) {
-            const std::string p = argv[++i];
-            if (p != "none" && p != "riaa") {
-                std::fprintf(stderr, "split_accuracy: --preset none or riaa\n");
-                return 2;
-            }
-            preset = p == "riaa" ? AudioFilter::RIAAPlayback : AudioFilter::NoFilter;
-        } else if (a == "--verbose")
+        if (a == "--corpus" && i + 1 < argc)
+            corpus = argv[++i];
+        else if (a == "--part" && i + 1 < argc)
+            part = argv[++i];
+        else if (a == "--verbose")
             verbose = true;
         else {
-            std::fprintf(stderr, "usage: split_accuracy [--sides N] [--first-seed S] "
-                                 "[--preset none|riaa] [--verbose]\n");
+            std::fprintf(stderr, "usage: split_accuracy [--corpus DIR] "
+                                 "[--part held-out|development|all] [--verbose]\n");
             return 2;
         }
     }
+    std::vector<fs::path> sides;
+    std::error_code ec;
+    for (const char* p : {"development", "held-out"})
+        if ((part == "all" || part == p) && fs::is_directory(fs::path(corpus) / p, ec))
+            for (const auto& e : fs::directory_iterator(fs::path(corpus) / p))
+                if (e.path().extension() == ".truth")
+                    sides.push_back(e.path());
+    std::sort(sides.begin(), sides.end());
+    if (sides.empty()) {
+        std::fprintf(stderr,
+                     "split_accuracy: no sides in %s (part %s); build them with "
+                     "bench/corpus/build-corpus\n",
+                     corpus.c_str(), part.c_str());
+        return 1;
+    }
 
-    Score live{"live detector"};
-    Score finder{"FindTracks"};
-    Score alone{"splitter"};
-    Score counted{"splitter, count given"};
-    double audioSeconds = 0;
-    int totalTracks = 0;
-    std::vector<float> left(kBlock), right(kBlock);
-
-    for (int k = 0; k < sides; ++k) {
-        DemoSideOptions options;
-        options.realistic = true;
-        options.tracks = 0;
-        options.seed = firstSeed + static_cast<uint32_t>(k);
-        DemoSideGenerator generator(options);
-        const DemoSideLayout& side = generator.layout();
-        const double rate = side.sampleRate;
-        audioSeconds += side.length();
-        totalTracks += static_cast<int>(side.tracks.size());
-        if (verbose)
-            std::printf("seed %u: %zu tracks, %.0f s, noise %.1f dBFS\n", options.seed,
-                        side.tracks.size(), side.length(), side.noiseDb);
-
+    std::map<std::string, Tally[Methods]> tallies;
+    std::vector<float> block, left(kBlock), right(kBlock);
+    for (const fs::path& truthPath : sides) {
+        Truth truth;
+        fs::path wav = truthPath;
+        wav.replace_extension(".wav");
+        SF_INFO info{};
+        SNDFILE* file =
+            readTruth(truthPath, truth) ? sf_open(wav.c_str(), SFM_READ, &info) : nullptr;
+        if (!file || info.channels != 2) {
+            std::fprintf(stderr, "split_accuracy: cannot read %s\n", wav.c_str());
+            if (file)
+                sf_close(file);
+            continue;
+        }
+        const auto rate = static_cast<unsigned>(info.samplerate);
         LiveSplits events;
-        GapDetector detector(events, side.sampleRate);
-        detector.SetSampleRate(side.sampleRate);
+        GapDetector detector(events, rate);
+        detector.SetSampleRate(rate);
         detector.SetDiagnosticWriter([](const char*) {});
         events.detector = &detector;
         AudioFilter equaliser;
-        equaliser.Set(preset);
-        SideAnalyser analyser(side.sampleRate);
-
-        double liveSeconds = 0;
-        double scanSeconds = 0;
-        while (size_t n = generator.render(left.data(), right.data(), kBlock)) {
-            auto t0 = now();
-            analyser.addPlanar(left.data(), right.data(), n);
-            scanSeconds += since(t0);
+        equaliser.Set(AudioFilter::NoFilter);
+        SideAnalyser analyser(rate);
+        double liveCpu = 0;
+        double scanCpu = 0;
+        block.resize(kBlock * 2);
+        while (true) {
+            const auto n = static_cast<size_t>(sf_readf_float(file, block.data(), kBlock));
+            if (n == 0)
+                break;
+            double t0 = cpuSeconds();
+            analyser.addInterleaved(block.data(), n, 2);
+            scanCpu += cpuSeconds() - t0;
+            t0 = cpuSeconds();
+            for (size_t i = 0; i < n; ++i) {
+                left[i] = block[2 * i];
+                right[i] = block[2 * i + 1];
+            }
             // As the input chain feeds the detector: equalised frames, runs cut at its frames.
-            t0 = now();
             GapDetector::Feed feed(detector);
             for (size_t i = 0; i < n;) {
                 const auto run = static_cast<size_t>(std::min<uint64_t>(n - i, feed.room()));
@@ -196,77 +346,101 @@ int main(int argc, char** argv) {
                 i += run;
             }
             feed.finish();
-            liveSeconds += since(t0);
+            liveCpu += cpuSeconds() - t0;
         }
+        sf_close(file);
+        const double audio = static_cast<double>(info.frames) / rate;
 
-        judge(live, side, events.splits, verbose);
-        live.seconds += liveSeconds;
-
-        auto t0 = now();
+        Verdict v[Methods];
+        double cpu[Methods] = {};
+        v[Live] = judge(truth, events.splits);
+        cpu[Live] = liveCpu;
+        double t0 = cpuSeconds();
         std::vector<GapDetector::TrackItem> items;
         detector.FindTracks(items);
         std::vector<double> found;
         for (size_t i = 1; i < items.size(); ++i)
             found.push_back(items[i].start);
-        judge(finder, side, found, verbose);
-        finder.seconds += liveSeconds + since(t0);
+        v[Finder] = judge(truth, found);
+        cpu[Finder] = liveCpu + cpuSeconds() - t0;
 
-        t0 = now();
-        SideSplitter splitter(analyser.takeFeatures());
-        const double learn = since(t0);
-        t0 = now();
-        const SplitProposal free = splitter.propose();
-        judge(alone, side, secondsOf(free, rate), verbose);
-        alone.seconds += scanSeconds + learn + since(t0);
-        t0 = now();
-        const SplitProposal given = splitter.proposeCount(static_cast<int>(side.tracks.size()));
-        judge(counted, side, secondsOf(given, rate), verbose);
-        counted.seconds += scanSeconds + learn + since(t0);
+        t0 = cpuSeconds();
+        const SideSplitter splitter(analyser.takeFeatures());
+        const double learn = scanCpu + cpuSeconds() - t0;
+        std::vector<int64_t> live;
+        for (double s : events.splits)
+            live.push_back(static_cast<int64_t>(std::llround(s * rate)));
+        const std::vector<double> sleeve = truth.durations();
+        const SplitProposal proposals[3] = {
+            splitter.propose(), splitter.proposeCount(static_cast<int>(truth.tracks.size())),
+            splitter.proposeDurations(sleeve)};
+        ProposalTrust trust[3];
+        for (int k = 0; k < 3; ++k) {
+            t0 = cpuSeconds();
+            v[Free + k] = judge(truth, secondsOf(proposals[k], rate));
+            trust[k] = ProposalTrust::judge(splitter, proposals[k], live);
+            cpu[Free + k] = learn + cpuSeconds() - t0;
+        }
+        v[Chosen] = trust[0].choice == ProposalTrust::Choice::Proposal ? v[Free] : v[Live];
+        v[ChosenCounted] =
+            trust[1].choice == ProposalTrust::Choice::Proposal ? v[Counted] : v[Live];
+        cpu[Chosen] = cpu[Free] + liveCpu;
+        cpu[ChosenCounted] = cpu[Counted] + liveCpu;
+
+        for (const std::string& key : {truth.category, std::string("all")}) {
+            Tally* row = tallies[key];
+            for (int m = 0; m < Methods; ++m) {
+                add(row[m], v[m], !truth.segues.empty());
+                row[m].cpu += cpu[m];
+                row[m].audio += audio;
+            }
+            for (int k = 0; k < 3; ++k) {
+                if (trust[k].choice != ProposalTrust::Choice::Proposal || !trust[k].differs())
+                    continue;
+                Tally& t = row[Free + k];
+                ++t.shown;
+                t.shownRight += k == 0 ? v[Free].right : v[Free + k].exact;
+                t.shownWorse += worse(v[Free + k], v[Live]);
+            }
+        }
+        std::printf("%-16s %-11s %2zu tracks %5.1f min | live %s%s | free %s%s | count %s | "
+                    "durations %s | trust %s (%d, +%d -%d at %.1f), with the count %s (%d)\n",
+                    truth.name.c_str(), truth.part.c_str(), truth.tracks.size(), audio / 60,
+                    v[Live].exact ? "exact" : "wrong", v[Live].inMusic ? "(music)" : "",
+                    v[Free].right ? "right" : "wrong", v[Free].inMusic ? "(music)" : "",
+                    v[Counted].exact ? "exact" : "wrong", v[Timed].exact ? "exact" : "wrong",
+                    trust[0].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live",
+                    static_cast<int>(trust[0].reason), trust[0].added, trust[0].removed,
+                    trust[0].at,
+                    trust[1].choice == ProposalTrust::Choice::Proposal ? "proposal" : "live",
+                    static_cast<int>(trust[1].reason));
+        if (verbose) {
+            auto list = [&](const char* name, const std::vector<double>& at) {
+                std::printf("    %-10s", name);
+                for (double s : at)
+                    std::printf(" %.1f", s);
+                std::printf("\n");
+            };
+            std::vector<double> gaps;
+            for (const Span& g : truth.gaps)
+                gaps.push_back(0.5 * (g.start + g.end));
+            list("gaps", gaps);
+            list("segues", truth.segues);
+            list("live", events.splits);
+            std::printf("    %-10s", "free");
+            for (const auto& b : proposals[0].boundaries)
+                std::printf(" %.1f (%.2f, %.1f s)", static_cast<double>(b.sample) / rate,
+                            b.confidence, static_cast<double>(b.quietEnd - b.quietStart) / rate);
+            std::printf("\n");
+            list("count", secondsOf(proposals[1], rate));
+            list("durations", secondsOf(proposals[2], rate));
+        }
         std::fflush(stdout);
     }
-
-    // One 30-minute side of seven tracks, timed alone: the splitter's speed target.
-    double thirtyMinutes = 0;
-    {
-        DemoSideOptions options;
-        options.realistic = true;
-        options.tracks = 7;
-        options.seed = firstSeed;
-        options.lengthSeconds = 1800;
-        DemoSideGenerator generator(options);
-        SideAnalyser analyser(generator.layout().sampleRate);
-        while (size_t n = generator.render(left.data(), right.data(), kBlock)) {
-            const auto t0 = now();
-            analyser.addPlanar(left.data(), right.data(), n);
-            thirtyMinutes += since(t0);
-        }
-        const auto t0 = now();
-        const SideSplitter splitter(analyser.takeFeatures());
-        const SplitProposal p = splitter.propose();
-        thirtyMinutes += since(t0);
-        if (p.boundaries.size() != generator.layout().gaps.size())
-            std::printf("(the 30-minute side came out as %zu tracks, not 7)\n",
-                        p.boundaries.size() + 1);
-    }
-
-    std::printf("%d realistic sides (seeds %u-%u), %d tracks, %d gaps, %.1f hours of audio; "
-                "live detector after preset %s\n",
-                sides, firstSeed, firstSeed + static_cast<uint32_t>(sides) - 1, totalTracks,
-                live.gaps, audioSeconds / 3600, preset == AudioFilter::NoFilter ? "none" : "riaa");
-    std::printf("%-22s %12s %12s %16s %14s %12s %14s\n", "", "sides exact", "count right",
-                "in their gap", "gaps found", "in music", "CPU s/30 min");
-    for (const Score* s : {&live, &finder, &alone, &counted}) {
-        char exact[32], count[32], inGap[32], gapsFound[32];
-        std::snprintf(exact, sizeof exact, "%d (%.0f%%)", s->exact, percent(s->exact, s->sides));
-        std::snprintf(count, sizeof count, "%d (%.0f%%)", s->countRight,
-                      percent(s->countRight, s->sides));
-        std::snprintf(inGap, sizeof inGap, "%d/%d (%.1f%%)", s->inGap, s->boundaries,
-                      percent(s->inGap, s->boundaries));
-        std::snprintf(gapsFound, sizeof gapsFound, "%d/%d", s->gapsFound, s->gaps);
-        std::printf("%-22s %12s %12s %16s %14s %12d %14.3f\n", s->name, exact, count, inGap,
-                    gapsFound, s->inMusic, s->seconds / audioSeconds * 1800);
-    }
-    std::printf("a 30-minute side of 7 tracks: analysed and split in %.3f s of processor time\n",
-                thirtyMinutes);
+    printTable("Corpus " + corpus + ", part " + part +
+                   " (notice right: trusted proposals differing from the live splits that were "
+                   "right / all of them; worse*: notice shown for a proposal worse than the "
+                   "live splits)",
+               tallies);
     return 0;
 }

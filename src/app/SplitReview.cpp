@@ -1,5 +1,6 @@
 #include "app/SplitReview.h"
 
+#include "filters/ProposalTrust.h"
 #include "splitting/SideRecut.h"
 #include "ui/review/SplitReviewDialog.h"
 
@@ -85,6 +86,7 @@ void SplitReview::forget() {
     columnsIn = 0;
     splitter.reset();
     proposed.clear();
+    trusted = false;
     quietness.clear();
     tellNotice();
 }
@@ -200,6 +202,9 @@ void SplitReview::readingEnded(unsigned job, std::shared_ptr<SideSplitter> resul
     const SplitProposal proposal = splitter->propose();
     proposed = proposal.problem == SplitProposal::Problem::None ? proposal.boundaries
                                                                 : std::vector<SplitBoundary>{};
+    trusted =
+        Sonra::Audio::Filters::ProposalTrust::judge(*splitter, proposal, recorded.liveBoundaries())
+            .choice == Sonra::Audio::Filters::ProposalTrust::Choice::Proposal;
     // The quietness snapping looks at: the click-proof level, averaged over a few frames.
     const auto& level = splitter->features().level;
     quietness.assign(level.size(), 0.0f);
@@ -214,16 +219,34 @@ void SplitReview::readingEnded(unsigned job, std::shared_ptr<SideSplitter> resul
     current = State::Ready;
     if (open) {
         open->setReading(false);
-        // Markers the user has moved meanwhile stay; otherwise the proposal takes their place.
+        // Markers the user has moved meanwhile stay; otherwise a trusted proposal takes their
+        // place, and one it is not sure of is only suggested.
         if (!open->changed() && proposal.problem == SplitProposal::Problem::None)
-            open->setProposal(markersOf(proposed));
+            offerProposal(*open);
     }
     tellNotice();
 }
 
 bool SplitReview::proposalDiffers() const {
-    return current == State::Ready && splitter && !proposed.empty() &&
+    return current == State::Ready && splitter && trusted && !proposed.empty() &&
            proposalDiffersFrom(proposed, recorded.liveBoundaries(), recorded.sampleRate);
+}
+
+void SplitReview::offerProposal(ui::SplitReviewDialog& dialog) const {
+    if (trusted) {
+        dialog.setProposal(markersOf(proposed));
+        return;
+    }
+    const std::vector<int64_t> live = recorded.liveBoundaries();
+    const auto same =
+        int64_t(Sonra::Audio::Filters::ProposalTrust::kSameSeconds * double(recorded.sampleRate));
+    std::vector<int64_t> suggested;
+    for (const SplitBoundary& b : proposed)
+        if (std::none_of(live.begin(), live.end(), [&](int64_t l) {
+                return (l >= b.quietStart && l <= b.quietEnd) || std::llabs(l - b.sample) <= same;
+            }))
+            suggested.push_back(b.sample);
+    dialog.setSuggestions(suggested);
 }
 
 void SplitReview::tellNotice() {
@@ -299,7 +322,7 @@ bool SplitReview::review() {
                                   std::vector<float>(highs.begin(), highs.begin() + columnsIn));
     dialog->setReading(current != State::Ready);
     if (current == State::Ready && !proposed.empty())
-        dialog->setProposal(markersOf(proposed));
+        offerProposal(*dialog);
     connect(dialog, &ui::SplitReviewDialog::trackCountChosen, this, &SplitReview::proposeCount);
     connect(dialog, &ui::SplitReviewDialog::playRequested, this, &SplitReview::play);
     connect(dialog, &ui::SplitReviewDialog::applyRequested, this, &SplitReview::applyFromDialog);

@@ -57,6 +57,9 @@ public:
     const RecordedSide& side() const { return recorded; }
     // The splitter's proposal; empty until Ready, and when it found no music.
     const std::vector<Sonra::Audio::Filters::SplitBoundary>& proposal() const { return proposed; }
+    // Whether the proposal is sure enough to replace the live splits (the notice and the
+    // review's markers); otherwise its new boundaries are only suggested.
+    bool proposalTrusted() const { return current == State::Ready && trusted; }
     bool proposalDiffers() const;
 
     // Opens the review, modal to the window, and returns at once; false (after an alert) when
@@ -90,6 +93,7 @@ private:
     markersOf(const std::vector<Sonra::Audio::Filters::SplitBoundary>& boundaries) const;
     void applyFromDialog();
     void tellNotice();
+    void offerProposal(ui::SplitReviewDialog& dialog) const;
     void stopWorker();
 
     CaptureControl& capture;
@@ -104,6 +108,7 @@ private:
     int columnsIn = 0; // columns [0, columnsIn) read
     std::shared_ptr<Sonra::Audio::Filters::SideSplitter> splitter;
     std::vector<Sonra::Audio::Filters::SplitBoundary> proposed;
+    bool trusted = false;
     std::vector<float> quietness; // the splitter's level per analysis frame, smoothed
     unsigned generation = 0;
     std::unique_ptr<Worker> worker;

@@ -143,9 +143,14 @@ int splitsCommand(Arguments& args) {
     const SplitsPlan plan = planSplits(side, request);
     std::fprintf(userOut(), "Live splits and the proposal (%s):\n", plan.method.c_str());
     printSideBySide(side, plan);
+    if (!plan.trustLine.empty())
+        std::fprintf(userOut(), "%s\n", plan.trustLine.c_str());
     if (!apply) {
         if (plan.boundaries != side.liveBoundaries())
-            std::fprintf(userOut(), "Give --apply to re-cut the tracks as proposed.\n");
+            std::fprintf(userOut(), plan.trusted
+                                        ? "Give --apply to re-cut the tracks as proposed.\n"
+                                        : "Give --apply to re-cut the tracks as proposed all the "
+                                          "same, after listening there.\n");
         return 0;
     }
     return applySplits(side, plan, "splits") < 0 ? 1 : 0;

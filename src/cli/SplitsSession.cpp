@@ -1,6 +1,7 @@
 #include "cli/SplitsSession.h"
 
 #include "cli/Terminal.h"
+#include "filters/ProposalTrust.h"
 #include "filters/SideAnalyser.h"
 #include "filters/SideSplitter.h"
 #include "filters/SleeveTimes.h"
@@ -13,6 +14,7 @@
 
 namespace waxline::cli {
 
+using Sonra::Audio::Filters::ProposalTrust;
 using Sonra::Audio::Filters::SideAnalyser;
 using Sonra::Audio::Filters::SideSplitter;
 using Sonra::Audio::Filters::SleeveTimes;
@@ -57,6 +59,25 @@ SleeveTimes parseSleeve(const std::string& text) {
         throw BadValue("--durations names " + std::to_string(sleeve.count) +
                        " tracks; a side holds 1 to " + std::to_string(SideSplitter::kMaxTracks));
     return sleeve;
+}
+
+std::string trustLineOf(const ProposalTrust& t) {
+    switch (t.reason) {
+    case ProposalTrust::Reason::Agrees:
+        return "The proposal agrees with the live splits.";
+    case ProposalTrust::Reason::Confident:
+        return "Trusting the proposal: every boundary it adds is a clear gap, and every live split "
+               "it drops lies inside music.";
+    case ProposalTrust::Reason::DoubtfulAdded:
+        return "Trusting the live splits: the proposal's boundary at " + sideClock(t.at) +
+               " is not a clear gap.";
+    case ProposalTrust::Reason::DoubtfulRemoved:
+        return "Trusting the live splits: the proposal drops the live split at " + sideClock(t.at) +
+               ", which may be a real gap.";
+    case ProposalTrust::Reason::NoProposal:
+        break;
+    }
+    return "Trusting the live splits: there is no proposal.";
 }
 
 std::string clockList(const std::vector<double>& seconds) {
@@ -183,6 +204,9 @@ SplitsPlan planSplits(const RecordedSide& side, const SplitsRequest& request) {
         plan.boundaries.push_back(b.sample);
         plan.confidence.push_back(b.confidence);
     }
+    const ProposalTrust trust = ProposalTrust::judge(splitter, proposal, side.liveBoundaries());
+    plan.trusted = trust.choice == ProposalTrust::Choice::Proposal;
+    plan.trustLine = trustLineOf(trust);
     return plan;
 }
 
@@ -249,6 +273,8 @@ int applyRequestAfterRecording(const std::string& folder, int tracks, const Spli
         return 1;
     }
     std::fprintf(userOut(), "Splitting the side as asked (%s)\n", plan.method.c_str());
+    if (!plan.trustLine.empty())
+        std::fprintf(userOut(), "%s\n", plan.trustLine.c_str());
     const int now = applySplits(open.side, plan, command);
     if (now < 0)
         return 1;

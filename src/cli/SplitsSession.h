@@ -28,6 +28,10 @@ struct SplitsPlan {
     std::vector<int64_t> boundaries; // side frames, rising
     std::vector<float> confidence;   // per boundary; negative for one typed by hand
     std::string method;              // how they were found, for the heading
+    // For the splitter's proposal: whether it is sure enough to replace the live splits, and
+    // the one line that says which of the two is trusted and why. Empty for splits by hand.
+    bool trusted = true;
+    std::string trustLine;
 };
 
 // The boundaries the request asks for on this side, analysing it when the splitter is needed.

@@ -9,8 +9,10 @@ namespace Sonra::Audio::Filters {
 namespace {
 
 constexpr float kSilentDb = -110;   // below: digital silence, no groove at all
-constexpr float kNoiseSpreadDb = 2; // frames this close to the quietest are groove noise
+constexpr float kModeStepDb = 0.5;  // the level distribution's resolution
+constexpr float kModeWidthDb = 1.5; // frames this close to its noise peak are groove noise
 constexpr size_t kMinNoiseFrames = 10;
+constexpr size_t kMinModeFrames = 40;
 constexpr double kExponentialMedianDb = 1.6; // a noise bin's mean lies 1.6 dB above its median
 constexpr double kLogAverageBiasDb = 2.5;    // -10 log10(e) times Euler's constant
 constexpr double kAboveNoiseDb = 8;          // a peak this far above the noise's mean power ...
@@ -28,7 +30,7 @@ constexpr double kMusicRunSeconds = 1.0; // music starts with at least this much
 constexpr double kMinCandidateSeconds = 0.25;
 constexpr double kMinGapSeconds = 0.6;
 constexpr double kConvincing = 0.5;
-constexpr double kMinTrackSeconds = 5;
+constexpr double kMinTrackSeconds = 12;
 constexpr double kDipSpacingSeconds = 5;
 constexpr size_t kMaxDips = 3 * SideSplitter::kMaxTracks;
 constexpr double kDipConfidence = 0.02;
@@ -67,15 +69,44 @@ SideSplitter::SideSplitter(SideFeatures features)
 }
 
 void SideSplitter::learnNoise() {
+    // The groove noise is the level the side keeps coming back to between the music: the
+    // tallest narrow peak of the level distribution below its median. Its minimum would be the
+    // digital silence at the end of a fade or a tape leader, far below the noise of the gaps.
     const size_t n = side.frames();
-    float floor = std::numeric_limits<float>::infinity();
+    std::vector<float> sounding;
     for (size_t f = 0; f < n; ++f)
         if (side.level[f] > kSilentDb)
-            floor = std::min(floor, smoothed[f]);
+            sounding.push_back(side.level[f]);
     std::vector<size_t> noise;
-    for (size_t f = 0; f < n; ++f)
-        if (side.level[f] > kSilentDb && side.level[f] <= floor + kNoiseSpreadDb)
-            noise.push_back(f);
+    if (sounding.size() >= kMinNoiseFrames) {
+        std::vector<float> sorted = sounding;
+        const float middle = median(sorted);
+        const float lowest = *std::min_element(sounding.begin(), sounding.end());
+        const auto bins = static_cast<size_t>(std::max(1.0f, (middle - lowest) / kModeStepDb)) + 1;
+        std::vector<size_t> histogram(bins, 0);
+        for (float l : sounding)
+            if (l <= middle)
+                ++histogram[std::min(bins - 1, static_cast<size_t>((l - lowest) / kModeStepDb))];
+        const auto reach = static_cast<size_t>(kModeWidthDb / kModeStepDb);
+        std::vector<size_t> window(bins, 0);
+        size_t tallest = 0;
+        for (size_t b = 0; b < bins; ++b) {
+            for (size_t c = b >= reach ? b - reach : 0; c < std::min(bins, b + reach + 1); ++c)
+                window[b] += histogram[c];
+            tallest = std::max(tallest, window[b]);
+        }
+        // The lowest peak of some weight: a fade's tail passes each level too fast to make one.
+        const size_t enough = std::max(kMinModeFrames, tallest * 3 / 10);
+        size_t best = 0;
+        while (best < bins && window[best] < enough)
+            ++best;
+        while (best + 1 < bins && window[best + 1] > window[best])
+            ++best;
+        const float mode = lowest + (static_cast<float>(best) + 0.5f) * kModeStepDb;
+        for (size_t f = 0; f < n; ++f)
+            if (side.level[f] > kSilentDb && std::fabs(side.level[f] - mode) <= kModeWidthDb)
+                noise.push_back(f);
+    }
     if (noise.size() < kMinNoiseFrames) {
         noise.resize(n);
         std::iota(noise.begin(), noise.end(), size_t{0});
@@ -308,6 +339,18 @@ void SideSplitter::findDips() {
     }
 }
 
+float SideSplitter::musicMargin(int64_t from, int64_t to) const {
+    const auto hop = static_cast<int64_t>(side.hop);
+    if (hop == 0 || from < 0 || to <= from || to > side.inputFrames)
+        return -std::numeric_limits<float>::infinity();
+    const auto first = static_cast<size_t>(from / hop);
+    const auto last = std::min(side.frames(), static_cast<size_t>((to + hop - 1) / hop));
+    float lowest = std::numeric_limits<float>::infinity();
+    for (size_t f = first; f < last; ++f)
+        lowest = std::min(lowest, smoothed[f] - noiseLevel);
+    return first < last ? lowest : -std::numeric_limits<float>::infinity();
+}
+
 int64_t SideSplitter::sampleOf(size_t frame) const {
     const auto centre = static_cast<int64_t>(frame * side.hop + side.hop / 2);
     return std::min(centre, side.inputFrames);
@@ -341,6 +384,10 @@ SplitProposal SideSplitter::propose() const {
     std::vector<const Candidate*> kept;
     for (const Candidate& c : candidates) {
         if (c.seconds < kMinGapSeconds || c.confidence < kConvincing)
+            continue;
+        // A "track" this short at either end is a noise burst in the lead-in or the run-out.
+        if (secondsOf(c.quietest) - secondsOf(musicFirst) < kMinTrackSeconds ||
+            secondsOf(musicLast) - secondsOf(c.quietest) < kMinTrackSeconds)
             continue;
         // Two gaps closer than any track: keep the more convincing.
         if (!kept.empty() &&
@@ -427,9 +474,14 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
     }
     // Dynamic programme over (boundary i at point j): squared misfit of each track's length in
     // units of the sleeve's likely error, plus a price for using a doubtful gap.
+    // An inner track runs from one gap to the next, which the sleeve times to the second; the
+    // first and last also depend on where the music is heard to start and end (a soft intro, a
+    // fade under the hiss), so they are held more loosely.
+    const size_t lastTrack = seconds.size() - 1;
     auto misfit = [&](double length, size_t track) {
-        const double want = scale * seconds[track];
-        const double sigma = 2 + 0.02 * want;
+        const double want = seconds[track];
+        const bool outer = track == 0 || track == lastTrack;
+        const double sigma = outer ? 4 + 0.04 * want : 1.5 + 0.01 * want;
         const double z = (length - want) / sigma;
         return z * z;
     };

@@ -52,6 +52,9 @@ public:
     // Per analysis frame: tonal peaks above the groove noise, counted up to 3.
     const std::vector<uint8_t>& tonalPeaks() const { return tonal; }
     const SideFeatures& features() const { return side; }
+    // The lowest level above the groove noise, in dB, over side frames [from, to): how sure it
+    // is that the stretch holds music throughout. Minus infinity outside the side.
+    float musicMargin(int64_t from, int64_t to) const;
 
 private:
     struct Candidate {

@@ -45,7 +45,8 @@ using Span = DemoSideLayout::Span;
 constexpr unsigned rate = 44100;
 
 // A realistic side of four tracks with a pianissimo in each, fades in and out, recorded as the
-// live detector might have done it: two track files, split inside the first quiet passage.
+// live detector might have done it: two track files, split in the first gap only (the others
+// too short for it).
 struct RecordedSideFiles {
     TempDir dir;
     DemoSideLayout layout;
@@ -62,8 +63,7 @@ struct RecordedSideFiles {
         DemoSideGenerator generator(o);
         layout = generator.layout();
         EXPECT_FALSE(layout.quietPassages.empty());
-        const Span pianissimo = layout.quietPassages.front();
-        live = {int64_t((pianissimo.start + pianissimo.end) / 2 * rate)};
+        live = {int64_t((layout.gaps.front().start + layout.gaps.front().end) / 2 * rate)};
 
         SF_INFO info{};
         info.samplerate = int(rate);

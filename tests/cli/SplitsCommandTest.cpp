@@ -161,6 +161,7 @@ TEST_F(SplitsCommand, ShowsTheLiveSplitsBesideTheProposal) {
     EXPECT_NE(out.find("Proposed: 4 tracks"), std::string::npos) << out;
     EXPECT_NE(out.find("--apply"), std::string::npos) << out;
     EXPECT_EQ(out.find("doubtful"), std::string::npos) << out;
+    EXPECT_NE(out.find("\nTrusting the proposal: "), std::string::npos) << out;
 }
 
 // A count above what the side holds: the extra boundaries are guesses, and are marked.
@@ -176,6 +177,9 @@ TEST_F(SplitsCommand, MarksTheDoubtfulBoundaries) {
               2)
         << out;
     EXPECT_NE(out.find("2 boundaries doubtful"), std::string::npos) << out;
+    EXPECT_NE(out.find("\nTrusting the live splits: the proposal's boundary at "),
+              std::string::npos)
+        << out;
 }
 
 // --apply re-cuts: the files join to the very samples of the side, the count file follows, and

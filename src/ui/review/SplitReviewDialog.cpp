@@ -184,7 +184,15 @@ void SplitReviewDialog::setReading(bool reading) {
 }
 
 void SplitReviewDialog::setProposal(const std::vector<SplitMarker>& markers) {
+    suggested.clear();
+    wave->setSuggestions({});
     wave->setMarkers(markers);
+}
+
+void SplitReviewDialog::setSuggestions(const std::vector<int64_t>& frames) {
+    suggested = frames;
+    wave->setSuggestions(frames);
+    updateNotice();
 }
 
 std::vector<int64_t> SplitReviewDialog::boundaries() const {
@@ -239,10 +247,23 @@ void SplitReviewDialog::updateNotice() {
     for (const SplitMarker& m : wave->markers())
         if (m.doubtful())
             times << formatSideTime(m.frame, wave->sampleRate());
-    notice->setVisible(!times.isEmpty());
-    notice->setText(times.isEmpty()
-                        ? QString()
-                        : text("IDS_REVIEW_DOUBTFUL").arg(times.join(QStringLiteral(", "))));
+    QStringList lines;
+    if (!times.isEmpty())
+        lines << text("IDS_REVIEW_DOUBTFUL").arg(times.join(QStringLiteral(", ")));
+    QStringList open;
+    for (int64_t frame : suggested) {
+        const auto& marks = wave->markers();
+        // A suggestion the user has taken up is no longer one.
+        const bool taken = std::any_of(marks.begin(), marks.end(), [&](const SplitMarker& m) {
+            return std::llabs(m.frame - frame) < int64_t(wave->sampleRate());
+        });
+        if (!taken)
+            open << formatSideTime(frame, wave->sampleRate());
+    }
+    if (!open.isEmpty())
+        lines << text("IDS_REVIEW_SUGGESTED").arg(open.join(QStringLiteral(", ")));
+    notice->setVisible(!lines.isEmpty());
+    notice->setText(lines.join(QStringLiteral("\n")));
 }
 
 void SplitReviewDialog::playSelected() {

@@ -40,6 +40,10 @@ public:
     bool reading() const { return isReading; }
     // The splitter's proposal replaces the markers; the sleeve's count follows it.
     void setProposal(const std::vector<SplitMarker>& markers);
+    // Boundaries the splitter found but is not sure of: drawn faintly and named in the notice,
+    // while the markers stay where they are. Adding a marker there takes one up.
+    void setSuggestions(const std::vector<int64_t>& frames);
+    const std::vector<int64_t>& suggestions() const { return suggested; }
 
     std::vector<int64_t> boundaries() const;
     bool changed() const;
@@ -72,6 +76,7 @@ private:
     QPushButton* apply = nullptr;
     QPushButton* cancel = nullptr;
     std::vector<int64_t> live;
+    std::vector<int64_t> suggested;
     bool isReading = false;
     bool settingCount = false;
 };

@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPolygonF>
 
 #include <algorithm>
 #include <cmath>
@@ -94,6 +95,11 @@ void WaveformOverview::setMarkers(std::vector<SplitMarker> markers) {
     update();
     emit markersChanged();
     emit selectionChanged(selected);
+}
+
+void WaveformOverview::setSuggestions(std::vector<int64_t> frames) {
+    suggestions = std::move(frames);
+    update();
 }
 
 void WaveformOverview::selectMarker(int index) {
@@ -315,6 +321,17 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
             p.drawText(QRectF(left, 0, right - left, handleHeight + 1),
                        Qt::AlignLeft | Qt::AlignVCenter, QString::number(t + 1));
         start = end;
+    }
+
+    // Suggestions under the markers: dotted, with a hollow handle, so they read as not in force.
+    for (int64_t frame : suggestions) {
+        const double x = std::round(xOf(frame) * dpr) / dpr;
+        p.setPen(QPen(doubtfulColour, 1.5, Qt::DotLine));
+        p.drawLine(QPointF(x, well.top() + 1), QPointF(x, well.bottom() - 1));
+        p.setPen(QPen(doubtfulColour, 1.2));
+        p.setBrush(Qt::NoBrush);
+        p.drawPolygon(
+            QPolygonF({QPointF(x - 5, 1.5), QPointF(x + 5, 1.5), QPointF(x, handleHeight - 1)}));
     }
 
     // The markers: a line across the waveform and a handle above it. Doubtful ones dashed.

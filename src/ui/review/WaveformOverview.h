@@ -53,6 +53,8 @@ public:
 
     void setMarkers(std::vector<SplitMarker> markers);
     const std::vector<SplitMarker>& markers() const { return marks; }
+    // Boundaries only suggested: a faint dotted line each, no handle.
+    void setSuggestions(std::vector<int64_t> frames);
     int selectedMarker() const { return selected; }
     void selectMarker(int index);
 
@@ -105,6 +107,7 @@ private:
     std::vector<bool> known;
     int filled = 0;
     std::vector<SplitMarker> marks;
+    std::vector<int64_t> suggestions;
     int selected = -1;
     int dragging = -1;
     bool dragMoved = false;

@@ -474,6 +474,11 @@
         <translation>Unsichere Trennstellen (gestrichelt): %1 – hören Sie sie vor dem Übernehmen an.</translation>
     </message>
     <message>
+        <source>IDS_REVIEW_SUGGESTED</source>
+        <extracomment>Boundaries the analysis found but is not sure of, drawn dotted and not applied: %1 their times, comma-separated</extracomment>
+        <translation>Von der Analyse vorgeschlagen, aber nicht übernommen (gepunktet): %1 – die Trennstellen der Aufnahme bleiben, weil die Analyse nicht sicher ist. Hören Sie dort hinein und fügen Sie eine Trennstelle hinzu, wenn Sie eine Pause hören.</translation>
+    </message>
+    <message>
         <source>IDS_REVIEW_ADD</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
         <translation>Hinzufügen</translation>

@@ -474,6 +474,11 @@
         <translation>Doubtful splits (dashed): %1 – listen to them before you apply.</translation>
     </message>
     <message>
+        <source>IDS_REVIEW_SUGGESTED</source>
+        <extracomment>Boundaries the analysis found but is not sure of, drawn dotted and not applied: %1 their times, comma-separated</extracomment>
+        <translation>Suggested by the analysis but not applied (dotted): %1 – the recording’s own splits are kept because the analysis is not sure. Listen there and add a split if you hear a gap.</translation>
+    </message>
+    <message>
         <source>IDS_REVIEW_ADD</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
         <translation>Add split</translation>

@@ -45,7 +45,7 @@ struct MadeUpSide {
 
 } // namespace
 
-QImage grabSplitReview(bool reading) {
+QImage grabSplitReview(bool reading, bool suggested) {
     SplitReviewDialog dialog;
     const auto frames = int64_t(MadeUpSide::seconds * MadeUpSide::rate);
     const auto at = [](double s) { return int64_t(s * MadeUpSide::rate); };
@@ -64,7 +64,10 @@ QImage grabSplitReview(bool reading) {
     }
     dialog.overview().setColumns(0, lows, highs);
     dialog.setReading(reading);
-    if (!reading) {
+    if (suggested) {
+        // A proposal the splitter is not sure of: the live splits stay, its gap is suggested.
+        dialog.setSuggestions({at(742.8)});
+    } else if (!reading) {
         dialog.setProposal({{at(172.6), 0.93f},
                             {at(353.1), 0.88f},
                             {at(546.4), 0.97f},
@@ -131,10 +134,12 @@ bool writePanelScreenshots(const QString& dir) {
         }
         window.setContentView(nullptr);
     }
-    for (const bool reading : {false, true}) {
-        const QString file = QDir(dir).filePath(reading ? QStringLiteral("review-reading.png")
-                                                        : QStringLiteral("review.png"));
-        if (!grabSplitReview(reading).save(file)) {
+    const std::pair<QString, bool> reviews[] = {{QStringLiteral("review.png"), false},
+                                                {QStringLiteral("review-reading.png"), true},
+                                                {QStringLiteral("review-suggested.png"), false}};
+    for (const auto& [name, reading] : reviews) {
+        const QString file = QDir(dir).filePath(name);
+        if (!grabSplitReview(reading, name == QStringLiteral("review-suggested.png")).save(file)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
             return false;
         }

@@ -19,12 +19,13 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel);
 QImage grabPanel(CustomWindow& window, CustomView& view);
 
 // The split review on a made-up side of six tracks, one split doubtful and one selected; while
-// `reading`, half the overview is in and the proposal not yet.
-QImage grabSplitReview(bool reading);
+// `reading`, half the overview is in and the proposal not yet; `suggested`, the live splits stay
+// and one boundary the splitter was not sure of is suggested.
+QImage grabSplitReview(bool reading, bool suggested = false);
 
-// Writes DIR/panel-<n>.png for the twelve panels and DIR/review.png, DIR/review-reading.png
-// for the split review; false (and a line on standard error) when a panel cannot be loaded or a
-// picture cannot be written.
+// Writes DIR/panel-<n>.png for the twelve panels and DIR/review.png, DIR/review-reading.png,
+// DIR/review-suggested.png for the split review; false (and a line on standard error) when a panel
+// cannot be loaded or a picture cannot be written.
 bool writePanelScreenshots(const QString& dir);
 
 } // namespace waxline::ui
