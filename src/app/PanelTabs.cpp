@@ -179,6 +179,16 @@ void PanelTabs::setFieldOffered(unsigned panel, int tag, bool offered) {
             label->setVisible(offered);
 }
 
+void PanelTabs::setShown(unsigned panel, int tag, bool shown) {
+    if (QWidget* c = control(panel, tag))
+        c->setVisible(shown);
+}
+
+bool PanelTabs::isShown(unsigned panel, int tag) const {
+    const QWidget* c = control(panel, tag);
+    return c && c->isVisibleTo(view(panel));
+}
+
 void PanelTabs::setSplitsNotice(bool shown) {
     splitsNotice = shown;
     for (unsigned panel : {4u, 7u})

@@ -44,6 +44,7 @@ void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
     sequence.prepare(split);
     m_applyNormalization = normalization;
     m_applyClickRemoval = clickRemoval;
+    hideBanner();
     machine.setPanel(panel::recording);
     views.setSplitButtonVisibility(!split);
     if (machine.meterRunning()) {
@@ -64,9 +65,10 @@ void RecordingControl::doNewTrackButton() {
         doNextButton3();
         return;
     }
-    if (n == trackLimit - 1)
-        alerts.alert(warningKey, QStringLiteral("IDS_LASTTRACK"));
     capture.newTrack();
+    // The split is made first; the warning about the last track follows without holding it.
+    if (n == trackLimit - 1)
+        alerts.inform(warningKey, QStringLiteral("IDS_LASTTRACK"));
 
     _pTimer = std::make_unique<QTimer>();
     _pTimer->setInterval(elapsedInterval);
@@ -77,6 +79,7 @@ void RecordingControl::doNewTrackButton() {
 }
 
 void RecordingControl::doNextButton3() {
+    hideBanner();
     sequence.stop();
     // Stopped, every counted track's file is closed, the last one too.
     early.tracksClosed(capture.numRecordedTracks());
@@ -102,20 +105,47 @@ void RecordingControl::stopForClose() {
 }
 
 void RecordingControl::doBackButton3() {
-    // The recording goes on, and so does its clock: only the meters move back to panel 2.
+    // The recording goes on, and so does its clock: only the meters move back to panel 2,
+    // whose banner says so and leads back.
     machine.releaseMeter();
     machine.setPanel(panel::ready);
     machine.startMetering(panel::ready);
+    views.setShown(panel::ready, panel::recordingBannerTag, elapsedTimerRunning());
+}
+
+void RecordingControl::returnToRecording() {
+    hideBanner();
+    machine.releaseMeter();
+    machine.setPanel(panel::recording);
+    machine.startMetering(panel::recording);
+}
+
+void RecordingControl::abandon() {
+    sequence.stop();
+    _pTimer.reset();
+    early.cancelAndWait();
+    views.stopMetering(panel::recording);
+    hideBanner();
+    machine.releaseMeter();
+    machine.setPanel(panel::ready);
+    machine.startMetering(panel::ready);
+}
+
+void RecordingControl::hideBanner() {
+    views.setShown(panel::ready, panel::recordingBannerTag, false);
 }
 
 void RecordingControl::audioDetectedAlbumEnd() {
     // The capture engine has stopped the recording already.
     if (recordingEnded)
         recordingEnded();
-    if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks)
+    if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks) {
         doNextButton3();
-    else
+    } else {
+        // Nothing records any more: panel 2 is the plain one, without the banner.
+        _pTimer.reset();
         doBackButton3();
+    }
 }
 
 void RecordingControl::elaspedTimerFired() {
@@ -130,6 +160,8 @@ void RecordingControl::elaspedTimerFired() {
 // safe to pass on.
 void RecordingControl::noticeClosedTracks() {
     early.tracksClosed(capture.numRecordedTracks() - 1);
+    // A kill now leaves a count that knows every closed track, as the command line's does.
+    sequence.keepCountCurrent();
 }
 
 void RecordingControl::setRecordingGainDb(float gainDb) {
