@@ -185,7 +185,7 @@ TEST(ExportDriver, PanelFiveSaysWhichTracksWereEncodedWhileRecording) {
     }
 }
 
-TEST(ExportDriver, AnUnwritableLibraryShowsTheAlertAndIsAskedAgain) {
+TEST(ExportDriver, AnUnwritableLibraryIsAskedAboutAndTriedAgain) {
     Exporter e;
     // A file where the music folder should be: no folder can be made there.
     std::ofstream(e.library) << "in the way";
@@ -199,8 +199,10 @@ TEST(ExportDriver, AnUnwritableLibraryShowsTheAlertAndIsAskedAgain) {
     ASSERT_TRUE(e.exportAndWait());
     const std::string log = testing::internal::GetCapturedStderr();
     ASSERT_EQ(e.alerts.shown.size(), 1u);
-    EXPECT_EQ(e.alerts.shown[0].title, "IDS_WARNING");
-    EXPECT_EQ(e.alerts.shown[0].text, "IDS_ITUNES_ERROR");
+    EXPECT_EQ(e.alerts.shown[0].title, "IDS_LIBRARY_UNWRITABLE");
+    EXPECT_EQ(e.alerts.shown[0].arguments, QStringList{QString::fromStdString(e.library)});
+    // Try again is what Return gives; Esc keeps the tracks.
+    EXPECT_EQ(e.alerts.shown[0].button, "IDS_CHOOSE_FOLDER|*IDS_TRY_AGAIN|^IDS_KEEP_LATER");
     EXPECT_NE(log.find("SimpleRunAppleScript err = -1753\n"), std::string::npos) << log;
     EXPECT_EQ(e.libraryFiles(), std::vector<std::string>{"X/Y/01 Z.mp3"});
 }
