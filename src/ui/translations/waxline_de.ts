@@ -566,7 +566,7 @@
     <message>
         <source>IDS_TRACKS_NOT_SAVED</source>
         <extracomment>Panel 5: %1 = the track numbers that failed so far, e.g. 1–3, 5; followed by the reason; Qt rich text</extracomment>
-        <translation>&lt;b&gt;Nicht gespeichert: Titel %1.&lt;/b&gt;</translation>
+        <translation>&lt;b&gt;Nicht gespeicherte Titel: %1.&lt;/b&gt;</translation>
     </message>
     <message>
         <source>IDS_REASON_NO_ENCODER</source>
@@ -596,7 +596,7 @@
     <message>
         <source>IDS_MISSING_TRACKS</source>
         <extracomment>Panel 6: %1 = tracks missing, %2 = tracks of the side, %3 = their numbers; Qt rich text</extracomment>
-        <translation>&lt;b&gt;%1 von %2 Titeln sind noch nicht in Ihrem Musikordner: Titel %3.&lt;/b&gt; Sie bleiben in Waxline, bis sie gespeichert sind.</translation>
+        <translation>&lt;b&gt;Noch nicht in Ihrem Musikordner: %1 von %2 Titeln (%3).&lt;/b&gt; Sie bleiben in Waxline, bis sie gespeichert sind.</translation>
     </message>
     <message>
         <source>IDS_PANEL6_MISSING_TITLE</source>
