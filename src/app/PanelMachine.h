@@ -54,6 +54,10 @@ public:
     std::function<bool()> mayExport;
 
     void setPanel(unsigned n);
+    // Whether a recording is under way: panel 3 looks like recording only then.
+    void setRecording(bool on) { recording = on; }
+    // The panel on screen, as this machine last switched it.
+    unsigned shownPanel() const { return current; }
 
     void doNextButton1();
     void doBackButtonSelectDevice();
@@ -97,6 +101,8 @@ private:
     PanelViews& views;
     Alerts& alerts;
     std::unique_ptr<QTimer> _meterUpdateTimer;
+    bool recording = false;
+    unsigned current = 0;
 };
 
 } // namespace waxline::app

@@ -45,6 +45,7 @@ void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
     m_applyNormalization = normalization;
     m_applyClickRemoval = clickRemoval;
     hideBanner();
+    machine.setRecording(true);
     machine.setPanel(panel::recording);
     views.setSplitButtonVisibility(!split);
     if (machine.meterRunning()) {
@@ -79,7 +80,13 @@ void RecordingControl::doNewTrackButton() {
 }
 
 void RecordingControl::doNextButton3() {
+    if (!elapsedTimerRunning() && machine.shownPanel() == panel::recording) {
+        // Panel 3 reached back from a naming panel: nothing records; Next names the tracks.
+        machine.showNamingPanel(capture.numRecordedTracks());
+        return;
+    }
     hideBanner();
+    machine.setRecording(false);
     sequence.stop();
     // Stopped, every counted track's file is closed, the last one too.
     early.tracksClosed(capture.numRecordedTracks());
@@ -94,6 +101,7 @@ void RecordingControl::doNextButton3() {
 }
 
 void RecordingControl::stopForClose() {
+    machine.setRecording(false);
     if (!elapsedTimerRunning()) {
         capture.stopRecording();
         return;
@@ -121,6 +129,7 @@ void RecordingControl::returnToRecording() {
 }
 
 void RecordingControl::abandon() {
+    machine.setRecording(false);
     sequence.stop();
     _pTimer.reset();
     early.cancelAndWait();
@@ -137,6 +146,7 @@ void RecordingControl::hideBanner() {
 
 void RecordingControl::audioDetectedAlbumEnd() {
     // The capture engine has stopped the recording already.
+    machine.setRecording(false);
     if (recordingEnded)
         recordingEnded();
     if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks) {

@@ -27,6 +27,7 @@ public:
     std::map<Field, bool> visible;
     std::vector<Field> selected;
     bool splitsNotice = false;
+    bool recordingLook = true;
     bool busy = false;
     int progressMaximum = -1;
     std::vector<int> progress;
@@ -62,6 +63,7 @@ public:
         return it != visible.end() && it->second;
     }
     void setSplitsNotice(bool on) override { splitsNotice = on; }
+    void setRecordingLook(bool on, int) override { recordingLook = on; }
     void setBusy(bool animating) override { busy = animating; }
     void setProgressRange(int maximum) override { progressMaximum = maximum; }
     void setProgressValue(int value) override { progress.push_back(value); }

@@ -703,5 +703,15 @@
         <extracomment>Recover: leave it for now; a button caption</extracomment>
         <translation>Später</translation>
     </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TITLE</source>
+        <extracomment>Panel 3 reached back from a naming panel, nothing records; a title: at most about 40 characters</extracomment>
+        <translation>Aufnahme beendet</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TEXT</source>
+        <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Die Aufnahme ist mit %1 Titeln beendet. Wählen Sie &lt;b&gt;Weiter&lt;/b&gt;, um sie zu benennen und zu speichern.</translation>
+    </message>
 </context>
 </TS>

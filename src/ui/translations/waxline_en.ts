@@ -703,5 +703,15 @@
         <extracomment>Recover: leave it for now; a button caption</extracomment>
         <translation>Later</translation>
     </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TITLE</source>
+        <extracomment>Panel 3 reached back from a naming panel, nothing records; a title: at most about 40 characters</extracomment>
+        <translation>Recording stopped</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TEXT</source>
+        <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>The recording has stopped with %1 tracks. Press &lt;b&gt;Next&lt;/b&gt; to name and save them.</translation>
+    </message>
 </context>
 </TS>

@@ -113,7 +113,8 @@ void setLabel(CustomView& view, const char* name, const QString& text) {
 }
 
 // The panels in the states a side that is not all saved brings: panel 2 while the recording
-// goes on, panel 5 with a track that failed, panel 6 with what is missing.
+// goes on, panel 3 reached back from naming, panel 5 with a track that failed, panel 6 with
+// what is missing.
 std::unique_ptr<CustomView> loadPanelInTrouble(unsigned panel) {
     std::unique_ptr<CustomView> view = loadPanelForLooking(panel);
     if (!view)
@@ -121,6 +122,15 @@ std::unique_ptr<CustomView> loadPanelInTrouble(unsigned panel) {
     const QString noEncoder = localizedKey(QStringLiteral("IDS_REASON_NO_ENCODER"));
     if (panel == 2)
         setShown(*view, "recordingBanner", true);
+    if (panel == 3) {
+        view->setBackgroundImage(ImageForView(2));
+        setLabel(*view, "titleText", localizedKey(QStringLiteral("IDS_PANEL3_STOPPED_TITLE")));
+        setLabel(*view, "bodyText", localizedKey(QStringLiteral("IDS_PANEL3_STOPPED_TEXT")).arg(5));
+        setLabel(*view, "_trackField", QStringLiteral("5"));
+        for (const char* name : {"splitTracksButton", "stopButton"})
+            setShown(*view, name, false);
+        setShown(*view, "nextButton", true);
+    }
     if (panel == 5)
         setLabel(*view, "problemNote",
                  localizedKey(QStringLiteral("IDS_TRACKS_NOT_SAVED")).arg(QStringLiteral("1–2")) +
@@ -175,7 +185,7 @@ bool writePanelScreenshots(const QString& dir) {
         }
         window.setContentView(nullptr);
     }
-    for (unsigned panel : {2u, 5u, 6u}) {
+    for (unsigned panel : {2u, 3u, 5u, 6u}) {
         std::unique_ptr<CustomView> view = loadPanelInTrouble(panel);
         const QString file = QDir(dir).filePath(QStringLiteral("panel-%1-unsaved.png").arg(panel));
         if (!view || !grabPanel(window, *view).save(file)) {
