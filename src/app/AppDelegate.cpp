@@ -282,6 +282,8 @@ void AppDelegate::doBackButton5(QObject*) {
     machine.doBackButton5();
 }
 void AppDelegate::doNextButton5(QObject*) {
+    // Left before the export ended, panel 6 says it is still saving, not "Done!".
+    exportDriver.showResult();
     machine.doNextButton5();
 }
 void AppDelegate::doBackButton6(QObject*) {

@@ -228,17 +228,23 @@ void ExportDriver::noteProblem(const TrackOutcome& outcome) {
 // Panel 6: "Done!" only when every track is in the library; else what is missing, why, and the
 // two ways on.
 void ExportDriver::showResult() {
-    const bool done = allSaved();
+    const bool saving = running();
+    const bool done = !saving && allSaved();
     views.setText(panel::another, panel::resultTitleTag,
-                  alertText(done ? QStringLiteral("IDS_PANEL6_TITLE")
-                                 : QStringLiteral("IDS_PANEL6_MISSING_TITLE")));
-    for (int tag : {panel::doneTextTag, panel::yesTag, panel::noTag, panel::doneArtTag,
-                    panel::anotherNextTag})
-        views.setShown(panel::another, tag, done);
-    for (int tag : {panel::missingTextTag, panel::retryTag, panel::keepTag})
-        views.setShown(panel::another, tag, !done);
+                  alertText(saving ? QStringLiteral("IDS_PANEL6_SAVING_TITLE")
+                            : done ? QStringLiteral("IDS_PANEL6_TITLE")
+                                   : QStringLiteral("IDS_PANEL6_MISSING_TITLE")));
+    // While saving, another side may be chosen already: Record waits for this export.
+    views.setShown(panel::another, panel::doneTextTag, done);
+    for (int tag : {panel::yesTag, panel::noTag, panel::doneArtTag, panel::anotherNextTag})
+        views.setShown(panel::another, tag, done || saving);
+    views.setShown(panel::another, panel::missingTextTag, !done);
+    for (int tag : {panel::retryTag, panel::keepTag})
+        views.setShown(panel::another, tag, !done && !saving);
     views.setText(panel::another, panel::missingTextTag,
-                  done ? QString() : missingTracksText(outcomes));
+                  saving ? alertText(QStringLiteral("IDS_PANEL6_SAVING_TEXT"))
+                  : done ? QString()
+                         : missingTracksText(outcomes));
 }
 
 // Export thread.

@@ -63,6 +63,8 @@ public:
     void retryMissing();
     // Every track of the last export is in the library.
     bool allSaved() const;
+    // Panel 6 as the export stands: still saving, "Done!", or what is missing.
+    void showResult();
     void pollingTimerFired();
 
     // Export thread: queues the progress level indicator's move to track i.
@@ -81,7 +83,6 @@ private:
     void start(exporting::ExportRequest request);
     // Until the music folder can be written, or the user keeps the tracks for later (false).
     bool libraryWritable();
-    void showResult();
     void noteProblem(const exporting::TrackOutcome& outcome);
     void DoITunesImportTagAndConvertThreadRoutine2(exporting::ExportRequest request);
     bool confirmLibraryOnMainThread();

@@ -713,5 +713,15 @@
         <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>Die Aufnahme ist mit %1 Titeln beendet. Wählen Sie &lt;b&gt;Weiter&lt;/b&gt;, um sie zu benennen und zu speichern.</translation>
     </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TITLE</source>
+        <extracomment>Panel 6 reached while the export still runs; a title: at most about 40 characters</extracomment>
+        <translation>Titel werden noch gespeichert…</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TEXT</source>
+        <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Waxline legt Ihre Titel noch in Ihren Musikordner. Diese Seite zeigt an, wenn alle Titel dort sind.</translation>
+    </message>
 </context>
 </TS>

@@ -713,5 +713,15 @@
         <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>The recording has stopped with %1 tracks. Press &lt;b&gt;Next&lt;/b&gt; to name and save them.</translation>
     </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TITLE</source>
+        <extracomment>Panel 6 reached while the export still runs; a title: at most about 40 characters</extracomment>
+        <translation>Still saving your tracks…</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TEXT</source>
+        <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Waxline is still putting your tracks into your music folder. This panel says when every track is there.</translation>
+    </message>
 </context>
 </TS>
