@@ -36,6 +36,8 @@ std::pair<QString, QStringList> stopText(const RecordingStop& stop) {
     switch (stop.reason) {
     case RecordingStopReason::DeviceGone:
         return {QStringLiteral("IDS_STOP_DEVICE_GONE"), {}};
+    case RecordingStopReason::ServerGone:
+        return {QStringLiteral("IDS_STOP_SERVER_GONE"), {}};
     case RecordingStopReason::DiskFull:
         return {QStringLiteral("IDS_STOP_DISK_FULL"), {folder}};
     case RecordingStopReason::FolderGone:

@@ -113,6 +113,7 @@ TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamedWhenTher
     };
     const std::vector<Row> table = {
         {RecordingStopReason::DeviceGone, "IDS_STOP_DEVICE_GONE", 0},
+        {RecordingStopReason::ServerGone, "IDS_STOP_SERVER_GONE", 0},
         {RecordingStopReason::DiskFull, "IDS_STOP_DISK_FULL", 1},
         {RecordingStopReason::FolderGone, "IDS_STOP_FOLDER_GONE", 1},
         {RecordingStopReason::WriteFailed, "IDS_STOP_WRITE_FAILED", 2},

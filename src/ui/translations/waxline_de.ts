@@ -723,5 +723,10 @@
         <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>Waxline legt Ihre Titel noch in Ihren Musikordner. Diese Seite zeigt an, wenn alle Titel dort sind.</translation>
     </message>
+    <message>
+        <source>IDS_STOP_SERVER_GONE</source>
+        <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
+        <translation>Das Audiosystem dieses Computers antwortet nicht mehr, deshalb endete die Aufnahme. Die bis dahin aufgenommenen Titel bleiben erhalten. Prüfen Sie, ob der Ton funktioniert, und nehmen Sie dann erneut auf.</translation>
+    </message>
 </context>
 </TS>

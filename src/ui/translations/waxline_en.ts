@@ -723,5 +723,10 @@
         <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
         <translation>Waxline is still putting your tracks into your music folder. This panel says when every track is there.</translation>
     </message>
+    <message>
+        <source>IDS_STOP_SERVER_GONE</source>
+        <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
+        <translation>The sound system of this computer stopped answering, so the recording stopped. The tracks recorded up to then are kept. Check that the sound works, then record again.</translation>
+    </message>
 </context>
 </TS>
