@@ -56,6 +56,7 @@ public:
     void setPanel(unsigned n);
     // Whether a recording is under way: panel 3 looks like recording only then.
     void setRecording(bool on) { recording = on; }
+    bool recordingNow() const { return recording; }
     // The panel on screen, as this machine last switched it.
     unsigned shownPanel() const { return current; }
 

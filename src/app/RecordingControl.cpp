@@ -159,6 +159,9 @@ void RecordingControl::audioDetectedAlbumEnd() {
 }
 
 void RecordingControl::elaspedTimerFired() {
+    // A kill now leaves a count that knows every closed track, as the command line's does.
+    if (machine.recordingNow())
+        sequence.keepCountCurrent();
     views.setText(panel::recording, panel::elapsedTag,
                   elapsedText(capture.currentTrackLengthNanos()));
     views.setText(panel::recording, panel::trackCountTag,
@@ -170,8 +173,6 @@ void RecordingControl::elaspedTimerFired() {
 // safe to pass on.
 void RecordingControl::noticeClosedTracks() {
     early.tracksClosed(capture.numRecordedTracks() - 1);
-    // A kill now leaves a count that knows every closed track, as the command line's does.
-    sequence.keepCountCurrent();
 }
 
 void RecordingControl::setRecordingGainDb(float gainDb) {
