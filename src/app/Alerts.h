@@ -22,6 +22,19 @@ public:
     virtual bool ask(const QString& messageKey, const QString& informativeKey,
                      const QString& defaultButtonKey, const QString& alternateButtonKey,
                      const QStringList& arguments = {}) = 0;
+
+    // A question with several ways out, one button per key in order; the answer is the index
+    // of the button chosen. `defaultButton` is what Return presses and `escapeButton` what
+    // Esc or closing the box gives: both are to be the safe answer.
+    virtual int choose(const QString& messageKey, const QString& informativeKey,
+                       const QStringList& buttonKeys, int defaultButton, int escapeButton,
+                       const QStringList& arguments = {}) = 0;
+
+    // A warning that does not wait for its answer: what it says has happened already.
+    virtual void inform(const QString& titleKey, const QString& textKey,
+                        const QStringList& arguments = {}) {
+        alert(titleKey, textKey, arguments);
+    }
 };
 
 } // namespace waxline::app

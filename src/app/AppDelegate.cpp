@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include "app/InterruptedRecording.h"
 #include "exporting/ExportFolders.h"
 #include "splitting/SideRecut.h"
 #include "ui/Catalogue.h"
@@ -11,6 +10,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QKeySequence>
 #include <QShortcut>
@@ -36,6 +36,8 @@ std::pair<QString, QStringList> stopText(const RecordingStop& stop) {
     switch (stop.reason) {
     case RecordingStopReason::DeviceGone:
         return {QStringLiteral("IDS_STOP_DEVICE_GONE"), {}};
+    case RecordingStopReason::ServerGone:
+        return {QStringLiteral("IDS_STOP_SERVER_GONE"), {}};
     case RecordingStopReason::DiskFull:
         return {QStringLiteral("IDS_STOP_DISK_FULL"), {folder}};
     case RecordingStopReason::FolderGone:
@@ -98,12 +100,16 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
         finishInterruptedRecut(this->audio.exportFolder());
         exportDriver.processAudioFiles();
     };
-    // The export folder is locked while recording and while exporting, as the command line
-    // locks it, and let go in between.
+    // The export folder is locked, with the command line's lock, from Record until the side is
+    // in the library or thrown away: naming panels, re-cut and export included.
     recordingControl.mayRecord = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Recording);
     };
-    recordingControl.recordingEnded = [this] { folderClaim.release(); };
+    // An album end before any track leaves nothing to keep the folder for.
+    recordingControl.recordingEnded = [this] {
+        if (this->audio.numRecordedTracks() == 0)
+            folderClaim.release();
+    };
     // The side is read again at once, so the naming panel can say if its splits look wrong.
     recordingControl.tracksToName = [this] { review.startAnalysis(); };
     review.noticeChanged = [this](bool differs) { _multipleNibTabView.setSplitsNotice(differs); };
@@ -111,11 +117,24 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
     review.mayRecut = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Recutting);
     };
-    review.recutEnded = [this] { folderClaim.release(); };
+    review.recutEnded = [this] {
+        folderClaim.claimQuietly(this->audio.exportFolder(), FolderUse::Recording);
+    };
     machine.mayExport = [this] {
         return folderClaim.claim(this->audio.exportFolder(), FolderUse::Exporting);
     };
-    exportDriver.exportEnded = [this] { folderClaim.release(); };
+    exportDriver.exportEnded = [this] {
+        if (exportDriver.allSaved())
+            folderClaim.release();
+    };
+    exportDriver.keepForLater = [this] { closeKeepingTracks(); };
+    chooseMusicFolder = [this](const QString& current) {
+        return QFileDialog::getExistingDirectory(
+            &itsWindow, localizedPlainText("IDS_CHOOSE_FOLDER_TITLE"), current);
+    };
+    exportDriver.chooseFolder = [this](const QString& current) {
+        return chooseMusicFolder ? chooseMusicFolder(current) : QString();
+    };
     exportDriver.setEarlyEncoder(&recordingControl.earlyEncoder());
 }
 
@@ -164,13 +183,14 @@ void AppDelegate::awakeFromNib() {
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &itsWindow && event->type() == QEvent::Close && !closing) {
-        if (!confirmClose()) {
+        const Ending ending = confirmClose();
+        if (ending == Ending::Stay) {
             event->ignore();
             return true;
         }
-        // Yes: this close event closes the window; the rest of the ending follows it.
+        // This close event closes the window; the rest of the ending follows it.
         closing = true;
-        endRun();
+        endRun(ending);
     }
     return QObject::eventFilter(watched, event);
 }
@@ -195,13 +215,55 @@ void AppDelegate::doBackButton2(QObject*) {
     machine.doBackButton2();
 }
 void AppDelegate::doRecordButton(QObject*, bool normalization, bool clickRemoval) {
+    const std::string& folder = audio.exportFolder();
+    bool discardAsked = false;
+    if (recordingControl.elapsedTimerRunning()) {
+        // Panel 2 reached by Back while recording: Record would start again from nothing.
+        const int choice = alerts.choose(
+            QStringLiteral("IDS_RECORD_RESTART"), QString(),
+            {QStringLiteral("IDS_BACK_TO_RECORDING"), QStringLiteral("IDS_RECORD_DISCARD")}, 0, 0,
+            {QString::number(audio.numRecordedTracks())});
+        if (choice == 0) {
+            doReturnToRecording(nullptr);
+            return;
+        }
+        recordingControl.stopForClose();
+        discardAsked = true;
+    }
     // Record empties the export folder: an export still reading it (panel 6 reached by its
     // Next button) ends first.
     exportDriver.finishOrCancel();
     // So does the review's reading of the last side.
     review.forget();
-    finishInterruptedRecut(audio.exportFolder());
+    if (!folderClaim.claim(folder, FolderUse::Recording))
+        return;
+    finishInterruptedRecut(folder);
+    if (!discardAsked) {
+        if (const auto side = findInterruptedRecording(folder)) {
+            // Tracks that are in no library yet go only when the user says so.
+            const int choice = alerts.choose(
+                QStringLiteral("IDS_RECORD_OVER"), QString(),
+                {QStringLiteral("IDS_SAVE_FIRST"), QStringLiteral("IDS_RECORD_DISCARD")}, 0, 0,
+                {QString::number(side->tracks - side->saved), lengthText(side->seconds)});
+            if (choice == 0) {
+                takeUpSide(*side);
+                return;
+            }
+        }
+    }
     recordingControl.doRecordButton(normalization, clickRemoval);
+}
+void AppDelegate::doReturnToRecording(QObject*) {
+    if (recordingControl.elapsedTimerRunning())
+        recordingControl.returnToRecording();
+}
+void AppDelegate::doRetryExport(QObject*) {
+    if (!folderClaim.claim(audio.exportFolder(), FolderUse::Exporting))
+        return;
+    exportDriver.retryMissing();
+}
+void AppDelegate::doKeepForLater(QObject*) {
+    closeKeepingTracks();
 }
 void AppDelegate::doBackButton3(QObject*) {
     recordingControl.doBackButton3();
@@ -222,6 +284,8 @@ void AppDelegate::doBackButton5(QObject*) {
     machine.doBackButton5();
 }
 void AppDelegate::doNextButton5(QObject*) {
+    // Left before the export ended, panel 6 says it is still saving, not "Done!".
+    exportDriver.showResult();
     machine.doNextButton5();
 }
 void AppDelegate::doBackButton6(QObject*) {
@@ -266,29 +330,73 @@ void AppDelegate::setRecordingGainDb(float gainDb) {
     recordingControl.setRecordingGainDb(gainDb);
 }
 
-bool AppDelegate::confirmClose() {
-    return alerts.ask(QStringLiteral("IDS_CANCEL_RECORDING"), QString(), QStringLiteral("IDS_YES"),
-                      QStringLiteral("IDS_NO"));
+std::optional<InterruptedRecording> AppDelegate::unsavedSide() {
+    const std::string& folder = audio.exportFolder();
+    const bool held = folderClaim.held();
+    // Another run's files are not this window's to speak of, nor to empty.
+    if (!held && !folderClaim.claimQuietly(folder, FolderUse::Recording))
+        return std::nullopt;
+    finishInterruptedRecut(folder);
+    std::optional<InterruptedRecording> side = findInterruptedRecording(folder);
+    if (!held)
+        folderClaim.release();
+    return side;
+}
+
+AppDelegate::Ending AppDelegate::confirmClose() {
+    const bool recording = recordingControl.elapsedTimerRunning();
+    const std::optional<InterruptedRecording> side = unsavedSide();
+    if (!recording && !side) {
+        // Nothing would be lost: quitting is the answer Return gives.
+        return alerts.ask(QStringLiteral("IDS_QUIT_QUESTION"), QString(),
+                          QStringLiteral("IDS_QUIT"), QStringLiteral("IDS_CANCEL"))
+                   ? Ending::Quit
+                   : Ending::Stay;
+    }
+    const int tracks = side ? side->tracks - side->saved : audio.numRecordedTracks();
+    const QString stay =
+        recording ? QStringLiteral("IDS_KEEP_RECORDING") : QStringLiteral("IDS_DONT_QUIT");
+    const int choice = alerts.choose(
+        recording ? QStringLiteral("IDS_CLOSE_RECORDING") : QStringLiteral("IDS_CLOSE_UNSAVED"),
+        QString(), {stay, QStringLiteral("IDS_QUIT_KEEP"), QStringLiteral("IDS_QUIT_DISCARD")}, 0,
+        0, {QString::number(tracks), lengthText(side ? side->seconds : 0)});
+    return choice == 2 ? Ending::Quit : choice == 1 ? Ending::KeepForLater : Ending::Stay;
 }
 
 void AppDelegate::doCloseButton(QObject*) {
-    if (confirmClose())
-        doCloseApplication(nullptr);
+    const Ending ending = confirmClose();
+    if (ending == Ending::Stay)
+        return;
+    closing = true;
+    itsWindow.close();
+    endRun(ending);
 }
 
 void AppDelegate::doCloseApplication(QObject*) {
+    // Panel 6's No after a side all in the library: nothing is left to lose.
     closing = true;
     itsWindow.close();
-    endRun();
+    endRun(exportDriver.allSaved() ? Ending::Quit : Ending::KeepForLater);
 }
 
-void AppDelegate::endRun() {
+void AppDelegate::closeKeepingTracks() {
+    closing = true;
+    itsWindow.close();
+    endRun(Ending::KeepForLater);
+}
+
+void AppDelegate::endRun(Ending ending) {
     // The track files are closed complete before anything is removed, and an export under
     // way ends before its files go.
     recordingControl.stopForClose();
-    folderClaim.release();
     exportDriver.finishOrCancel();
     review.forget();
+    if (ending != Ending::Quit) {
+        // What the encoder made behind the recording is kept with the tracks.
+        recordingControl.cancelBackgroundEncoding();
+        folderClaim.release();
+        return;
+    }
     recordingControl.cancelBackgroundEncoding();
     // Another run recording or exporting in the same folder keeps its files.
     if (folderClaim.claimQuietly(audio.exportFolder(), FolderUse::Recording))
@@ -298,27 +406,54 @@ void AppDelegate::endRun() {
 
 void AppDelegate::offerInterruptedRecording() {
     const std::string& folder = audio.exportFolder();
-    const std::optional<InterruptedRecording> found = findInterruptedRecording(folder);
-    // A run still recording there has no "finished" line yet either: its lock tells.
-    if (!found || !folderClaim.claimQuietly(folder, FolderUse::Recording))
+    // A run still recording or naming there holds the lock: this window says who, and leaves
+    // the folder alone.
+    if (!folderClaim.claimQuietly(folder, FolderUse::Recording)) {
+        if (findInterruptedRecording(folder) || exporting::trackFilesPresent(folder) > 0)
+            alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_FOLDER_BUSY_START"),
+                         {folderClaim.holderText(folder)});
         return;
-    const bool keep =
-        alerts.ask(QStringLiteral("IDS_RECOVER_TITLE"), QStringLiteral("IDS_RECOVER_TEXT"),
-                   QStringLiteral("IDS_RECOVER_EXPORT"), QStringLiteral("IDS_RECOVER_DISCARD"),
-                   {QString::number(found->tracks), lengthText(found->seconds)});
-    if (!keep) {
+    }
+    finishInterruptedRecut(folder);
+    const std::optional<InterruptedRecording> found = findInterruptedRecording(folder);
+    if (!found) {
+        folderClaim.release();
+        return;
+    }
+    using State = InterruptedRecording::State;
+    const QString textKey = found->state == State::Interrupted ? QStringLiteral("IDS_RECOVER_TEXT")
+                            : found->state == State::NotExported
+                                ? QStringLiteral("IDS_RECOVER_UNSAVED_TEXT")
+                                : QStringLiteral("IDS_RECOVER_HALF_TEXT");
+    const int choice =
+        alerts.choose(QStringLiteral("IDS_RECOVER_TITLE"), textKey,
+                      {QStringLiteral("IDS_RECOVER_EXPORT"), QStringLiteral("IDS_RECOVER_LATER"),
+                       QStringLiteral("IDS_RECOVER_DISCARD")},
+                      0, 1,
+                      {QString::number(found->tracks), lengthText(found->seconds),
+                       QString::number(found->tracks - found->saved)});
+    if (choice == 1) {
+        // Later: left as it is, and asked again before anything would empty the folder.
+        folderClaim.release();
+        return;
+    }
+    if (choice == 2) {
         exporting::clearTmpFolder(folder);
         folderClaim.release();
         return;
     }
-    // The export reads the files as a finished recording's: headers saying all they hold.
-    if (!repairInterruptedRecording(folder, found->tracks))
-        std::fprintf(stderr, "offerInterruptedRecording: cannot repair the track files in %s\n",
-                     folder.c_str());
-    folderClaim.release();
-    audio.adoptRecordedTracks(found->tracks);
     deviceUnchecked = true;
-    machine.showNamingPanel(found->tracks);
+    takeUpSide(*found);
+}
+
+void AppDelegate::takeUpSide(const InterruptedRecording& side) {
+    const std::string& folder = audio.exportFolder();
+    // The export reads the files as a finished recording's: headers saying all they hold.
+    if (!repairInterruptedRecording(folder, side.tracks))
+        std::fprintf(stderr, "takeUpSide: cannot repair the track files in %s\n", folder.c_str());
+    audio.adoptRecordedTracks(side.tracks);
+    machine.releaseMeter();
+    machine.showNamingPanel(side.tracks);
     review.startAnalysis();
 }
 
@@ -339,12 +474,18 @@ void AppDelegate::audioDetectedAlbumEnd() {
 }
 
 void AppDelegate::audioRecordingStopped(const RecordingStop& stop) {
-    folderClaim.release();
     const auto [key, arguments] = stopText(stop);
     alerts.alert(QStringLiteral("IDS_WARNING"), key, arguments);
+    if (!recordingControl.elapsedTimerRunning())
+        return;
+    if (exporting::trackFilesPresent(audio.exportFolder()) == 0) {
+        // The folder went with its tracks: there is nothing to name, only a new start.
+        recordingControl.abandon();
+        folderClaim.release();
+        return;
+    }
     // What was recorded up to then is named and saved as after Stop.
-    if (recordingControl.elapsedTimerRunning())
-        recordingControl.doNextButton3();
+    recordingControl.doNextButton3();
 }
 
 void AppDelegate::audioMonitorCannotStart(const MonitorFailure& failure) {

@@ -3,6 +3,7 @@
 #include "app/Alerts.h"
 #include "app/ExportDriver.h"
 #include "app/FolderClaim.h"
+#include "app/InterruptedRecording.h"
 #include "app/PanelMachine.h"
 #include "app/PanelTabs.h"
 #include "app/RecordingControl.h"
@@ -15,6 +16,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace waxline::ui {
@@ -41,6 +43,10 @@ public:
     // saved (the naming panel Stop would have shown) or thrown away. Nothing is emptied
     // without the answer, nor while another run works in the folder.
     void offerInterruptedRecording();
+
+    // Asks for a music folder when the one given cannot be written; a folder dialog unless a
+    // test puts its own.
+    std::function<QString(const QString& current)> chooseMusicFolder;
 
     // How showHelp opens a page; the desktop's browser unless a test puts its own.
     std::function<bool(const QUrl&)> openUrl;
@@ -73,6 +79,9 @@ public:
     void doBackButton10(QObject* sender) override;
     void doNextButton10(QObject* sender) override;
     void doReviewSplits(QObject* sender) override;
+    void doReturnToRecording(QObject* sender) override;
+    void doRetryExport(QObject* sender) override;
+    void doKeepForLater(QObject* sender) override;
     void doCloseButton(QObject* sender) override;
     void doCloseApplication(QObject* sender) override;
     void showHelp(QObject* sender) override;
@@ -93,9 +102,19 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    bool confirmClose();
-    // Stops the recording, ends the export and empties the export folder.
-    void endRun();
+    enum class Ending { Stay, Quit, KeepForLater };
+    // Asks before the window closes; what may be lost is said, and keeping it is the default.
+    Ending confirmClose();
+    // Stops the recording and ends the export; empties the export folder only for Quit, and
+    // only when no other run works in it.
+    void endRun(Ending ending);
+    // Closes the window keeping the export folder as it is, offered back at the next start.
+    void closeKeepingTracks();
+    // The recording the export folder holds that is not all in the library, when this window
+    // may speak for the folder (no other run holds it).
+    std::optional<InterruptedRecording> unsavedSide();
+    // Names and saves a side found in the folder, as after Stop; the lock is this window's.
+    void takeUpSide(const InterruptedRecording& side);
 
     CaptureControl& audio;
     ui::CustomWindow& itsWindow;

@@ -1,12 +1,14 @@
 #include "app/ExportDriver.h"
 
+#include "app/ExportReport.h"
+#include "app/MessageBoxAlerts.h"
 #include "app/PanelMachine.h"
 #include "exporting/LibraryImporter.h"
-#include "exporting/LibraryProbe.h"
 
 #include <QCoreApplication>
 #include <QThread>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -17,8 +19,6 @@ using namespace waxline::exporting;
 namespace {
 
 constexpr std::chrono::milliseconds pollInterval{500};
-const QString warningKey = QStringLiteral("IDS_WARNING");
-const QString libraryErrorKey = QStringLiteral("IDS_ITUNES_ERROR");
 
 std::string fieldText(const PanelViews& views, unsigned n, int tag) {
     return views.text(n, tag).toStdString();
@@ -58,28 +58,6 @@ ExportDriver::~ExportDriver() {
 
 void ExportDriver::processAudioFiles() {
     const int n = capture.numRecordedTracks();
-
-    const LibraryImporter importer(library);
-    probeUntilAvailable(
-        [&] { return importer.probe(); },
-        [](int error) { std::fprintf(stderr, "SimpleRunAppleScript err = %d\n", error); },
-        [&] {
-            // Modal: the user makes the folder writable, then confirms, and it is asked again.
-            alerts.alert(warningKey, libraryErrorKey);
-            return true;
-        });
-
-    views.setBusy(true);
-    views.setProgressRange(n);
-    views.setProgressValue(0);
-    views.setText(panel::exporting, panel::readyNoteTag, QString());
-
-    pollTimer = std::make_unique<QTimer>();
-    pollTimer->setInterval(pollInterval);
-    connect(pollTimer.get(), &QTimer::timeout, this, &ExportDriver::pollingTimerFired);
-    pollTimer->start();
-    pollingTimerFired();
-
     // The previous export has ended (the poll saw it); its thread only waits to be joined.
     joinFinishedThread();
 
@@ -92,6 +70,8 @@ void ExportDriver::processAudioFiles() {
     ExportRequest request;
     request.exportFolder = capture.exportFolder();
     request.normalise = false;
+    // What an earlier run got into the library stays there; only the rest is exported.
+    request.skipSaved = true;
     request.numRecordedTracks = [n] { return n; };
     request.jobs = 0;
     request.text = text;
@@ -109,6 +89,67 @@ void ExportDriver::processAudioFiles() {
         request.artist = names.artist;
         request.album = names.album;
     }
+    lastRequest = request;
+    // Done again, the missing tracks keep the numbers this export gives them.
+    lastRequest.numberOffset = offset;
+    start(std::move(request));
+}
+
+void ExportDriver::retryMissing() {
+    if (running())
+        return;
+    joinFinishedThread();
+    setPanel(panel::exporting);
+    start(lastRequest);
+}
+
+bool ExportDriver::allSaved() const {
+    return !outcomes.empty() &&
+           std::all_of(outcomes.begin(), outcomes.end(), [](const auto& o) { return o.ok; });
+}
+
+bool ExportDriver::libraryWritable() {
+    for (;;) {
+        const int error = LibraryImporter(library).probe();
+        if (error == 0)
+            return true;
+        std::fprintf(stderr, "SimpleRunAppleScript err = %d\n", error);
+        const QString folder = QString::fromStdString(library);
+        const int choice =
+            alerts.choose(QStringLiteral("IDS_LIBRARY_UNWRITABLE"), QString(),
+                          {QStringLiteral("IDS_CHOOSE_FOLDER"), QStringLiteral("IDS_TRY_AGAIN"),
+                           QStringLiteral("IDS_KEEP_LATER")},
+                          1, 2, {folder});
+        if (choice == 2) {
+            if (keepForLater)
+                keepForLater();
+            return false;
+        }
+        if (choice == 0 && chooseFolder) {
+            const QString chosen = chooseFolder(folder);
+            if (!chosen.isEmpty())
+                library = chosen.toStdString();
+        }
+    }
+}
+
+void ExportDriver::start(ExportRequest request) {
+    problemTracks.clear();
+    views.setText(panel::exporting, panel::problemNoteTag, QString());
+    views.setText(panel::exporting, panel::readyNoteTag, QString());
+    if (!libraryWritable())
+        return;
+
+    const int n = request.numRecordedTracks ? request.numRecordedTracks() : 0;
+    views.setBusy(true);
+    views.setProgressRange(n);
+    views.setProgressValue(0);
+
+    pollTimer = std::make_unique<QTimer>();
+    pollTimer->setInterval(pollInterval);
+    connect(pollTimer.get(), &QTimer::timeout, this, &ExportDriver::pollingTimerFired);
+    pollTimer->start();
+    pollingTimerFired();
 
     finished = false;
     cancelled = false;
@@ -138,7 +179,12 @@ void ExportDriver::DoITunesImportTagAndConvertThreadRoutine2(ExportRequest reque
         QMetaObject::invokeMethod(
             this, [this, ready, total] { showReadyTracks(ready, total); }, Qt::QueuedConnection);
     };
-    pipeline.onTrackDone = [this](const TrackOutcome& outcome, int) { setProgress(outcome.index); };
+    pipeline.onTrackDone = [this](const TrackOutcome& outcome, int) {
+        setProgress(outcome.index);
+        if (!outcome.ok)
+            QMetaObject::invokeMethod(
+                this, [this, outcome] { noteProblem(outcome); }, Qt::QueuedConnection);
+    };
 
     std::vector<TrackOutcome> result = pipeline.run(request, numbering);
 
@@ -154,11 +200,51 @@ void ExportDriver::DoITunesImportTagAndConvertThreadRoutine2(ExportRequest reque
     finished = true;
 }
 
-// Export thread: the alert is the main thread's; this thread waits for the answer.
+// Export thread: the question is the main thread's; this thread waits for the answer. Giving
+// up leaves the rest of the tracks missing, for panel 6 to offer again.
 bool ExportDriver::confirmLibraryOnMainThread() {
+    bool again = false;
     QMetaObject::invokeMethod(
-        this, [this] { alerts.alert(warningKey, libraryErrorKey); }, Qt::BlockingQueuedConnection);
-    return !cancelled;
+        this,
+        [this, &again] {
+            again =
+                alerts.choose(QStringLiteral("IDS_LIBRARY_GONE"), QString(),
+                              {QStringLiteral("IDS_TRY_AGAIN"), QStringLiteral("IDS_KEEP_LATER")},
+                              0, 1, {QString::fromStdString(library)}) == 0;
+        },
+        Qt::BlockingQueuedConnection);
+    return again && !cancelled;
+}
+
+// Panel 5: the tracks that did not get into the library so far, and why the last one did not.
+void ExportDriver::noteProblem(const TrackOutcome& outcome) {
+    problemTracks.push_back(outcome.index);
+    views.setText(
+        panel::exporting, panel::problemNoteTag,
+        alertText(QStringLiteral("IDS_TRACKS_NOT_SAVED"), {trackRunsText(problemTracks)}) +
+            QLatin1Char(' ') + trackProblemText(outcome.problem));
+}
+
+// Panel 6: "Done!" only when every track is in the library; else what is missing, why, and the
+// two ways on.
+void ExportDriver::showResult() {
+    const bool saving = running();
+    const bool done = !saving && allSaved();
+    views.setText(panel::another, panel::resultTitleTag,
+                  alertText(saving ? QStringLiteral("IDS_PANEL6_SAVING_TITLE")
+                            : done ? QStringLiteral("IDS_PANEL6_TITLE")
+                                   : QStringLiteral("IDS_PANEL6_MISSING_TITLE")));
+    // While saving, another side may be chosen already: Record waits for this export.
+    views.setShown(panel::another, panel::doneTextTag, done);
+    for (int tag : {panel::yesTag, panel::noTag, panel::doneArtTag, panel::anotherNextTag})
+        views.setShown(panel::another, tag, done || saving);
+    views.setShown(panel::another, panel::missingTextTag, !done);
+    for (int tag : {panel::retryTag, panel::keepTag})
+        views.setShown(panel::another, tag, !done && !saving);
+    views.setText(panel::another, panel::missingTextTag,
+                  saving ? alertText(QStringLiteral("IDS_PANEL6_SAVING_TEXT"))
+                  : done ? QString()
+                         : missingTracksText(outcomes));
 }
 
 // Export thread.
@@ -200,6 +286,7 @@ void ExportDriver::pollingTimerFired() {
     joinFinishedThread();
     if (exportEnded)
         exportEnded();
+    showResult();
     if (setPanel)
         setPanel(panel::another);
 }

@@ -48,12 +48,23 @@ public:
 
     // Told when an export has ended and its thread is joined.
     std::function<void()> exportEnded;
+    // The user keeps the tracks for another time rather than export them now.
+    std::function<void()> keepForLater;
+    // Asks for another music folder, starting at `current`; empty when none was chosen.
+    std::function<QString(const QString& current)> chooseFolder;
 
     // The encoder that made MP3s while recording: each export lets it finish or give up a
     // track before encoding that track itself. None: only what it left is taken.
     void setEarlyEncoder(exporting::EarlyEncoder* encoder) { early = encoder; }
 
     void processAudioFiles();
+    // Panel 6's Try again: the tracks of the last export that are not in the library, under the
+    // same names and numbers.
+    void retryMissing();
+    // Every track of the last export is in the library.
+    bool allSaved() const;
+    // Panel 6 as the export stands: still saving, "Done!", or what is missing.
+    void showResult();
     void pollingTimerFired();
 
     // Export thread: queues the progress level indicator's move to track i.
@@ -69,6 +80,10 @@ public:
     const std::string& libraryFolder() const { return library; }
 
 private:
+    void start(exporting::ExportRequest request);
+    // Until the music folder can be written, or the user keeps the tracks for later (false).
+    bool libraryWritable();
+    void noteProblem(const exporting::TrackOutcome& outcome);
     void DoITunesImportTagAndConvertThreadRoutine2(exporting::ExportRequest request);
     bool confirmLibraryOnMainThread();
     void joinFinishedThread();
@@ -84,6 +99,8 @@ private:
 
     exporting::ExportNumbering numbering; // _saveTrackArtist, _saveTrackAlbum, _saveTracks
     std::vector<exporting::TrackOutcome> outcomes;
+    exporting::ExportRequest lastRequest;
+    std::vector<int> problemTracks; // of the export under way, for panel 5
     std::unique_ptr<QTimer> pollTimer;
     std::thread thread;
     std::atomic<bool> finished{false};

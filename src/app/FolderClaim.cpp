@@ -25,17 +25,10 @@ bool FolderClaim::claim(const std::string& folder, FolderUse use) {
     switch (take(folder, use)) {
     case ExportFolderLock::Outcome::Taken:
         return true;
-    case ExportFolderLock::Outcome::Held: {
-        // Who it is, as far as the lock file says: the program and its process number.
-        const FolderLockHolder& holder = lock.holder();
-        QString who = QString::fromStdString(holder.program);
-        if (holder.pid > 0)
-            who += (who.isEmpty() ? QString() : QStringLiteral(", ")) + QString::number(holder.pid);
-        if (who.isEmpty())
-            who = QString::fromStdString(folder);
-        alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_FOLDER_BUSY"), {who});
+    case ExportFolderLock::Outcome::Held:
+        alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_FOLDER_BUSY"),
+                     {holderText(folder)});
         return false;
-    }
     case ExportFolderLock::Outcome::Failed:
         break;
     }
@@ -43,6 +36,15 @@ bool FolderClaim::claim(const std::string& folder, FolderUse use) {
                  {QString::fromStdString(folder),
                   QString::fromLocal8Bit(std::strerror(lock.errorNumber()))});
     return false;
+}
+
+QString FolderClaim::holderText(const std::string& folder) const {
+    // Who it is, as far as the lock file says: the program and its process number.
+    const FolderLockHolder& holder = lock.holder();
+    QString who = QString::fromStdString(holder.program);
+    if (holder.pid > 0)
+        who += (who.isEmpty() ? QString() : QStringLiteral(", ")) + QString::number(holder.pid);
+    return who.isEmpty() ? QString::fromStdString(folder) : who;
 }
 
 bool FolderClaim::claimQuietly(const std::string& folder, FolderUse use) {

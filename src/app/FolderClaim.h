@@ -3,6 +3,8 @@
 #include "app/Alerts.h"
 #include "capture/recorder/ExportFolderLock.h"
 
+#include <QString>
+
 #include <string>
 
 namespace waxline::app {
@@ -23,6 +25,8 @@ public:
     bool claimQuietly(const std::string& folder, FolderUse use);
     void release();
     bool held() const { return lock.held(); }
+    // After a claim failed because another run holds the lock: who, as the alerts say it.
+    QString holderText(const std::string& folder) const;
 
 private:
     ExportFolderLock::Outcome take(const std::string& folder, FolderUse use);

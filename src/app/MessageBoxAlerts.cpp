@@ -5,6 +5,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <algorithm>
+#include <vector>
+
 namespace waxline::app {
 
 QString alertText(const QString& key, const QStringList& arguments) {
@@ -15,9 +18,28 @@ QString alertText(const QString& key, const QStringList& arguments) {
         // A key without a text keeps its placeholder; anything else is a sentence as it came.
         return key.startsWith(QLatin1String("IDS_")) ? key : key.toHtmlEscaped();
     // A path or a reason may hold "<" or "&": put in as text, never as markup.
+    QStringList escaped;
     for (const QString& argument : arguments)
-        text = text.arg(argument.toHtmlEscaped());
-    return text;
+        escaped << argument.toHtmlEscaped();
+    return fillArguments(text, escaped);
+}
+
+QString fillArguments(QString text, const QStringList& arguments) {
+    QString filled;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == QLatin1Char('%') && i + 1 < text.size() && text.at(i + 1) >= QLatin1Char('1') &&
+            text.at(i + 1) <= QLatin1Char('9')) {
+            const int n = text.at(i + 1).digitValue();
+            if (n <= arguments.size()) {
+                filled += arguments.at(n - 1);
+                ++i;
+                continue;
+            }
+        }
+        filled += c;
+    }
+    return filled;
 }
 
 namespace {
@@ -60,6 +82,40 @@ bool MessageBoxAlerts::ask(const QString& messageKey, const QString& informative
     box.setEscapeButton(no);
     box.exec();
     return box.clickedButton() == yes;
+}
+
+int MessageBoxAlerts::choose(const QString& messageKey, const QString& informativeKey,
+                             const QStringList& buttonKeys, int defaultButton, int escapeButton,
+                             const QStringList& arguments) {
+    QMessageBox box(parent);
+    prepare(box, QStringLiteral("IDS_APP_NAME"));
+    box.setText(alertText(messageKey, arguments));
+    if (!informativeKey.isEmpty())
+        box.setInformativeText(alertText(informativeKey, arguments));
+    std::vector<QPushButton*> buttons;
+    for (const QString& key : buttonKeys)
+        buttons.push_back(box.addButton(buttonText(key), QMessageBox::ActionRole));
+    if (defaultButton >= 0 && size_t(defaultButton) < buttons.size())
+        box.setDefaultButton(buttons[size_t(defaultButton)]);
+    if (escapeButton >= 0 && size_t(escapeButton) < buttons.size())
+        box.setEscapeButton(buttons[size_t(escapeButton)]);
+    box.exec();
+    const auto chosen = std::find(buttons.begin(), buttons.end(), box.clickedButton());
+    return chosen == buttons.end() ? escapeButton : int(chosen - buttons.begin());
+}
+
+void MessageBoxAlerts::inform(const QString& titleKey, const QString& textKey,
+                              const QStringList& arguments) {
+    // Shown beside the window and left to the user; the box deletes itself when closed.
+    auto box = new QMessageBox(parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    prepare(*box, titleKey);
+    box->setText(QStringLiteral("<b>%1</b><br><br>%2")
+                     .arg(ui::plainTextOf(alertText(titleKey)).toHtmlEscaped(),
+                          alertText(textKey, arguments)));
+    box->addButton(buttonText(QStringLiteral("IDS_OK")), QMessageBox::AcceptRole);
+    box->setModal(false);
+    box->show();
 }
 
 } // namespace waxline::app

@@ -20,6 +20,11 @@ public:
     bool ask(const QString& messageKey, const QString& informativeKey,
              const QString& defaultButtonKey, const QString& alternateButtonKey,
              const QStringList& arguments) override;
+    int choose(const QString& messageKey, const QString& informativeKey,
+               const QStringList& buttonKeys, int defaultButton, int escapeButton,
+               const QStringList& arguments) override;
+    void inform(const QString& titleKey, const QString& textKey,
+                const QStringList& arguments) override;
 
 private:
     QPointer<QWidget> parent;
@@ -28,5 +33,9 @@ private:
 // The catalogue's text of a key with the arguments put in, escaped for rich text; the key
 // itself when the catalogue has no text for it, so that a gap shows rather than hides.
 QString alertText(const QString& key, const QStringList& arguments = {});
+
+// `text` with "%1" to "%9" replaced by the arguments in order; a number with no argument, or an
+// argument with no number, is left alone (no warning, unlike QString::arg).
+QString fillArguments(QString text, const QStringList& arguments);
 
 } // namespace waxline::app

@@ -31,8 +31,10 @@ void PanelMachine::setPanel(unsigned n) {
         alerts.alert(QStringLiteral("IDS_INTERNAL_ERROR"), QStringLiteral("IDS_INVALID_PANEL"));
         return;
     }
-    if (views.selectPanel(n))
+    if (views.selectPanel(n)) {
+        current = n;
         panelEntered(n);
+    }
     if (PanelNumberShouldPlayThru(n))
         capture.startPlayThru();
     else
@@ -43,6 +45,10 @@ void PanelMachine::panelEntered(unsigned n) {
     switch (n) {
     case panel::recording:
         views.setText(panel::recording, panel::trackCountTag, QString::asprintf("%d", 1));
+        views.setRecordingLook(recording, capture.numRecordedTracks());
+        if (!recording)
+            views.setText(panel::recording, panel::trackCountTag,
+                          QString::number(capture.numRecordedTracks()));
         break;
     case panel::nameOne:
         views.selectText(panel::nameOne, panel::oneArtistTag);

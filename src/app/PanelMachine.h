@@ -19,8 +19,13 @@ constexpr int elapsedTag = 21, trackCountTag = 22;
 constexpr int oneArtistTag = 10, oneAlbumTag = 11, oneNameTag = 12;
 constexpr int artistTag = 51, albumTag = 52;
 constexpr int progressTag = 31;
-// Panel 5's note on the tracks encoded while recording.
-constexpr int readyNoteTag = 32;
+// Panel 5's note on the tracks encoded while recording, and on those that could not be saved.
+constexpr int readyNoteTag = 32, problemNoteTag = 33;
+// Panel 2's banner back to a recording that goes on; panel 3's Back button.
+constexpr int recordingBannerTag = 23, recordingBackTag = 24;
+// Panel 6: "Done!" with its question, or what is missing with Try again and Keep for later.
+constexpr int resultTitleTag = 40, doneTextTag = 41, yesTag = 42, noTag = 43, doneArtTag = 45,
+              missingTextTag = 46, anotherNextTag = 47, retryTag = 48, keepTag = 49;
 // The name field of track i is tagged i + 60 on whichever naming panel holds it.
 constexpr int trackNameTag(int track) {
     return track + 60;
@@ -49,6 +54,11 @@ public:
     std::function<bool()> mayExport;
 
     void setPanel(unsigned n);
+    // Whether a recording is under way: panel 3 looks like recording only then.
+    void setRecording(bool on) { recording = on; }
+    bool recordingNow() const { return recording; }
+    // The panel on screen, as this machine last switched it.
+    unsigned shownPanel() const { return current; }
 
     void doNextButton1();
     void doBackButtonSelectDevice();
@@ -92,6 +102,8 @@ private:
     PanelViews& views;
     Alerts& alerts;
     std::unique_ptr<QTimer> _meterUpdateTimer;
+    bool recording = false;
+    unsigned current = 0;
 };
 
 } // namespace waxline::app

@@ -1,6 +1,7 @@
 #include "app/PanelTabs.h"
 
 #include "capture/chain/InputChain.h"
+#include "ui/Catalogue.h"
 #include "ui/panels/CustomView.h"
 #include "ui/panels/ImageForView.h"
 #include "ui/panels/PanelForms.h"
@@ -177,6 +178,42 @@ void PanelTabs::setFieldOffered(unsigned panel, int tag, bool offered) {
     for (QLabel* label : labels)
         if (label->buddy() == c)
             label->setVisible(offered);
+}
+
+void PanelTabs::setShown(unsigned panel, int tag, bool shown) {
+    if (QWidget* c = control(panel, tag))
+        c->setVisible(shown);
+}
+
+bool PanelTabs::isShown(unsigned panel, int tag) const {
+    const QWidget* c = control(panel, tag);
+    return c && c->isVisibleTo(view(panel));
+}
+
+void PanelTabs::setRecordingLook(bool recording, int tracks) {
+    ui::CustomView* v = view(recordingPanel);
+    if (!v)
+        return;
+    // Stopped, the panel wears the ready panel's picture: no red lamp.
+    v->setBackgroundImage(ui::ImageForView(recording ? recordingPanel : readyPanel));
+    auto setLabel = [v](const char* name, const QString& key, const QString& argument) {
+        if (auto label = v->findChild<QLabel*>(QString::fromLatin1(name)))
+            label->setText(ui::localizedKey(key).replace(QLatin1String("%1"), argument));
+    };
+    const QString count = QString::number(tracks);
+    setLabel("titleText",
+             recording ? QStringLiteral("IDS_PANEL3_TITLE")
+                       : QStringLiteral("IDS_PANEL3_STOPPED_TITLE"),
+             count);
+    setLabel("bodyText",
+             recording ? QStringLiteral("IDS_PANEL3_TEXT")
+                       : QStringLiteral("IDS_PANEL3_STOPPED_TEXT"),
+             count);
+    if (!recording)
+        v->setSplitButtonVisibility(false);
+    for (const char* name : {"stopButton", "nextButton"})
+        if (auto button = v->findChild<QWidget*>(QString::fromLatin1(name)))
+            button->setVisible((QLatin1String(name) == QLatin1String("stopButton")) == recording);
 }
 
 void PanelTabs::setSplitsNotice(bool shown) {

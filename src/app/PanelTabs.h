@@ -47,7 +47,10 @@ public:
     void setText(unsigned panel, int tag, const QString& text) override;
     void selectText(unsigned panel, int tag) override;
     void setFieldOffered(unsigned panel, int tag, bool offered) override;
+    void setShown(unsigned panel, int tag, bool shown) override;
+    bool isShown(unsigned panel, int tag) const override;
     void setSplitsNotice(bool shown) override;
+    void setRecordingLook(bool recording, int tracks) override;
     void setBusy(bool animating) override;
     void setProgressRange(int maximum) override;
     void setProgressValue(int value) override;

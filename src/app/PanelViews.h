@@ -36,6 +36,13 @@ public:
     virtual void setText(unsigned panel, int tag, const QString& text) = 0;
     virtual void selectText(unsigned panel, int tag) = 0;
     virtual void setFieldOffered(unsigned panel, int tag, bool offered) = 0;
+    // Shows or hides the control with that tag, leaving whether it is enabled as it is.
+    virtual void setShown(unsigned panel, int tag, bool shown) = 0;
+    virtual bool isShown(unsigned panel, int tag) const = 0;
+
+    // Panel 3 as it records (its lamp, New Track and Stop) or, reached back from a naming
+    // panel, as the recording it stopped: `tracks` of them, and Next to name them.
+    virtual void setRecordingLook(bool recording, int tracks) = 0;
 
     // Panels 4 and 7: the notice that the analysis proposes other splits.
     virtual void setSplitsNotice(bool shown) = 0;

@@ -44,6 +44,8 @@ void RecordingControl::doRecordButton(bool normalization, bool clickRemoval) {
     sequence.prepare(split);
     m_applyNormalization = normalization;
     m_applyClickRemoval = clickRemoval;
+    hideBanner();
+    machine.setRecording(true);
     machine.setPanel(panel::recording);
     views.setSplitButtonVisibility(!split);
     if (machine.meterRunning()) {
@@ -64,9 +66,10 @@ void RecordingControl::doNewTrackButton() {
         doNextButton3();
         return;
     }
-    if (n == trackLimit - 1)
-        alerts.alert(warningKey, QStringLiteral("IDS_LASTTRACK"));
     capture.newTrack();
+    // The split is made first; the warning about the last track follows without holding it.
+    if (n == trackLimit - 1)
+        alerts.inform(warningKey, QStringLiteral("IDS_LASTTRACK"));
 
     _pTimer = std::make_unique<QTimer>();
     _pTimer->setInterval(elapsedInterval);
@@ -77,6 +80,13 @@ void RecordingControl::doNewTrackButton() {
 }
 
 void RecordingControl::doNextButton3() {
+    if (!elapsedTimerRunning() && machine.shownPanel() == panel::recording) {
+        // Panel 3 reached back from a naming panel: nothing records; Next names the tracks.
+        machine.showNamingPanel(capture.numRecordedTracks());
+        return;
+    }
+    hideBanner();
+    machine.setRecording(false);
     sequence.stop();
     // Stopped, every counted track's file is closed, the last one too.
     early.tracksClosed(capture.numRecordedTracks());
@@ -91,6 +101,7 @@ void RecordingControl::doNextButton3() {
 }
 
 void RecordingControl::stopForClose() {
+    machine.setRecording(false);
     if (!elapsedTimerRunning()) {
         capture.stopRecording();
         return;
@@ -102,23 +113,55 @@ void RecordingControl::stopForClose() {
 }
 
 void RecordingControl::doBackButton3() {
-    // The recording goes on, and so does its clock: only the meters move back to panel 2.
+    // The recording goes on, and so does its clock: only the meters move back to panel 2,
+    // whose banner says so and leads back.
+    machine.releaseMeter();
+    machine.setPanel(panel::ready);
+    machine.startMetering(panel::ready);
+    views.setShown(panel::ready, panel::recordingBannerTag, elapsedTimerRunning());
+}
+
+void RecordingControl::returnToRecording() {
+    hideBanner();
+    machine.releaseMeter();
+    machine.setPanel(panel::recording);
+    machine.startMetering(panel::recording);
+}
+
+void RecordingControl::abandon() {
+    machine.setRecording(false);
+    sequence.stop();
+    _pTimer.reset();
+    early.cancelAndWait();
+    views.stopMetering(panel::recording);
+    hideBanner();
     machine.releaseMeter();
     machine.setPanel(panel::ready);
     machine.startMetering(panel::ready);
 }
 
+void RecordingControl::hideBanner() {
+    views.setShown(panel::ready, panel::recordingBannerTag, false);
+}
+
 void RecordingControl::audioDetectedAlbumEnd() {
     // The capture engine has stopped the recording already.
+    machine.setRecording(false);
     if (recordingEnded)
         recordingEnded();
-    if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks)
+    if (sequence.albumEnded() == RecordingSequence::AfterAlbumEnd::NameTracks) {
         doNextButton3();
-    else
+    } else {
+        // Nothing records any more: panel 2 is the plain one, without the banner.
+        _pTimer.reset();
         doBackButton3();
+    }
 }
 
 void RecordingControl::elaspedTimerFired() {
+    // A kill now leaves a count that knows every closed track, as the command line's does.
+    if (machine.recordingNow())
+        sequence.keepCountCurrent();
     views.setText(panel::recording, panel::elapsedTag,
                   elapsedText(capture.currentTrackLengthNanos()));
     views.setText(panel::recording, panel::trackCountTag,

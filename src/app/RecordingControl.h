@@ -40,6 +40,10 @@ public:
     void doNewTrackButton();
     void doNextButton3();
     void doBackButton3();
+    // Panel 2's banner while the recording goes on: back to panel 3 and its meters.
+    void returnToRecording();
+    // The recording ended with its folder gone: nothing to name, back to panel 2.
+    void abandon();
     // The application closes: a recording under way is stopped as Stop stops it (its files
     // closed, its count left final) but no panel follows.
     void stopForClose();
@@ -60,6 +64,7 @@ public:
 
 private:
     void noticeClosedTracks();
+    void hideBanner();
 
     CaptureControl& capture;
     PanelViews& views;

@@ -303,7 +303,10 @@ void Audio::processPendingEvents() {
     if (mPendingWriteFailure.exchange(false, std::memory_order_acq_rel))
         endRecordingWith(mWriteFailure);
     if (mPendingDeviceGone.exchange(false, std::memory_order_acq_rel))
-        endRecordingWith({RecordingStopReason::DeviceGone, {}, {}});
+        endRecordingWith({mPlatform.audio->serverReachable() ? RecordingStopReason::DeviceGone
+                                                             : RecordingStopReason::ServerGone,
+                          {},
+                          {}});
     // Splits and the album end are handled in the order they can occur: gaps first.
     for (int n = mPendingNewTracks.exchange(0, std::memory_order_acq_rel); n > 0; --n)
         if (recording())

@@ -11,6 +11,7 @@ namespace waxline {
 // Why a recording ended without being asked to.
 enum class RecordingStopReason {
     DeviceGone,     // the capture device vanished or its stream failed
+    ServerGone,     // the sound server stopped answering, so every stream ended
     WriteFailed,    // a track file could not be written
     DiskFull,       // a track file could not be written: no space left (or the quota is used up)
     FolderGone,     // the export folder (or the track file) went away while recording

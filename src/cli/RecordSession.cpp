@@ -62,6 +62,10 @@ std::string describe(const RecordingStop& stop) {
     switch (stop.reason) {
     case RecordingStopReason::DeviceGone:
         break;
+    case RecordingStopReason::ServerGone:
+        return "The sound server (PulseAudio or PipeWire) stopped answering, so the recording "
+               "was stopped; the tracks recorded so far are kept. Check that the sound works, "
+               "then record again.";
     case RecordingStopReason::DiskFull:
         return "The disk is full: the recording was stopped while writing " + stop.path +
                ". What was recorded before is kept; free space on the disk that holds " +

@@ -79,6 +79,21 @@ void markExported(const std::string& folder) {
     std::ofstream(exportedMarkPath(folder), std::ios::trunc) << "exported\n";
 }
 
+std::map<int, std::string> savedTracks(const std::string& folder) {
+    std::map<int, std::string> saved;
+    std::ifstream in(savedTracksPath(folder));
+    int track = 0;
+    std::string path;
+    while (in >> track && std::getline(in >> std::ws, path))
+        if (track > 0)
+            saved[track] = path;
+    return saved;
+}
+
+void noteTrackSaved(const std::string& folder, int track, const std::string& libraryPath) {
+    std::ofstream(savedTracksPath(folder), std::ios::app) << track << ' ' << libraryPath << '\n';
+}
+
 bool holdsUnexportedRecording(const std::string& folder) {
     std::error_code ec;
     if (trackFilesPresent(folder) == 0 || fs::exists(exportedMarkPath(folder), ec))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -32,6 +33,11 @@ int trackFilesPresent(const std::string& folder);
 
 // Notes beside the track files that every track reached the library.
 void markExported(const std::string& folder);
+
+// The tracks of the recording that reached the library, each with its file there, as noted
+// track by track while exporting.
+std::map<int, std::string> savedTracks(const std::string& folder);
+void noteTrackSaved(const std::string& folder, int track, const std::string& libraryPath);
 
 // Whether the folder holds track files that no export has put into the library in full: what
 // a new recording would throw away. A recording that counted no track and has no file beyond

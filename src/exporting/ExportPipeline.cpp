@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <thread>
 
 namespace waxline::exporting {
@@ -151,7 +152,11 @@ int ExportPipeline::legacyConvertAndTagAudioFile4(const std::string& path,
 
 std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
                                               ExportNumbering& numbering) {
-    const uint32_t offset = numbering.begin(request.artist, request.album);
+    const uint32_t offset = request.numberOffset ? *request.numberOffset
+                                                 : numbering.begin(request.artist, request.album);
+    // Read once here; the workers only look into it.
+    const std::map<int, std::string> saved =
+        request.skipSaved ? savedTracks(request.exportFolder) : std::map<int, std::string>{};
     auto count = [&] { return request.numRecordedTracks ? request.numRecordedTracks() : 0; };
     auto numberOf = [&](int i) { return std::to_string(offset + static_cast<uint32_t>(i)); };
     auto namesOf = [&](int i) {
@@ -182,6 +187,8 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
     EncoderPool::Cost cost;
     if (!legacy) {
         cost = [&](int track) {
+            if (saved.count(track))
+                return uint64_t(0);
             std::error_code ec;
             const uint64_t size = fs::file_size(trackFileName(request.exportFolder, track), ec);
             return (ec ? 0 : size) + kCostPerTrack;
@@ -190,6 +197,8 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
     EncoderPool pool(
         jobs,
         [&](int track) {
+            if (saved.count(track))
+                return EncodedTrack{};
             const std::string wav = trackFileName(request.exportFolder, track);
             if (request.beforeEncoding)
                 request.beforeEncoding(track);
@@ -218,8 +227,18 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         outcome.wavPath = trackFileName(request.exportFolder, i);
         const TrackNames names = trackNames(i);
         outcome.title = names.title;
+        if (const auto before = saved.find(i); before != saved.end()) {
+            outcome.ok = outcome.savedBefore = true;
+            outcome.libraryPath = before->second;
+            outcomes.push_back(outcome);
+            if (onTrackDone)
+                onTrackDone(outcome, count());
+            continue;
+        }
         outcome.readyBeforeExport = std::binary_search(ready.begin(), ready.end(), i);
         importEncoded(pool.take(i), names, outcome);
+        if (outcome.ok)
+            noteTrackSaved(request.exportFolder, i, outcome.libraryPath);
         if (onTrackConverted)
             onTrackConverted(outcome);
 
@@ -253,7 +272,8 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
     if (!outcomes.empty() &&
         std::all_of(outcomes.begin(), outcomes.end(), [](const TrackOutcome& o) { return o.ok; }))
         markExported(request.exportFolder);
-    numbering.finish(static_cast<uint32_t>(std::max(0, count())));
+    if (!request.numberOffset)
+        numbering.finish(static_cast<uint32_t>(std::max(0, count())));
     if (onFinished)
         onFinished(outcomes);
     return outcomes;

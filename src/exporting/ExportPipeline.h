@@ -7,6 +7,7 @@
 #include "exporting/UnknownNames.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,12 @@ struct ExportRequest {
     // The texts of "IDS_UNKNOWN_TRACK", "IDS_UNKNOWN_ARTIST" and "IDS_UNKNOWN_ALBUM", which
     // stand in for missing names on the older export path.
     TextLookup text;
+    // Tracks the folder notes as in the library already (savedTracks) are not exported again:
+    // their outcome is a success with savedBefore set.
+    bool skipSaved = false;
+    // The numbers' offset when the numbering was taken by an earlier run over the same side
+    // (its missing tracks done again): the numbering is then left as it is.
+    std::optional<uint32_t> numberOffset;
 };
 
 // What became of one track.
@@ -57,6 +64,7 @@ struct TrackOutcome {
     std::vector<TrackWarning> warnings;
     bool readyBeforeExport = false; // its MP3 was made behind the recording before the export
     bool encodedEarly = false;      // its MP3 was made behind the recording, ready then or not
+    bool savedBefore = false;       // an earlier export got it into the library
 };
 
 // The export of finished tracks: encode each WAV to MP3 with ffmpeg, tag it, import it into

@@ -108,6 +108,9 @@ public:
     virtual ListenerToken onDeviceListChanged(Notification notify) = 0;
     virtual ListenerToken onStreamFormatChanged(AudioObjectID input, Notification notify) = 0;
     virtual void removeListener(ListenerToken token) = 0;
+    // Whether the sound server still answers: a stream that ended with the server gone says
+    // nothing about the device. A system without a server always answers.
+    virtual bool serverReachable() { return true; }
 };
 
 // Host clock: steady-clock ticks and their conversion to nanoseconds.

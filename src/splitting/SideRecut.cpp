@@ -148,6 +148,7 @@ void removeFile(const std::string& path, Steps& step) {
 void rollForward(const std::string& folder, const Journal& j, Steps& step) {
     // Anything made from the old files goes first, so no MP3 outlives the cut it was made from.
     removeFile(exportedMarkPath(folder), step);
+    removeFile(savedTracksPath(folder), step);
     std::error_code ec;
     std::vector<fs::path> mp3s;
     for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator();

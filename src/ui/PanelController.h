@@ -43,6 +43,11 @@ public:
     virtual void doNextButton10(QObject* sender) = 0;
     // Panels 4 and 7: review the splits of the side just recorded.
     virtual void doReviewSplits(QObject* sender) = 0;
+    // Panel 2 while a recording goes on: back to panel 3.
+    virtual void doReturnToRecording(QObject* sender) = 0;
+    // Panel 6 when tracks are missing: export them again, or keep the side for another time.
+    virtual void doRetryExport(QObject* sender) = 0;
+    virtual void doKeepForLater(QObject* sender) = 0;
     // Any panel: Close asks first; doCloseApplication ends the application without asking
     // (panel 6 sends it when the answer is No).
     virtual void doCloseButton(QObject* sender) = 0;

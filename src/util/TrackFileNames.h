@@ -25,4 +25,10 @@ inline std::string exportedMarkPath(const std::string& folder) {
     return folder + "/WXRTTmpFile.exported";
 }
 
+// "<folder>/WXRTTmpFile.saved": one line per track that reached the library, "<track> <path>",
+// written as each gets there; an export cut short leaves which are still missing.
+inline std::string savedTracksPath(const std::string& folder) {
+    return folder + "/WXRTTmpFile.saved";
+}
+
 } // namespace waxline

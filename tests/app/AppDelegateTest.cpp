@@ -34,7 +34,8 @@ TEST(AppDelegate, StartUpMakesTwelveItemsLoadsThreePanelsAndShowsPanelOne) {
 
 // The Close button, Ctrl+Q and the window manager's close all ask; only Yes stops the recording
 // and empties the folder (the confirmed Close button is walked by CloseWhileRecording).
-TEST(AppDelegate, EveryCloseAsksAndOnlyYesStopsAndEmptiesTheFolder) {
+// Nothing unsaved (the file holds no audio): the plain question, Quit its default.
+TEST(AppDelegate, EveryCloseAsksAndOnlyQuitStopsAndEmptiesTheFolder) {
     App app;
     app.start();
     std::ofstream(app.folder.file("WXRTTmpFile.1.wav")) << "a track";
@@ -54,9 +55,9 @@ TEST(AppDelegate, EveryCloseAsksAndOnlyYesStopsAndEmptiesTheFolder) {
     EXPECT_FALSE(app.window.isVisible());
     ASSERT_EQ(app.alerts.shown.size(), 4u);
     for (const auto& shown : app.alerts.shown) {
-        EXPECT_EQ(shown.title, "IDS_CANCEL_RECORDING");
+        EXPECT_EQ(shown.title, "IDS_QUIT_QUESTION");
         EXPECT_EQ(shown.text, "");
-        EXPECT_EQ(shown.button, "IDS_YES|IDS_NO");
+        EXPECT_EQ(shown.button, "IDS_QUIT|IDS_CANCEL");
     }
     EXPECT_EQ(count(app.capture, "stopRecording"), 1);
     // Emptied but for the folder's lock file, which stays by design.
@@ -103,7 +104,7 @@ TEST(AppDelegate, RecordPressedWhileAnExportRunsWaitsForItBeforeEmptyingTheFolde
     EXPECT_EQ(app.shown(), 3u) << "the finished export moves no panel any more";
 }
 
-TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
+TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamedWhenThere) {
     using waxline::RecordingStopReason;
     struct Row {
         RecordingStopReason reason;
@@ -112,6 +113,7 @@ TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
     };
     const std::vector<Row> table = {
         {RecordingStopReason::DeviceGone, "IDS_STOP_DEVICE_GONE", 0},
+        {RecordingStopReason::ServerGone, "IDS_STOP_SERVER_GONE", 0},
         {RecordingStopReason::DiskFull, "IDS_STOP_DISK_FULL", 1},
         {RecordingStopReason::FolderGone, "IDS_STOP_FOLDER_GONE", 1},
         {RecordingStopReason::WriteFailed, "IDS_STOP_WRITE_FAILED", 2},
@@ -126,6 +128,10 @@ TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
         app.press("doRecordButton:");
         ASSERT_EQ(app.shown(), 3u);
         const std::string file = app.capture.fileNameForTrack(1);
+        ASSERT_TRUE(waxline::test::writeToneWav(file, 1.0, 0.3));
+        const bool gone = row.reason == RecordingStopReason::FolderGone;
+        if (gone)
+            fs::remove_all(app.folder.path());
         app.capture.endRecording({row.reason, file, "No space left on device"});
         ASSERT_EQ(app.alerts.shown.size(), 1u);
         EXPECT_EQ(app.alerts.shown[0].text, row.key);
@@ -137,7 +143,8 @@ TEST(AppDelegate, ARecordingThatEndsByItselfIsExplainedAndItsTracksNamed) {
             EXPECT_EQ(app.alerts.shown[0].arguments,
                       (QStringList{QString::fromStdString(file), "No space left on device"}));
         }
-        EXPECT_EQ(app.shown(), 4u) << "the track recorded so far is named";
+        // The track recorded so far is named; gone with its folder, there is none to name.
+        EXPECT_EQ(app.shown(), gone ? 2u : 4u);
     }
 }
 

@@ -65,10 +65,10 @@ TEST(CloseWhileRecording, TrackFilesAreCompleteUpToTheCloseBeforeTheFolderIsEmpt
     fs::create_hard_link(countFile, kept + "/count");
     QTest::qWait(1500);
 
-    app.alerts.answers = {true};
+    app.alerts.choices = {QStringLiteral("IDS_QUIT_DISCARD")};
     app.controller->doCloseButton(nullptr);
     ASSERT_EQ(app.alerts.shown.size(), 1u);
-    EXPECT_EQ(app.alerts.shown[0].title, "IDS_CANCEL_RECORDING");
+    EXPECT_EQ(app.alerts.shown[0].title, "IDS_CLOSE_RECORDING");
     EXPECT_FALSE(app.window.isVisible());
 
     // Emptied, all but the lock file; the count was left final before that, in the same file

@@ -185,24 +185,34 @@ TEST(ExportDriver, PanelFiveSaysWhichTracksWereEncodedWhileRecording) {
     }
 }
 
-TEST(ExportDriver, AnUnwritableLibraryShowsTheAlertAndIsAskedAgain) {
-    Exporter e;
-    // A file where the music folder should be: no folder can be made there.
-    std::ofstream(e.library) << "in the way";
-    e.alerts.onAlert = [&] {
-        fs::remove(e.library);
-        fs::create_directory(e.library);
-    };
-    e.record(1);
-    e.name("X", "Y", {"Z"});
-    testing::internal::CaptureStderr();
-    ASSERT_TRUE(e.exportAndWait());
-    const std::string log = testing::internal::GetCapturedStderr();
-    ASSERT_EQ(e.alerts.shown.size(), 1u);
-    EXPECT_EQ(e.alerts.shown[0].title, "IDS_WARNING");
-    EXPECT_EQ(e.alerts.shown[0].text, "IDS_ITUNES_ERROR");
-    EXPECT_NE(log.find("SimpleRunAppleScript err = -1753\n"), std::string::npos) << log;
-    EXPECT_EQ(e.libraryFiles(), std::vector<std::string>{"X/Y/01 Z.mp3"});
+// Made writable while asked, Try again saves there; or another folder is chosen and used.
+TEST(ExportDriver, AnUnwritableLibraryIsAskedAboutAndTriedAgainOrChangedFor) {
+    for (const bool choose : {false, true}) {
+        SCOPED_TRACE(choose);
+        Exporter e;
+        // A file where the music folder should be: no folder can be made there.
+        std::ofstream(e.library) << "in the way";
+        const std::string other = e.music.file("Other");
+        if (choose) {
+            e.alerts.choices = {QStringLiteral("IDS_CHOOSE_FOLDER")};
+            e.driver.chooseFolder = [&](const QString&) { return QString::fromStdString(other); };
+        } else {
+            e.alerts.onAlert = [&] { fs::remove(e.library), fs::create_directory(e.library); };
+        }
+        e.record(1);
+        e.name("X", "Y", {"Z"});
+        testing::internal::CaptureStderr();
+        ASSERT_TRUE(e.exportAndWait());
+        const std::string log = testing::internal::GetCapturedStderr();
+        ASSERT_EQ(e.alerts.shown.size(), 1u);
+        EXPECT_EQ(e.alerts.shown[0].title, "IDS_LIBRARY_UNWRITABLE");
+        EXPECT_EQ(e.alerts.shown[0].arguments, QStringList{QString::fromStdString(e.library)});
+        // Try again is what Return gives; Esc keeps the tracks.
+        EXPECT_EQ(e.alerts.shown[0].button, "IDS_CHOOSE_FOLDER|*IDS_TRY_AGAIN|^IDS_KEEP_LATER");
+        EXPECT_NE(log.find("SimpleRunAppleScript err = -1753\n"), std::string::npos) << log;
+        const std::string saved = (choose ? other : e.library) + "/X/Y/01 Z.mp3";
+        EXPECT_TRUE(fs::exists(saved)) << saved;
+    }
 }
 
 } // namespace

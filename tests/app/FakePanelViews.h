@@ -24,8 +24,10 @@ public:
     std::vector<unsigned> metersStopped;
     std::map<Field, QString> texts;
     std::map<Field, bool> offered;
+    std::map<Field, bool> visible;
     std::vector<Field> selected;
     bool splitsNotice = false;
+    bool recordingLook = true;
     bool busy = false;
     int progressMaximum = -1;
     std::vector<int> progress;
@@ -55,7 +57,13 @@ public:
     }
     void selectText(unsigned panel, int tag) override { selected.push_back({panel, tag}); }
     void setFieldOffered(unsigned panel, int tag, bool on) override { offered[{panel, tag}] = on; }
-    void setSplitsNotice(bool shown) override { splitsNotice = shown; }
+    void setShown(unsigned panel, int tag, bool on) override { visible[{panel, tag}] = on; }
+    bool isShown(unsigned panel, int tag) const override {
+        auto it = visible.find({panel, tag});
+        return it != visible.end() && it->second;
+    }
+    void setSplitsNotice(bool on) override { splitsNotice = on; }
+    void setRecordingLook(bool on, int) override { recordingLook = on; }
     void setBusy(bool animating) override { busy = animating; }
     void setProgressRange(int maximum) override { progressMaximum = maximum; }
     void setProgressValue(int value) override { progress.push_back(value); }

@@ -39,24 +39,51 @@ void writeCount(const std::string& folder, const std::string& text) {
     std::ofstream(waxline::trackCountPath(folder)) << text;
 }
 
-TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) {
-    enum Also { nothing, exportMark, otherRunRecording };
+TEST(InterruptedRecording, OfferedAtStartUpWhenNotAllInTheLibrary) {
+    enum Also { nothing, exportMark, firstSaved, otherRunRecording };
     struct Case {
         const char* name;
         std::vector<std::pair<double, double>> tracks; // seconds held and announced (-1: right)
         const char* countFile;                         // nullptr: none
         Also also;
-        QStringList offered; // tracks and length; empty: nothing offered
+        const char* text;    // the question's text key; nullptr: nothing offered
+        QStringList offered; // tracks, length and tracks not saved
     };
     const Case cases[] = {
-        {"empty folder", {}, nullptr, nothing, {}},
-        {"clean stop, not yet exported", {{2, -1}, {1.5, -1}}, "2\nfinished\n", nothing, {}},
+        {"empty folder", {}, nullptr, nothing, nullptr, {}},
+        {"clean stop, not yet exported",
+         {{2, -1}, {1.5, -1}},
+         "2\nfinished\n",
+         nothing,
+         "IDS_RECOVER_UNSAVED_TEXT",
+         {"2", "0:00:04", "2"}},
+        {"clean stop, half exported",
+         {{2, -1}, {1.5, -1}},
+         "2\nfinished\n",
+         firstSaved,
+         "IDS_RECOVER_HALF_TEXT",
+         {"2", "0:00:04", "1"}},
         // The lengths come from the file sizes: a crash leaves the headers behind.
-        {"crash in the second track", {{62, -1}, {3, 2}}, "1\n", nothing, {"2", "0:01:05"}},
-        {"crash before any count or header", {{3.725, 0}}, nullptr, nothing, {"1", "0:00:04"}},
-        {"an empty file after the last", {{2.4, 1}, {0, -1}}, "1\n", nothing, {"1", "0:00:02"}},
-        {"exported already", {{2, 1}}, nullptr, exportMark, {}},
-        {"another run still recording there", {{2, 1}}, nullptr, otherRunRecording, {}},
+        {"crash in the second track",
+         {{62, -1}, {3, 2}},
+         "1\n",
+         nothing,
+         "IDS_RECOVER_TEXT",
+         {"2", "0:01:05", "2"}},
+        {"crash before any count or header",
+         {{3.725, 0}},
+         nullptr,
+         nothing,
+         "IDS_RECOVER_TEXT",
+         {"1", "0:00:04", "1"}},
+        {"an empty file after the last",
+         {{2.4, 1}, {0, -1}},
+         "1\n",
+         nothing,
+         "IDS_RECOVER_TEXT",
+         {"1", "0:00:02", "1"}},
+        {"exported already", {{2, 1}}, nullptr, exportMark, nullptr, {}},
+        {"another run still recording there", {{2, 1}}, nullptr, otherRunRecording, nullptr, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -67,27 +94,34 @@ TEST(InterruptedRecording, OfferedAtStartUpOnlyWhenARecordingDidNotStopCleanly) 
             writeCount(app.folder.path(), c.countFile);
         if (c.also == exportMark)
             std::ofstream(waxline::exportedMarkPath(app.folder.path())) << "exported\n";
+        if (c.also == firstSaved)
+            std::ofstream(waxline::savedTracksPath(app.folder.path())) << "1 /music/A/B/01 T.mp3\n";
         ExportFolderLock other;
         if (c.also == otherRunRecording) {
             ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
                       ExportFolderLock::Outcome::Taken);
         }
         const auto before = entriesBesidesLock(app.folder.path());
-        app.alerts.answers = {false}; // discard, when asked
+        app.alerts.choices = {QStringLiteral("IDS_RECOVER_DISCARD")};
         app.start();
         EXPECT_EQ(app.shown(), 1u);
-        if (c.offered.empty()) {
-            EXPECT_TRUE(app.alerts.shown.empty());
+        if (!c.text) {
+            // Another run's side is left to it, and this window says whose it is.
+            EXPECT_EQ(app.alerts.texts(), c.also == otherRunRecording
+                                              ? QStringList{"IDS_FOLDER_BUSY_START"}
+                                              : QStringList{});
             EXPECT_EQ(entriesBesidesLock(app.folder.path()), before)
                 << "nothing is removed unasked";
             continue;
         }
         ASSERT_EQ(app.alerts.shown.size(), 1u);
         EXPECT_EQ(app.alerts.shown[0].title, "IDS_RECOVER_TITLE");
-        EXPECT_EQ(app.alerts.shown[0].text, "IDS_RECOVER_TEXT");
-        EXPECT_EQ(app.alerts.shown[0].button, "IDS_RECOVER_EXPORT|IDS_RECOVER_DISCARD");
+        EXPECT_EQ(app.alerts.shown[0].text, c.text);
+        // Saving is Return's answer, Later Esc's; discarding is never a key away.
+        EXPECT_EQ(app.alerts.shown[0].button,
+                  "*IDS_RECOVER_EXPORT|^IDS_RECOVER_LATER|IDS_RECOVER_DISCARD");
         EXPECT_EQ(app.alerts.shown[0].arguments, c.offered);
-        EXPECT_TRUE(entriesBesidesLock(app.folder.path()).empty()) << "No empties the folder";
+        EXPECT_TRUE(entriesBesidesLock(app.folder.path()).empty()) << "Discard empties the folder";
     }
 }
 
@@ -103,7 +137,6 @@ TEST(InterruptedRecording, YesNamesAndExportsAllOfEveryTrack) {
         for (int i = 0; i < n; ++i)
             writeTrack(app.track(i + 1), side[size_t(i)].first, side[size_t(i)].second);
         writeCount(app.folder.path(), std::to_string(n - 1) + "\n");
-        app.alerts.answers = {true};
         app.start();
         ASSERT_EQ(app.alerts.shown.size(), 1u);
         ASSERT_EQ(app.shown(), one ? 4u : 7u);
@@ -154,9 +187,14 @@ TEST(FolderLock, RecordAndExportSayTheFolderIsBusyAndLeaveItAlone) {
         EXPECT_TRUE(fs::exists(app.track(1))) << "nothing is emptied";
     }
 
-    // Free again: the window records, holding the lock while it does.
+    // Free again: the window asks about the side left there, records over it when told to,
+    // and holds the lock while it does.
+    app.alerts.choices = {QStringLiteral("IDS_RECORD_DISCARD")};
     app.press("doRecordButton:");
     ASSERT_EQ(app.shown(), 3u);
+    ASSERT_EQ(app.alerts.shown.size(), 2u);
+    EXPECT_EQ(app.alerts.shown[1].title, "IDS_RECORD_OVER");
+    EXPECT_EQ(app.alerts.shown[1].button, "*^IDS_SAVE_FIRST|IDS_RECORD_DISCARD");
     ExportFolderLock probe;
     EXPECT_EQ(probe.tryLock(app.folder.path(), FolderUse::Exporting, "test"),
               ExportFolderLock::Outcome::Held);
@@ -167,18 +205,11 @@ TEST(FolderLock, RecordAndExportSayTheFolderIsBusyAndLeaveItAlone) {
     writeTrack(app.track(2), 1.0);
     app.press("doNextButton3:");
     ASSERT_EQ(app.shown(), 7u);
-    // Stopped: the lock is let go until the export.
-    ASSERT_EQ(probe.tryLock(app.folder.path(), FolderUse::Exporting, "waxline-cli"),
-              ExportFolderLock::Outcome::Taken);
+    // Stopped, the side is still held while it is named: nobody else empties or re-cuts it.
+    EXPECT_EQ(probe.tryLock(app.folder.path(), FolderUse::Exporting, "waxline-cli"),
+              ExportFolderLock::Outcome::Held);
 
     app.type(61, QStringLiteral("Kept"));
-    app.press("doNextButton7:");
-    EXPECT_EQ(app.shown(), 7u) << "the names stay on screen";
-    ASSERT_EQ(app.alerts.shown.size(), 2u);
-    EXPECT_EQ(app.alerts.shown[1].text, "IDS_FOLDER_BUSY");
-    EXPECT_FALSE(fs::exists(app.music.file("Music")));
-    probe.unlock();
-
     app.press("doNextButton7:");
     ASSERT_TRUE(QTest::qWaitFor([&] { return app.shown() == 6u; }, 60000));
     EXPECT_EQ(app.alerts.shown.size(), 2u);
@@ -195,7 +226,7 @@ TEST(FolderLock, ClosingLeavesAFolderAnotherRunHoldsAlone) {
     ExportFolderLock other;
     ASSERT_EQ(other.tryLock(app.folder.path(), FolderUse::Recording, "waxline-cli"),
               ExportFolderLock::Outcome::Taken);
-    app.alerts.answers = {true};
+    app.alerts.choices = {QStringLiteral("IDS_QUIT_DISCARD")};
     app.press("doCloseButton:");
     EXPECT_FALSE(app.window.isVisible());
     EXPECT_TRUE(fs::exists(app.track(1)));

@@ -179,8 +179,17 @@ TEST(PanelMachine, EnteringAPanelPreparesItsFields) {
     w.machine.setPanel(4);
     EXPECT_EQ(w.views.texts.at({4, 12}), "");
     EXPECT_EQ(w.views.selected, (std::vector<FakePanelViews::Field>{{4, 10}}));
+    w.machine.setRecording(true);
     w.machine.setPanel(3);
     EXPECT_EQ(w.views.texts.at({3, 22}), "1");
+    EXPECT_TRUE(w.views.recordingLook);
+    // Back to it from a naming panel with nothing recording: no lamp, the tracks there are.
+    w.capture.tracks = 5;
+    w.machine.setRecording(false);
+    w.machine.setPanel(4);
+    w.machine.setPanel(3);
+    EXPECT_FALSE(w.views.recordingLook);
+    EXPECT_EQ(w.views.texts.at({3, 22}), "5");
 
     w.standOn(3, 13);
     w.views.texts[{7, 61}] = "old name";

@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
 # The window on a real X server: waxline starts on the virtual turntable, shows panel 1 as its
 # shaped window (a screen grab, not the widget's own rendering), goes on to the next panel on
-# Return, keeps running when the close is declined and exits 0 when it is confirmed.
+# Return, keeps running when the close is declined and exits 0 when it is confirmed. Then a
+# recording: Esc and Return on its panel keep every track; killed on the naming panel, the next
+# start offers the side back, and saving it puts every track into the music folder.
 # Usage: RealWindowTest.sh WAXLINE WAXLINE_CLI
 set -euo pipefail
 if [ "${1:-}" != --inside ]; then
     for tool in xvfb-run xdotool xwd convert; do
         command -v "$tool" >/dev/null || { echo "SKIP: $tool is missing"; exit 77; }
     done
-    exec xvfb-run -a -s "-screen 0 1024x768x24" bash "$0" --inside "$@"
+    exec xvfb-run -a -s "-screen 0 1024x768x24 -noreset" bash "$0" --inside "$@"
 fi
 shift
 app=$1 cli=$2
@@ -21,13 +23,14 @@ cleanup() {
 trap cleanup EXIT
 # A private home, so the export folder and settings are the test's own.
 export HOME=$work/home XDG_RUNTIME_DIR=$work/run XDG_CONFIG_HOME=$work/home/.config
+export WAXLINE_EXPORT_DIR=$work/exports WAXLINE_MUSIC_DIR=$work/music
 mkdir -p "$HOME" && mkdir -m 700 "$XDG_RUNTIME_DIR"
 unset QT_QPA_PLATFORM
 fail() { echo "FAIL: $*"; [ -f "$work/app.log" ] && sed 's/^/    waxline: /' "$work/app.log"; exit 1; }
 
 "$cli" make-demo-side "$work/side.wav" --tracks 1 --length 90 --seed 5 >/dev/null
-"$app" --virtual-device "usb=08bb:2900,name=USB Audio CODEC ,file=$work/side.wav,speed=1" \
-    >"$work/app.log" 2>&1 &
+deck="usb=08bb:2900,name=USB Audio CODEC ,file=$work/side.wav,speed=1"
+"$app" --virtual-device "$deck" >"$work/app.log" 2>&1 &
 pid=$!
 
 visibleWindows() { xdotool search --all --pid "$pid" --onlyvisible --name Waxline 2>/dev/null || true; }
@@ -101,3 +104,51 @@ wait "$pid" || status=$?
 pid=
 [ "$status" -eq 0 ] || fail "waxline exited with $status after the confirmed close"
 echo "real window under Xvfb: shaped panel 1, Return to the next panel, declined and confirmed close: passed"
+
+# Record two tracks, then Esc and Return on the recording panel: Esc does nothing there and
+# Return is Stop, so both tracks stay and the naming panel follows.
+"$app" --virtual-device "$deck" >"$work/app.log" 2>&1 &
+pid=$!
+waitFor 1
+window=$(visibleWindows | head -1)
+eval "$(xdotool getwindowgeometry --shell "$window")"
+key() { xdotool windowfocus --sync "$window" key "$@"; }
+key Return # panel 1: the deck is found
+sleep 1.5
+key Return # panel 2: Record
+sleep 2.5
+xdotool mousemove $((X + 128)) $((Y + 338)) click 1 # New Track
+sleep 2.5
+key Escape
+sleep 0.5
+key Return
+sleep 1.5
+exports=$WAXLINE_EXPORT_DIR
+for n in 1 2; do
+    size=$(stat -c %s "$exports/WXRTTmpFile.$n.wav" 2>/dev/null || echo 0)
+    [ "$size" -gt 200000 ] || fail "track $n is not there after Esc and Return ($size bytes)"
+done
+[ ! -e "$exports/WXRTTmpFile.3.wav" ] || fail "Return started another track"
+[ "$(tr '\n' ' ' <"$exports/WXRTTmpFile.count")" = "2 finished " ] ||
+    fail "the recording did not stop with 2 tracks: $(cat "$exports/WXRTTmpFile.count")"
+echo "Esc then Return on the recording panel: both tracks kept, the recording stopped"
+
+# Killed on the naming panel: the next start offers the side back; Return saves it.
+kill -9 "$pid"
+wait "$pid" 2>/dev/null || true
+"$app" --virtual-device "$deck" >"$work/app.log" 2>&1 &
+pid=$!
+waitFor 2 # the window and the question
+question=$(visibleWindows | tail -1)
+xdotool windowfocus --sync "$question" key Return
+waitFor 1
+window=$(visibleWindows | head -1)
+xdotool windowfocus --sync "$window" type "Found Artist"
+key Return # panel 7's Next: the export
+for _ in $(seq 150); do
+    [ "$(find "$WAXLINE_MUSIC_DIR" -name '*.mp3' 2>/dev/null | wc -l)" -ge 2 ] && break
+    sleep 0.2
+done
+mp3s=$(find "$WAXLINE_MUSIC_DIR" -name '*.mp3' | wc -l)
+[ "$mp3s" -eq 2 ] || fail "saving the side offered back made $mp3s MP3s, not 2"
+echo "killed on the naming panel: offered back at the next start, both tracks saved"

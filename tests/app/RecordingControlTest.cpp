@@ -1,3 +1,4 @@
+#include "capture/recorder/TrackFiles.h"
 #include "exporting/EarlyEncoder.h"
 #include "support/MediaFiles.h"
 #include "support/WizardRig.h"
@@ -8,6 +9,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -71,11 +73,16 @@ TEST(RecordingControl, NewTrackWarnsAtThirtyNineAndStopsAtForty) {
         WizardRig r;
         r.views.shown = 3;
         r.capture.tracks = row.tracks;
+        int tracksWhenWarned = -1;
+        r.alerts.onAlert = [&] { tracksWhenWarned = r.capture.tracks; };
         r.recording.doNewTrackButton();
         if (*row.alert) {
             ASSERT_EQ(r.alerts.shown.size(), 1u);
             EXPECT_EQ(r.alerts.shown[0].title, "IDS_WARNING");
             EXPECT_EQ(r.alerts.shown[0].text, row.alert);
+            // Track 40 has started when its warning shows, which holds nothing up.
+            EXPECT_EQ(tracksWhenWarned, row.tracksAfter);
+            EXPECT_EQ(r.alerts.shown[0].button == "(not waiting)", !row.stopped);
         } else {
             EXPECT_TRUE(r.alerts.shown.empty());
         }
@@ -84,6 +91,22 @@ TEST(RecordingControl, NewTrackWarnsAtThirtyNineAndStopsAtForty) {
         EXPECT_EQ(count(r.capture, "newTrack"), row.stopped ? 0 : 1);
         EXPECT_EQ(r.views.switches, row.panels);
         EXPECT_EQ(r.recording.elapsedTimerRunning(), !row.stopped);
+    }
+}
+
+// A kill while recording leaves a count of the tracks closed so far, final only after Stop.
+TEST(RecordingControl, TheCountFileFollowsTheClosedTracksWhileRecording) {
+    const std::pair<int, const char*> rows[] = {{1, nullptr}, {2, "1\n"}, {4, "3\n"}};
+    for (const auto& [tracks, count] : rows) {
+        SCOPED_TRACE(tracks);
+        WizardRig r;
+        r.views.shown = 2;
+        r.recording.doRecordButton(false, false);
+        r.capture.tracks = tracks;
+        r.recording.elaspedTimerFired();
+        std::ifstream file(waxline::trackCountPath(r.folder.path()));
+        const std::string text((std::istreambuf_iterator<char>(file)), {});
+        EXPECT_EQ(text, count ? count : "");
     }
 }
 

@@ -21,6 +21,9 @@ public:
 
     std::vector<Shown> shown;
     std::vector<bool> answers;
+    // The buttons chosen in the questions with several ways out, by key; the default button
+    // when they run out.
+    std::vector<QString> choices;
     std::function<void()> onAlert;
 
     void alert(const QString& titleKey, const QString& textKey, const QStringList& arguments,
@@ -42,6 +45,30 @@ public:
         return answers[answered++];
     }
 
+    int choose(const QString& messageKey, const QString& informativeKey,
+               const QStringList& buttonKeys, int defaultButton, int escapeButton,
+               const QStringList& arguments) override {
+        // The default and the escape button are marked: "*" and "^" before the key.
+        QStringList marked;
+        for (int i = 0; i < buttonKeys.size(); ++i)
+            marked << (i == defaultButton ? QStringLiteral("*") : QString()) +
+                          (i == escapeButton ? QStringLiteral("^") : QString()) + buttonKeys[i];
+        shown.push_back({messageKey, informativeKey, arguments, marked.join(QLatin1Char('|'))});
+        if (onAlert)
+            onAlert();
+        if (chosen >= choices.size())
+            return defaultButton;
+        const int index = int(buttonKeys.indexOf(choices[chosen++]));
+        return index < 0 ? defaultButton : index;
+    }
+
+    void inform(const QString& titleKey, const QString& textKey,
+                const QStringList& arguments) override {
+        shown.push_back({titleKey, textKey, arguments, QStringLiteral("(not waiting)")});
+        if (onAlert)
+            onAlert();
+    }
+
     QStringList texts() const {
         QStringList list;
         for (const Shown& s : shown)
@@ -51,6 +78,7 @@ public:
 
 private:
     size_t answered = 0;
+    size_t chosen = 0;
 };
 
 } // namespace waxline::test

@@ -58,6 +58,9 @@ public:
     void doBackButton10(QObject* s) override { add("doBackButton10", s); }
     void doNextButton10(QObject* s) override { add("doNextButton10", s); }
     void doReviewSplits(QObject* s) override { add("doReviewSplits", s); }
+    void doReturnToRecording(QObject* s) override { add("doReturnToRecording", s); }
+    void doRetryExport(QObject* s) override { add("doRetryExport", s); }
+    void doKeepForLater(QObject* s) override { add("doKeepForLater", s); }
     void doCloseButton(QObject* s) override { add("doCloseButton", s); }
     void doCloseApplication(QObject* s) override { add("doCloseApplication", s); }
     void showHelp(QObject* s) override { add("showHelp", s); }

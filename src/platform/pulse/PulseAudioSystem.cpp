@@ -309,6 +309,11 @@ AudioSystem::ListenerToken PulseAudioSystem::onStreamFormatChanged(AudioObjectID
     return token;
 }
 
+bool PulseAudioSystem::serverReachable() {
+    PulseLock lock(*connection);
+    return pa_context_get_state(connection->context()) == PA_CONTEXT_READY;
+}
+
 void PulseAudioSystem::removeListener(ListenerToken token) {
     std::lock_guard lock(listeners->mutex);
     listeners->byToken.erase(token);

@@ -34,6 +34,7 @@ public:
     ListenerToken onDeviceListChanged(Notification notify) override;
     ListenerToken onStreamFormatChanged(AudioObjectID input, Notification notify) override;
     void removeListener(ListenerToken token) override;
+    bool serverReachable() override;
 
     // The device name that the catalogue matches: alsa.card_name, else device.product.name,
     // else the description; cut to 63 bytes.

@@ -96,6 +96,9 @@ const char* const knownActions[] = {
     "doBackButton10:",
     "doNextButton10:",
     "doReviewSplits:",
+    "doReturnToRecording:",
+    "doRetryExport:",
+    "doKeepForLater:",
     "doSelectDeviceOrbitDisc:",
     "doSelectDeviceReelRunner:",
     "doSelectTapeNormal:",
@@ -484,6 +487,15 @@ void CustomView::doNextButton10(QObject* sender) {
 
 void CustomView::doReviewSplits(QObject* sender) {
     forward(&PanelController::doReviewSplits, sender);
+}
+void CustomView::doReturnToRecording(QObject* sender) {
+    forward(&PanelController::doReturnToRecording, sender);
+}
+void CustomView::doRetryExport(QObject* sender) {
+    forward(&PanelController::doRetryExport, sender);
+}
+void CustomView::doKeepForLater(QObject* sender) {
+    forward(&PanelController::doKeepForLater, sender);
 }
 
 void CustomView::doNextButton6(QObject* sender) {

@@ -91,6 +91,9 @@ public Q_SLOTS:
     void doBackButton10(QObject* sender);
     void doNextButton10(QObject* sender);
     void doReviewSplits(QObject* sender);
+    void doReturnToRecording(QObject* sender);
+    void doRetryExport(QObject* sender);
+    void doKeepForLater(QObject* sender);
     void doSelectDeviceOrbitDisc(QObject* sender);
     void doSelectDeviceReelRunner(QObject* sender);
     void doSelectTapeNormal(QObject* sender);

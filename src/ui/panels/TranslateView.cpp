@@ -4,6 +4,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 
 namespace waxline::ui {
 
@@ -17,6 +18,13 @@ void TranslateView(QWidget* view) {
                 const QString value = localizedKey(label->text());
                 if (!value.isNull())
                     label->setText(value);
+            }
+        } else if (auto button = qobject_cast<QPushButton*>(child)) {
+            // A plain push button shows plain text only.
+            if (button->text().startsWith(QLatin1String("IDS_"))) {
+                const QString value = localizedKey(button->text());
+                if (!value.isNull())
+                    button->setText(plainTextOf(value));
             }
         } else if (auto field = qobject_cast<QLineEdit*>(child)) {
             if (field->text().startsWith(QLatin1String("IDS_"))) {

@@ -31,12 +31,12 @@
     <message>
         <source>IDS_LIMIT</source>
         <extracomment>New Track pressed with 40 tracks: the recording stops; an alert text, Qt rich text</extracomment>
-        <translation>Das sind 40 Titel, mehr passen nicht in eine Aufnahme. Waxline hält hier an, damit Sie die Titel benennen und speichern können. Den Rest nehmen Sie danach als weitere Seite auf.</translation>
+        <translation>Das sind 40 Titel, so viele, wie &lt;b&gt;Neuer Titel&lt;/b&gt; in einer Aufnahme beginnen kann (die automatische Trennung kennt diese Grenze nicht). Waxline hält hier an, damit Sie die Titel benennen und speichern können. Den Rest nehmen Sie danach als weitere Seite auf.</translation>
     </message>
     <message>
         <source>IDS_LASTTRACK</source>
         <extracomment>New Track pressed with 39 tracks: track 40 starts; an alert text, Qt rich text</extracomment>
-        <translation>Jetzt beginnt Titel 40, der letzte, der in diese Aufnahme passt. Beim nächsten &lt;b&gt;Neuer Titel&lt;/b&gt; endet die Aufnahme.</translation>
+        <translation>Titel 40 hat begonnen. Er ist der letzte, den &lt;b&gt;Neuer Titel&lt;/b&gt; in dieser Aufnahme beginnen kann: Beim nächsten &lt;b&gt;Neuer Titel&lt;/b&gt; endet die Aufnahme.</translation>
     </message>
     <message>
         <source>IDS_ITUNES_ERROR</source>
@@ -532,6 +532,206 @@
         <source>IDS_REVIEW_BAD_SPLITS</source>
         <extracomment>Alert: the markers cannot be applied</extracomment>
         <translation>Diese Trennstellen lassen sich nicht übernehmen: jede muss innerhalb der Seite und nach der vorigen liegen.</translation>
+    </message>
+    <message>
+        <source>IDS_RECORDING_CONTINUES</source>
+        <extracomment>Panel 2 while a recording goes on: the banner that leads back to it; a button caption, one line</extracomment>
+        <translation>Die Aufnahme läuft weiter — zurück zu ihr</translation>
+    </message>
+    <message>
+        <source>IDS_LIBRARY_UNWRITABLE</source>
+        <extracomment>%1 = the music folder; it cannot be written before the export; an alert text, Qt rich text</extracomment>
+        <translation>Ihre Titel lassen sich nicht speichern: In den Musikordner %1 kann nicht geschrieben werden (er ist vielleicht schreibgeschützt, voll oder kein Ordner). Wählen Sie einen anderen Ordner, machen Sie diesen beschreibbar und versuchen Sie es erneut, oder heben Sie die Titel für später auf: Sie bleiben in Waxline, bis Sie sie speichern.</translation>
+    </message>
+    <message>
+        <source>IDS_LIBRARY_GONE</source>
+        <extracomment>%1 = the music folder; it stopped being writable during the export; an alert text, Qt rich text</extracomment>
+        <translation>In den Musikordner %1 kann nicht mehr geschrieben werden, daher ist der Export angehalten. Machen Sie ihn beschreibbar und versuchen Sie es erneut, oder heben Sie die übrigen Titel für später auf.</translation>
+    </message>
+    <message>
+        <source>IDS_CHOOSE_FOLDER</source>
+        <extracomment>Alert button: pick another music folder; a button caption</extracomment>
+        <translation>Anderen Ordner wählen…</translation>
+    </message>
+    <message>
+        <source>IDS_CHOOSE_FOLDER_TITLE</source>
+        <extracomment>Title of the folder dialog for the music folder; plain text</extracomment>
+        <translation>Musikordner wählen</translation>
+    </message>
+    <message>
+        <source>IDS_TRY_AGAIN</source>
+        <extracomment>Alert button: do it again; a button caption</extracomment>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>IDS_KEEP_LATER</source>
+        <extracomment>Alert button: keep the unsaved tracks in Waxline and close; a button caption</extracomment>
+        <translation>Titel für später aufheben</translation>
+    </message>
+    <message>
+        <source>IDS_TRACKS_NOT_SAVED</source>
+        <extracomment>Panel 5: %1 = the track numbers that failed so far, e.g. 1–3, 5; followed by the reason; Qt rich text</extracomment>
+        <translation>&lt;b&gt;Nicht gespeicherte Titel: %1.&lt;/b&gt;</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_NO_ENCODER</source>
+        <extracomment>Why a track was not saved: no MP3 encoder; what to do; Qt rich text</extracomment>
+        <translation>Es wurde kein MP3-Encoder gefunden: Waxline braucht das Programm ffmpeg. Installieren Sie es (das Paket heißt ffmpeg) und wählen Sie dann &lt;b&gt;Nochmal&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_DISK_FULL</source>
+        <extracomment>Why a track was not saved: the disk is full; what to do; Qt rich text</extracomment>
+        <translation>Der Datenträger ist voll. Schaffen Sie Platz und wählen Sie dann &lt;b&gt;Nochmal&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_LIBRARY</source>
+        <extracomment>Why a track was not saved: the music folder cannot be written; what to do; Qt rich text</extracomment>
+        <translation>In den Musikordner kann nicht geschrieben werden. Machen Sie ihn beschreibbar und wählen Sie dann &lt;b&gt;Nochmal&lt;/b&gt;; dort lässt sich auch ein anderer Ordner wählen.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_TRACK_FILE</source>
+        <extracomment>Why a track was not saved: %1 = its recorded file, missing or damaged; what to do; Qt rich text</extracomment>
+        <translation>Seine Aufnahmedatei %1 fehlt oder ist nicht lesbar. Wählen Sie &lt;b&gt;Nochmal&lt;/b&gt; für die übrigen Titel; die Aufnahme bleibt in Waxline, bis alle Titel gespeichert sind.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_ENCODER_FAILED</source>
+        <extracomment>Why a track was not saved: the MP3 could not be made; what to do; Qt rich text</extracomment>
+        <translation>Die MP3-Datei ließ sich nicht erstellen. Wählen Sie &lt;b&gt;Nochmal&lt;/b&gt;; klappt es wieder nicht, heben Sie die Titel für später auf.</translation>
+    </message>
+    <message>
+        <source>IDS_MISSING_TRACKS</source>
+        <extracomment>Panel 6: %1 = tracks missing, %2 = tracks of the side, %3 = their numbers; Qt rich text</extracomment>
+        <translation>&lt;b&gt;Noch nicht in Ihrem Musikordner: %1 von %2 Titeln (%3).&lt;/b&gt; Sie bleiben in Waxline, bis sie gespeichert sind.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_MISSING_TITLE</source>
+        <extracomment>Panel 6 when tracks are missing; a title: at most about 40 characters</extracomment>
+        <translation>Nicht alle Titel wurden gespeichert</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_TRY_AGAIN</source>
+        <extracomment>Panel 6: export the missing tracks again; a button caption: at most 12 characters</extracomment>
+        <translation>Nochmal</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_KEEP_LATER</source>
+        <extracomment>Panel 6: keep the side and close; a button caption: at most 15 characters</extracomment>
+        <translation>Für später</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_RESTART</source>
+        <extracomment>Record pressed on panel 2 while recording; %1 = tracks so far; an alert text, Qt rich text</extracomment>
+        <translation>Es läuft noch eine Aufnahme (bisher %1 Titel). Eine neue Aufnahme beginnt von vorn und verwirft diese Titel.</translation>
+    </message>
+    <message>
+        <source>IDS_BACK_TO_RECORDING</source>
+        <extracomment>Alert button: go back to the recording; a button caption</extracomment>
+        <translation>Zurück zur Aufnahme</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_DISCARD</source>
+        <extracomment>Alert button: record anew, throwing the old tracks away; a button caption</extracomment>
+        <translation>Verwerfen und aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_OVER</source>
+        <extracomment>Record pressed while the export folder holds tracks not saved; %1 = tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline enthält noch %1 Titel (%2), die nicht in Ihrem Musikordner sind. Eine neue Aufnahme würde sie verwerfen. Zuerst speichern?</translation>
+    </message>
+    <message>
+        <source>IDS_SAVE_FIRST</source>
+        <extracomment>Alert button: name and save the old tracks first; a button caption</extracomment>
+        <translation>Zuerst speichern</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_QUESTION</source>
+        <extracomment>Close with nothing unsaved; an alert text, Qt rich text</extracomment>
+        <translation>Waxline beenden?</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT</source>
+        <extracomment>Alert button: quit; a button caption</extracomment>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>IDS_CANCEL</source>
+        <extracomment>Alert button: do not quit; a button caption</extracomment>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>IDS_CLOSE_RECORDING</source>
+        <extracomment>Close while recording; %1 = tracks so far, %2 = their length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline nimmt gerade auf (bisher %1 Titel, %2). Beenden und die Titel für später aufheben, um sie beim nächsten Start zu speichern, oder beenden und verwerfen?</translation>
+    </message>
+    <message>
+        <source>IDS_CLOSE_UNSAVED</source>
+        <extracomment>Close with tracks not in the library; %1 = tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>%1 Titel (%2) sind noch nicht in Ihrem Musikordner. Beenden und die Titel für später aufheben, um sie beim nächsten Start zu speichern, oder beenden und verwerfen?</translation>
+    </message>
+    <message>
+        <source>IDS_KEEP_RECORDING</source>
+        <extracomment>Alert button: do not quit, go on recording; a button caption</extracomment>
+        <translation>Weiter aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_DONT_QUIT</source>
+        <extracomment>Alert button: do not quit; a button caption</extracomment>
+        <translation>Nicht beenden</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_KEEP</source>
+        <extracomment>Alert button: quit, keeping the tracks for the next start; a button caption</extracomment>
+        <translation>Beenden, aufheben</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_DISCARD</source>
+        <extracomment>Alert button: quit and throw the tracks away; a button caption</extracomment>
+        <translation>Beenden und verwerfen</translation>
+    </message>
+    <message>
+        <source>IDS_FOLDER_BUSY_START</source>
+        <extracomment>Start-up: another run holds the export folder; %1 = who; an alert text, Qt rich text</extracomment>
+        <translation>Eine andere Waxline arbeitet gerade mit ihrer Aufnahme (%1). Dieses Fenster lässt diese Aufnahme in Ruhe: Es kann erst aufnehmen oder speichern, wenn die andere fertig oder geschlossen ist.</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_UNSAVED_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss; a recording that stopped but was never saved; an alert text, Qt rich text</extracomment>
+        <translation>Waxline wurde beendet, bevor eine Aufnahme gespeichert war. Erhaltene Titel: %1, Länge %2. Möchten Sie sie jetzt benennen und speichern?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_HALF_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss, %3 = tracks not yet saved; an alert text, Qt rich text</extracomment>
+        <translation>Eine Aufnahme wurde nur zum Teil gespeichert. Titel: %1, Länge %2; %3 davon sind noch nicht in Ihrem Musikordner. Möchten Sie diese jetzt speichern?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_LATER</source>
+        <extracomment>Recover: leave it for now; a button caption</extracomment>
+        <translation>Später</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TITLE</source>
+        <extracomment>Panel 3 reached back from a naming panel, nothing records; a title: at most about 40 characters</extracomment>
+        <translation>Aufnahme beendet</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TEXT</source>
+        <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Die Aufnahme ist mit %1 Titeln beendet. Wählen Sie &lt;b&gt;Weiter&lt;/b&gt;, um sie zu benennen und zu speichern.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TITLE</source>
+        <extracomment>Panel 6 reached while the export still runs; a title: at most about 40 characters</extracomment>
+        <translation>Titel werden noch gespeichert…</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TEXT</source>
+        <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Waxline legt Ihre Titel noch in Ihren Musikordner. Diese Seite zeigt an, wenn alle Titel dort sind.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_SERVER_GONE</source>
+        <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
+        <translation>Das Audiosystem dieses Computers antwortet nicht mehr, deshalb endete die Aufnahme. Die bis dahin aufgenommenen Titel bleiben erhalten. Prüfen Sie, ob der Ton funktioniert, und nehmen Sie dann erneut auf.</translation>
     </message>
 </context>
 </TS>

@@ -31,12 +31,12 @@
     <message>
         <source>IDS_LIMIT</source>
         <extracomment>New Track pressed with 40 tracks: the recording stops; an alert text, Qt rich text</extracomment>
-        <translation>That makes 40 tracks, the most one recording can hold. Waxline stops here so that you can name and save them. Record the rest afterwards as another side.</translation>
+        <translation>That makes 40 tracks, as many as &lt;b&gt;New Track&lt;/b&gt; can start in one recording (automatic splitting has no such limit). Waxline stops here so that you can name and save them. Record the rest afterwards as another side.</translation>
     </message>
     <message>
         <source>IDS_LASTTRACK</source>
         <extracomment>New Track pressed with 39 tracks: track 40 starts; an alert text, Qt rich text</extracomment>
-        <translation>Track 40 starts now. It is the last one this recording can hold: the next &lt;b&gt;New Track&lt;/b&gt; stops the recording.</translation>
+        <translation>Track 40 has started. It is the last one &lt;b&gt;New Track&lt;/b&gt; can start in this recording: the next &lt;b&gt;New Track&lt;/b&gt; stops the recording.</translation>
     </message>
     <message>
         <source>IDS_ITUNES_ERROR</source>
@@ -532,6 +532,206 @@
         <source>IDS_REVIEW_BAD_SPLITS</source>
         <extracomment>Alert: the markers cannot be applied</extracomment>
         <translation>These splits cannot be applied: each must lie inside the side, after the one before it.</translation>
+    </message>
+    <message>
+        <source>IDS_RECORDING_CONTINUES</source>
+        <extracomment>Panel 2 while a recording goes on: the banner that leads back to it; a button caption, one line</extracomment>
+        <translation>Recording continues — back to it</translation>
+    </message>
+    <message>
+        <source>IDS_LIBRARY_UNWRITABLE</source>
+        <extracomment>%1 = the music folder; it cannot be written before the export; an alert text, Qt rich text</extracomment>
+        <translation>Your tracks cannot be saved: the music folder %1 cannot be written (it may be read-only, full, or not a folder). Choose another folder, make this one writable and try again, or keep the tracks for later: they stay in Waxline until you save them.</translation>
+    </message>
+    <message>
+        <source>IDS_LIBRARY_GONE</source>
+        <extracomment>%1 = the music folder; it stopped being writable during the export; an alert text, Qt rich text</extracomment>
+        <translation>The music folder %1 can no longer be written, so the export has paused. Make it writable and try again, or keep the remaining tracks for later.</translation>
+    </message>
+    <message>
+        <source>IDS_CHOOSE_FOLDER</source>
+        <extracomment>Alert button: pick another music folder; a button caption</extracomment>
+        <translation>Choose another folder…</translation>
+    </message>
+    <message>
+        <source>IDS_CHOOSE_FOLDER_TITLE</source>
+        <extracomment>Title of the folder dialog for the music folder; plain text</extracomment>
+        <translation>Choose a music folder</translation>
+    </message>
+    <message>
+        <source>IDS_TRY_AGAIN</source>
+        <extracomment>Alert button: do it again; a button caption</extracomment>
+        <translation>Try again</translation>
+    </message>
+    <message>
+        <source>IDS_KEEP_LATER</source>
+        <extracomment>Alert button: keep the unsaved tracks in Waxline and close; a button caption</extracomment>
+        <translation>Keep the tracks for later</translation>
+    </message>
+    <message>
+        <source>IDS_TRACKS_NOT_SAVED</source>
+        <extracomment>Panel 5: %1 = the track numbers that failed so far, e.g. 1–3, 5; followed by the reason; Qt rich text</extracomment>
+        <translation>&lt;b&gt;Tracks not saved: %1.&lt;/b&gt;</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_NO_ENCODER</source>
+        <extracomment>Why a track was not saved: no MP3 encoder; what to do; Qt rich text</extracomment>
+        <translation>No MP3 encoder was found: Waxline needs the program ffmpeg. Install it (the package is called ffmpeg), then press &lt;b&gt;Try again&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_DISK_FULL</source>
+        <extracomment>Why a track was not saved: the disk is full; what to do; Qt rich text</extracomment>
+        <translation>The disk is full. Make room on it, then press &lt;b&gt;Try again&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_LIBRARY</source>
+        <extracomment>Why a track was not saved: the music folder cannot be written; what to do; Qt rich text</extracomment>
+        <translation>The music folder cannot be written. Make it writable, then press &lt;b&gt;Try again&lt;/b&gt;; another folder can be chosen there.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_TRACK_FILE</source>
+        <extracomment>Why a track was not saved: %1 = its recorded file, missing or damaged; what to do; Qt rich text</extracomment>
+        <translation>Its recorded file %1 is missing or cannot be read. Press &lt;b&gt;Try again&lt;/b&gt; for the other tracks; the recording stays in Waxline until every track is saved.</translation>
+    </message>
+    <message>
+        <source>IDS_REASON_ENCODER_FAILED</source>
+        <extracomment>Why a track was not saved: the MP3 could not be made; what to do; Qt rich text</extracomment>
+        <translation>The MP3 could not be made. Press &lt;b&gt;Try again&lt;/b&gt;; if it fails again, keep the tracks for later.</translation>
+    </message>
+    <message>
+        <source>IDS_MISSING_TRACKS</source>
+        <extracomment>Panel 6: %1 = tracks missing, %2 = tracks of the side, %3 = their numbers; Qt rich text</extracomment>
+        <translation>&lt;b&gt;Not in your music folder yet: %1 of %2 tracks (%3).&lt;/b&gt; They stay in Waxline until they are saved.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_MISSING_TITLE</source>
+        <extracomment>Panel 6 when tracks are missing; a title: at most about 40 characters</extracomment>
+        <translation>Not every track was saved</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_TRY_AGAIN</source>
+        <extracomment>Panel 6: export the missing tracks again; a button caption: at most 12 characters</extracomment>
+        <translation>Try again</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_KEEP_LATER</source>
+        <extracomment>Panel 6: keep the side and close; a button caption: at most 15 characters</extracomment>
+        <translation>Keep for later</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_RESTART</source>
+        <extracomment>Record pressed on panel 2 while recording; %1 = tracks so far; an alert text, Qt rich text</extracomment>
+        <translation>A recording is still going on (%1 tracks so far). Recording again starts from nothing and throws these tracks away.</translation>
+    </message>
+    <message>
+        <source>IDS_BACK_TO_RECORDING</source>
+        <extracomment>Alert button: go back to the recording; a button caption</extracomment>
+        <translation>Back to the recording</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_DISCARD</source>
+        <extracomment>Alert button: record anew, throwing the old tracks away; a button caption</extracomment>
+        <translation>Discard and record</translation>
+    </message>
+    <message>
+        <source>IDS_RECORD_OVER</source>
+        <extracomment>Record pressed while the export folder holds tracks not saved; %1 = tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline still holds %1 tracks (%2) that are not in your music folder. A new recording would throw them away. Save them first?</translation>
+    </message>
+    <message>
+        <source>IDS_SAVE_FIRST</source>
+        <extracomment>Alert button: name and save the old tracks first; a button caption</extracomment>
+        <translation>Save them first</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_QUESTION</source>
+        <extracomment>Close with nothing unsaved; an alert text, Qt rich text</extracomment>
+        <translation>Quit Waxline?</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT</source>
+        <extracomment>Alert button: quit; a button caption</extracomment>
+        <translation>Quit</translation>
+    </message>
+    <message>
+        <source>IDS_CANCEL</source>
+        <extracomment>Alert button: do not quit; a button caption</extracomment>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>IDS_CLOSE_RECORDING</source>
+        <extracomment>Close while recording; %1 = tracks so far, %2 = their length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>Waxline is recording (%1 tracks, %2 so far). Quit and keep them for later, to save them at the next start, or quit and throw them away?</translation>
+    </message>
+    <message>
+        <source>IDS_CLOSE_UNSAVED</source>
+        <extracomment>Close with tracks not in the library; %1 = tracks, %2 = length h:mm:ss; an alert text, Qt rich text</extracomment>
+        <translation>%1 tracks (%2) are not in your music folder yet. Quit and keep them for later, to save them at the next start, or quit and throw them away?</translation>
+    </message>
+    <message>
+        <source>IDS_KEEP_RECORDING</source>
+        <extracomment>Alert button: do not quit, go on recording; a button caption</extracomment>
+        <translation>Keep recording</translation>
+    </message>
+    <message>
+        <source>IDS_DONT_QUIT</source>
+        <extracomment>Alert button: do not quit; a button caption</extracomment>
+        <translation>Don't quit</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_KEEP</source>
+        <extracomment>Alert button: quit, keeping the tracks for the next start; a button caption</extracomment>
+        <translation>Quit, keep for later</translation>
+    </message>
+    <message>
+        <source>IDS_QUIT_DISCARD</source>
+        <extracomment>Alert button: quit and throw the tracks away; a button caption</extracomment>
+        <translation>Quit and discard</translation>
+    </message>
+    <message>
+        <source>IDS_FOLDER_BUSY_START</source>
+        <extracomment>Start-up: another run holds the export folder; %1 = who; an alert text, Qt rich text</extracomment>
+        <translation>Another run of Waxline is working with its recording right now (%1). This window leaves that recording alone: it cannot record or save until the other one has finished or is closed.</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_UNSAVED_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss; a recording that stopped but was never saved; an alert text, Qt rich text</extracomment>
+        <translation>Waxline was closed before a recording was saved. Tracks kept: %1, length %2. Would you like to name and save them now?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_HALF_TEXT</source>
+        <extracomment>%1 = number of tracks, %2 = length h:mm:ss, %3 = tracks not yet saved; an alert text, Qt rich text</extracomment>
+        <translation>A recording was only partly saved. Tracks: %1, length %2; %3 of them are not in your music folder yet. Would you like to save those now?</translation>
+    </message>
+    <message>
+        <source>IDS_RECOVER_LATER</source>
+        <extracomment>Recover: leave it for now; a button caption</extracomment>
+        <translation>Later</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TITLE</source>
+        <extracomment>Panel 3 reached back from a naming panel, nothing records; a title: at most about 40 characters</extracomment>
+        <translation>Recording stopped</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL3_STOPPED_TEXT</source>
+        <extracomment>Panel 3 when nothing records; %1 = tracks recorded; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>The recording has stopped with %1 tracks. Press &lt;b&gt;Next&lt;/b&gt; to name and save them.</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TITLE</source>
+        <extracomment>Panel 6 reached while the export still runs; a title: at most about 40 characters</extracomment>
+        <translation>Still saving your tracks…</translation>
+    </message>
+    <message>
+        <source>IDS_PANEL6_SAVING_TEXT</source>
+        <extracomment>Panel 6 while the export still runs; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Waxline is still putting your tracks into your music folder. This panel says when every track is there.</translation>
+    </message>
+    <message>
+        <source>IDS_STOP_SERVER_GONE</source>
+        <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
+        <translation>The sound system of this computer stopped answering, so the recording stopped. The tracks recorded up to then are kept. Check that the sound works, then record again.</translation>
     </message>
 </context>
 </TS>

@@ -103,6 +103,60 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel) {
     return view;
 }
 
+namespace {
+
+void setShown(CustomView& view, const char* name, bool shown) {
+    if (auto widget = view.findChild<QWidget*>(QString::fromLatin1(name)))
+        widget->setVisible(shown);
+}
+
+void setLabel(CustomView& view, const char* name, const QString& text) {
+    if (auto label = view.findChild<QLabel*>(QString::fromLatin1(name)))
+        label->setText(text);
+}
+
+// The panels in the states a side that is not all saved brings: panel 2 while the recording
+// goes on, panel 3 reached back from naming, panel 5 with a track that failed, panel 6 with
+// what is missing.
+std::unique_ptr<CustomView> loadPanelInTrouble(unsigned panel) {
+    std::unique_ptr<CustomView> view = loadPanelForLooking(panel);
+    if (!view)
+        return view;
+    const QString noEncoder = localizedKey(QStringLiteral("IDS_REASON_NO_ENCODER"));
+    if (panel == 2)
+        setShown(*view, "recordingBanner", true);
+    if (panel == 3) {
+        view->setBackgroundImage(ImageForView(2));
+        setLabel(*view, "titleText", localizedKey(QStringLiteral("IDS_PANEL3_STOPPED_TITLE")));
+        setLabel(*view, "bodyText", localizedKey(QStringLiteral("IDS_PANEL3_STOPPED_TEXT")).arg(5));
+        setLabel(*view, "_trackField", QStringLiteral("5"));
+        for (const char* name : {"splitTracksButton", "stopButton"})
+            setShown(*view, name, false);
+        setShown(*view, "nextButton", true);
+    }
+    if (panel == 5)
+        setLabel(*view, "problemNote",
+                 localizedKey(QStringLiteral("IDS_TRACKS_NOT_SAVED")).arg(QStringLiteral("1–2")) +
+                     QLatin1Char(' ') + noEncoder);
+    if (panel == 6) {
+        for (const char* name : {"bodyText", "_yesButton6", "_noButton6", "doneArt", "nextButton"})
+            setShown(*view, name, false);
+        for (const char* name : {"missingText", "retryButton", "keepButton"})
+            setShown(*view, name, true);
+        setLabel(*view, "titleText", localizedKey(QStringLiteral("IDS_PANEL6_MISSING_TITLE")));
+        setLabel(*view, "missingText",
+                 localizedKey(QStringLiteral("IDS_MISSING_TRACKS"))
+                         .arg(2)
+                         .arg(5)
+                         .arg(QStringLiteral("1–2")) +
+                     QStringLiteral("<br><br>") + noEncoder + QStringLiteral("<br><br>") +
+                     localizedKey(QStringLiteral("IDS_REASON_DISK_FULL")));
+    }
+    return view;
+}
+
+} // namespace
+
 QImage grabPanel(CustomWindow& window, CustomView& view) {
     window.setContentView(&view);
     window.show();
@@ -129,6 +183,15 @@ bool writePanelScreenshots(const QString& dir) {
         const QImage picture = grabPanel(window, *view);
         const QString file = QDir(dir).filePath(QStringLiteral("panel-%1.png").arg(panel));
         if (!picture.save(file)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+            return false;
+        }
+        window.setContentView(nullptr);
+    }
+    for (unsigned panel : {2u, 3u, 5u, 6u}) {
+        std::unique_ptr<CustomView> view = loadPanelInTrouble(panel);
+        const QString file = QDir(dir).filePath(QStringLiteral("panel-%1-unsaved.png").arg(panel));
+        if (!view || !grabPanel(window, *view).save(file)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
             return false;
         }

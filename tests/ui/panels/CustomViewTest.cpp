@@ -223,7 +223,8 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
         {"WXL_Tab1", "doNextButton1", nullptr},
         {"WXL_SelectDeviceTab", "doNextButtonSelectDevice", "doBackButtonSelectDevice"},
         {"WXL_Tab2", "doRecordButton", "doBackButton2"},
-        {"WXL_Tab3", "doNextButton3", "doBackButton3"},
+        // Esc never leaves a recording: Back is a click away, not a key.
+        {"WXL_Tab3", "doNextButton3", nullptr},
         {"WXL_Tab7", "doNextButton7", "doBackButton7"},
         {"WXL_Tab10", "doNextButton10", "doBackButton10"},
     };

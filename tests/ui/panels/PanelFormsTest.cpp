@@ -45,7 +45,7 @@ const FormCase formCases[] = {
      "WXL_Tab2",
      {},
      "o_gainDbSlider o_gainValueText _MeteringViewL _MeteringViewR automaticallySplitTracks",
-     "doBackButton2: doRecordButton: doGainSlider:"},
+     "doBackButton2: doRecordButton: doGainSlider: doReturnToRecording:"},
     {3,
      "WXL_Tab3",
      {{21, 22, Kind::Label}},
@@ -61,7 +61,7 @@ const FormCase formCases[] = {
      "WXL_Tab6",
      {},
      "_yesButton6 _noButton6",
-     "doBackButton6: doNextButton6: doYesButton6: doNoButton6:"},
+     "doBackButton6: doNextButton6: doYesButton6: doNoButton6: doRetryExport: doKeepForLater:"},
     {7,
      "WXL_Tab7",
      {{51, 52, Kind::Field}, {61, 70, Kind::Field}},
@@ -132,7 +132,8 @@ TEST(PanelForms, EveryFormLoadsAndEveryButtonForwardsItsAction) {
                 actions.insert(action);
             }
             const QString role = control->property("role").toString();
-            defaults += role == QLatin1String("default");
+            // A panel's other state has its own default button, hidden until then.
+            defaults += role == QLatin1String("default") && !control->isHidden();
             backs += role == QLatin1String("back");
             const QString artwork = control->property("artwork").toString();
             if (!artwork.isEmpty() && qobject_cast<QLabel*>(control)) {
@@ -144,7 +145,8 @@ TEST(PanelForms, EveryFormLoadsAndEveryButtonForwardsItsAction) {
             expected.insert(action);
         EXPECT_EQ(actions, expected);
         EXPECT_EQ(defaults, 1) << "one default action";
-        EXPECT_EQ(backs, c.panel == 1 ? 0 : 1) << "Back on every panel but the first";
+        EXPECT_EQ(backs, c.panel == 1 || c.panel == 3 ? 0 : 1)
+            << "Esc is Back on every panel but the first and the recording one";
 
         view->setController(&controller);
         const auto buttons = view->findChildren<SKShapedButton*>();
