@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporting/ExportProblem.h"
+#include "exporting/UnknownNames.h"
 
 #include <string>
 
@@ -13,7 +14,9 @@ public:
     // What the probe gives when the library cannot be reached, as a script error would.
     static constexpr int kLibraryUnavailable = -1753;
 
-    explicit LibraryImporter(std::string musicFolder);
+    // `text` words the stand-ins for names that leave nothing once made safe (the keys of
+    // UnknownNames.h); without it the keys themselves stand in.
+    explicit LibraryImporter(std::string musicFolder, TextLookup text = {});
 
     const std::string& folder() const { return root; }
 
@@ -46,6 +49,7 @@ public:
 
 private:
     std::string root;
+    TextLookup text;
 };
 
 } // namespace waxline::exporting
