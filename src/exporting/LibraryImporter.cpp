@@ -138,9 +138,7 @@ std::string LibraryImporter::destinationFor(const std::string& artist, const std
     const auto word = [&](const std::string& key) { return text ? text(key) : key; };
     return root + "/" + safeComponent(artist, word(kUnknownArtistKey)) + "/" +
            safeComponent(album, word(kUnknownAlbumKey)) + "/" + prefix +
-           safeComponent(title, withArgument(word(kUnknownTrackKey), std::to_string(number)),
-                         titleBytes) +
-           extension;
+           safeComponent(title, kUntitled, titleBytes) + extension;
 }
 
 LibraryImporter::Result LibraryImporter::importTrack(const std::string& mp3Path,

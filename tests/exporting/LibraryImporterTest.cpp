@@ -68,8 +68,8 @@ TEST(LibraryImporter, DestinationsStayInsideTheMusicFolder) {
         {"Artist", "Album", "Song", 1, "/music/Artist/Album/01 Song.mp3"},
         {"Artist", "Album", "Song", 12, "/music/Artist/Album/12 Song.mp3"},
         {"../../x", "..", "../../etc/passwd", 2, "/music/__-..-x/__/02 __-..-etc-passwd.mp3"},
-        {"", "", "", 5, "/music/IDS_UNKNOWN_ARTIST/IDS_UNKNOWN_ALBUM/05 IDS_UNKNOWN_TRACK.mp3"},
-        {" ", "  ", "   ", 6, "/music/Wer/Was/06 Stück 6.mp3", true},
+        {"", "", "", 5, "/music/IDS_UNKNOWN_ARTIST/IDS_UNKNOWN_ALBUM/05 Unknown.mp3"},
+        {" ", "  ", "   ", 6, "/music/Wer/Was/06 Unknown.mp3", true},
     };
     const LibraryImporter worded("/music", [](const std::string& key) -> std::string {
         return key == "IDS_UNKNOWN_ARTIST"  ? "Wer"
