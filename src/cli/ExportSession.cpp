@@ -237,7 +237,8 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         std::fprintf(userErr(), "waxline-cli export: %s%s\n", tooManyTitles ? "warning: " : "",
                      mismatch.c_str());
 
-    const LibraryImporter importer(options.libraryDir.empty() ? musicFolder() : options.libraryDir);
+    const LibraryImporter importer(options.libraryDir.empty() ? musicFolder() : options.libraryDir,
+                                   exportText);
     // Nobody is there to fix the folder and confirm, so an unavailable library ends the export.
     const int probed =
         probeUntilAvailable([&] { return importer.probe(); }, {}, [] { return false; });

@@ -84,8 +84,9 @@ bool copyInto(const std::string& from, int to, ExportProblem& why) {
 
 } // namespace
 
-LibraryImporter::LibraryImporter(std::string musicFolder)
-    : root(std::move(musicFolder)) {}
+LibraryImporter::LibraryImporter(std::string musicFolder, TextLookup text)
+    : root(std::move(musicFolder))
+    , text(std::move(text)) {}
 
 int LibraryImporter::probe() const {
     std::error_code ec;
@@ -134,9 +135,10 @@ std::string LibraryImporter::destinationFor(const std::string& artist, const std
     std::snprintf(prefix, sizeof prefix, "%02d ", number);
     const std::string extension = ".mp3";
     const size_t titleBytes = kMaxComponentBytes - std::strlen(prefix) - extension.size();
-    return root + "/" + safeComponent(artist, "Unknown Artist") + "/" +
-           safeComponent(album, "Unknown Album") + "/" + prefix +
-           safeComponent(title, "Unknown", titleBytes) + extension;
+    const auto word = [&](const std::string& key) { return text ? text(key) : key; };
+    return root + "/" + safeComponent(artist, word(kUnknownArtistKey)) + "/" +
+           safeComponent(album, word(kUnknownAlbumKey)) + "/" + prefix +
+           safeComponent(title, kUntitled, titleBytes) + extension;
 }
 
 LibraryImporter::Result LibraryImporter::importTrack(const std::string& mp3Path,

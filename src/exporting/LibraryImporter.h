@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporting/ExportProblem.h"
+#include "exporting/UnknownNames.h"
 
 #include <string>
 
@@ -12,8 +13,12 @@ class LibraryImporter {
 public:
     // What the probe gives when the library cannot be reached, as a script error would.
     static constexpr int kLibraryUnavailable = -1753;
+    static constexpr const char* kUntitled = "Unknown";
 
-    explicit LibraryImporter(std::string musicFolder);
+    // `text` words the stand-ins for an artist or album that leaves nothing once made safe
+    // (the keys of UnknownNames.h); without it the keys themselves stand in. A title stands in
+    // as the tag writer's "Unknown", so that the file's name and its title tag agree.
+    explicit LibraryImporter(std::string musicFolder, TextLookup text = {});
 
     const std::string& folder() const { return root; }
 
@@ -46,6 +51,7 @@ public:
 
 private:
     std::string root;
+    TextLookup text;
 };
 
 } // namespace waxline::exporting

@@ -62,15 +62,23 @@ TEST(LibraryImporter, DestinationsStayInsideTheMusicFolder) {
         std::string artist, album, title;
         int number;
         std::string expected;
+        bool worded = false; // the stand-ins come from a catalogue
     };
     const Case cases[] = {
         {"Artist", "Album", "Song", 1, "/music/Artist/Album/01 Song.mp3"},
         {"Artist", "Album", "Song", 12, "/music/Artist/Album/12 Song.mp3"},
         {"../../x", "..", "../../etc/passwd", 2, "/music/__-..-x/__/02 __-..-etc-passwd.mp3"},
-        {"", "", "", 5, "/music/Unknown Artist/Unknown Album/05 Unknown.mp3"},
+        {"", "", "", 5, "/music/IDS_UNKNOWN_ARTIST/IDS_UNKNOWN_ALBUM/05 Unknown.mp3"},
+        {" ", "  ", "   ", 6, "/music/Wer/Was/06 Unknown.mp3", true},
     };
+    const LibraryImporter worded("/music", [](const std::string& key) -> std::string {
+        return key == "IDS_UNKNOWN_ARTIST"  ? "Wer"
+               : key == "IDS_UNKNOWN_ALBUM" ? "Was"
+                                            : "Stück %1";
+    });
     for (const auto& c : cases) {
-        const std::string path = importer.destinationFor(c.artist, c.album, c.title, c.number);
+        const std::string path =
+            (c.worded ? worded : importer).destinationFor(c.artist, c.album, c.title, c.number);
         EXPECT_EQ(path, c.expected);
         EXPECT_EQ(fs::path(path).lexically_normal().string().rfind("/music/", 0), 0u) << path;
     }

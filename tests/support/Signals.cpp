@@ -86,13 +86,35 @@ std::string cliPath() {
     return (self.parent_path().parent_path() / "src/cli/waxline-cli").string();
 }
 
+// Sides are made once per build: the build's tests share them in a folder beside the generator,
+// each side named by its arguments and by the generator's time, and every test gets a copy.
 std::string makeDemoSideFile(const TempDir& dir, int tracks, int seed) {
+    namespace fs = std::filesystem;
     const std::string side = dir.file("side.wav");
+    const std::string arguments =
+        " --tracks " + std::to_string(tracks) + " --seed " + std::to_string(seed);
+    std::error_code ec;
+    const fs::path cacheDir = fs::path(cliPath()).parent_path() / "test-sides";
+    const auto generator = fs::last_write_time(cliPath(), ec).time_since_epoch().count();
+    std::string cached;
+    if (!ec)
+        fs::create_directories(cacheDir, ec);
+    if (!ec) {
+        cached = (cacheDir / ("side-" + std::to_string(tracks) + "-" + std::to_string(seed) + "-" +
+                              std::to_string(generator) + ".wav"))
+                     .string();
+        if (fs::copy_file(cached, side, ec))
+            return side;
+    }
     std::string output;
-    const int status = runCommand(cliPath() + " make-demo-side " + shellQuote(side) + " --tracks " +
-                                      std::to_string(tracks) + " --seed " + std::to_string(seed),
-                                  output);
+    const int status =
+        runCommand(cliPath() + " make-demo-side " + shellQuote(side) + arguments, output);
     EXPECT_EQ(status, 0) << output;
+    if (status == 0 && !cached.empty()) {
+        const std::string partial = cached + "." + std::to_string(::getpid());
+        if (fs::copy_file(side, partial, ec))
+            fs::rename(partial, cached, ec); // whole or not at all, whichever test is first
+    }
     return side;
 }
 
