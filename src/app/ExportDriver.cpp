@@ -160,7 +160,7 @@ void ExportDriver::start(ExportRequest request) {
 
 // Export thread.
 void ExportDriver::DoITunesImportTagAndConvertThreadRoutine2(ExportRequest request) {
-    const LibraryImporter importer(library);
+    const LibraryImporter importer(library, request.text);
     ExportPipeline pipeline(importer);
     pipeline.onTrackConverted = [](const TrackOutcome& outcome) {
         if (!outcome.ok)
