@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "cli/CommandLine.h"
 #include "exporting/ExportProblem.h"
 

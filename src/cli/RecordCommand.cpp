@@ -1,4 +1,4 @@
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"

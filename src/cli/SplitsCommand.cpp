@@ -1,5 +1,5 @@
-#include "capture/recorder/ExportFolderLock.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolderLock.h"
+#include "exportfolder/ExportFolder.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/SplitsSession.h"

@@ -5,7 +5,7 @@
 #include "app/FakePanelViews.h"
 #include "app/FolderClaim.h"
 #include "app/PanelMachine.h"
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "cli/DemoSide.h"
 #include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
