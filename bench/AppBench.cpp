@@ -48,6 +48,12 @@ public:
                      qPrintable(informativeKey));
         return true;
     }
+    int choose(const QString& messageKey, const QString& informativeKey, const QStringList&,
+               int defaultButton, int, const QStringList&) override {
+        std::fprintf(stderr, "app_bench: question %s %s\n", qPrintable(messageKey),
+                     qPrintable(informativeKey));
+        return defaultButton;
+    }
 };
 
 // Paints of the window, counted so the start-up time ends when panel 1 is on the screen.
