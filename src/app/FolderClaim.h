@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/Alerts.h"
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 
 #include <QString>
 

@@ -6,7 +6,7 @@
 #include "capture/chain/InputChain.h"
 #include "capture/devices/UsbEnumeration.h"
 #include "capture/monitor/CAPlayThrough.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 #include "splitting/RecordedSide.h"
 #include "util/SpscFifo.h"
 

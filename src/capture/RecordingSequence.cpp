@@ -1,7 +1,7 @@
 #include "capture/RecordingSequence.h"
 
 #include "capture/chain/InputChain.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,9 +1,9 @@
-#include "capture/recorder/TrackFiles.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
+#include "exportfolder/ExportFolder.h"
 #include "exporting/EarlyEncoder.h"
 
 #include <cstdio>

@@ -1,12 +1,13 @@
-#include "capture/recorder/TrackFiles.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/RecordSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
+#include "exportfolder/ExportFolder.h"
 #include "exporting/EarlyEncoder.h"
 #include "exporting/ExportFolders.h"
 #include "splitting/SideRecut.h"
+#include "util/Decibels.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -26,7 +27,7 @@ RecordOptions recordOptionsFrom(Arguments& args) {
         throw UsageError("--split must be auto or off");
     options.automaticSplit = split == "auto";
     const double gain = args.numberOption("--gain").value_or(0);
-    if (gain < -60 || gain > 40)
+    if (gain < kMinGainDb || gain > kMaxGainDb)
         throw BadValue("--gain must lie between -60 and 40 dB");
     options.gainDb = static_cast<float>(gain);
     options.maxSeconds = args.numberOption("--max-seconds").value_or(0);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/recorder/ExportFolderLock.h"
 #include "cli/CommandLine.h"
+#include "exportfolder/ExportFolderLock.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,9 +1,9 @@
-#include "capture/recorder/ExportFolderLock.h"
-#include "capture/recorder/TrackFiles.h"
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
+#include "exportfolder/ExportFolder.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "exporting/ExportFolders.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "exporting/ExportFolders.h"
 
-#include "capture/recorder/ExportFolderLock.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
+#include "exportfolder/ExportFolderLock.h"
 
 #include <QStandardPaths>
 #include <QString>

@@ -3,7 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/CaptureCalls.h"
 #include "capture/Audio.h"
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "support/FakeAlerts.h"
 #include "support/Signals.h"
 #include "ui/panels/CustomView.h"

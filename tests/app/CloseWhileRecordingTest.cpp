@@ -1,5 +1,5 @@
 #include "app/AppRig.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 #include "exporting/TrackFileCheck.h"
 #include "support/MediaFiles.h"
 

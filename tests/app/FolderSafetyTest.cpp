@@ -1,6 +1,6 @@
 #include "app/AppRig.h"
-#include "capture/recorder/ExportFolderLock.h"
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "support/MediaFiles.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 #include "exporting/EarlyEncoder.h"
 #include "support/MediaFiles.h"
 #include "support/WizardRig.h"

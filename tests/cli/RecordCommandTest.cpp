@@ -1,7 +1,7 @@
 // `waxline-cli record` as a process: a file-size limit that makes the writes fail, and a kill
 // without warning. The track file must stay a WAV that libsndfile and ffprobe open.
-#include "capture/recorder/ExportFolderLock.h"
 #include "cli/CliRun.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "support/MediaFiles.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "exporting/ExportFolders.h"
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 
 #include "support/MediaFiles.h"
 #include "support/Signals.h"

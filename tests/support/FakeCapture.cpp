@@ -1,6 +1,6 @@
 #include "support/FakeCapture.h"
 
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 
 #include <sstream>
 

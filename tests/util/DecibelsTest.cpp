@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <vector>
+
 namespace {
 
 // Expected values worked out to 40 digits with Python's decimal module.
@@ -25,6 +28,23 @@ TEST(Decibels, DbampAndAmpdbInDoublePrecision) {
         EXPECT_NEAR(waxline::ampdb(c.amplitude), c.dB, 1e-13);
     }
     EXPECT_NEAR(waxline::ampdb(0.5), -6.020599913279623904274777894489860535364, 1e-14);
+}
+
+// The gain stage holds the gain to -60..+40 dB, so no factor is 0 or infinite, and a NaN gain is
+// unity; samples are clamped to full scale above only.
+TEST(Decibels, GainFactorAndItsClamp) {
+    struct Case {
+        double dB;
+        float factor;
+    };
+    const Case cases[] = {{0, 1.0f},     {20, 10.0f},    {40, 100.0f}, {400, 100.0f},
+                          {-60, 0.001f}, {-1e9, 0.001f}, {NAN, 1.0f},  {-20, 0.1f}};
+    for (const Case& c : cases)
+        EXPECT_FLOAT_EQ(waxline::gainFactor(c.dB), c.factor) << c.dB;
+    float samples[] = {0.5f, -0.9f, 0.2f, 1.0f};
+    waxline::applyGain(samples, 4, 2.0f);
+    EXPECT_EQ(std::vector<float>(samples, samples + 4),
+              (std::vector<float>{1.0f, -1.8f, 0.4f, 1.0f}));
 }
 
 } // namespace

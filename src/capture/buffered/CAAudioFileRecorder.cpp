@@ -1,6 +1,7 @@
 #include "capture/buffered/CAAudioFileRecorder.h"
 
 #include "capture/buffered/CAXException.h"
+#include "util/Decibels.h"
 
 #include <algorithm>
 #include <cmath>
@@ -116,7 +117,7 @@ void CAAudioFileRecorder::Stop() {
 }
 
 void CAAudioFileRecorder::SetInputGain(float dB) {
-    mGainFactor.store(std::pow(10.0f, dB / 20.0f), std::memory_order_relaxed);
+    mGainFactor.store(gainFactor(dB), std::memory_order_relaxed);
 }
 
 void CAAudioFileRecorder::InputProc(float* const* channels, uint32_t count, uint32_t frames) {
@@ -130,12 +131,7 @@ void CAAudioFileRecorder::InputProc(float* const* channels, uint32_t count, uint
             float* dst = mAudioInputPtrs.mBuffers[c].mData;
             // A mono device feeds both channels of the file.
             std::memcpy(dst, channels[std::min(c, count - 1)] + done, n * sizeof(float));
-            // Only the upper side is clamped; a NaN factor also takes this path.
-            if (!(gain == 1.0f)) {
-                for (uint32_t i = 0; i < n; ++i) {
-                    dst[i] = std::min(1.0f, gain * dst[i]);
-                }
-            }
+            applyGain(dst, n, gain);
         }
         PushBuffer(n, &mAudioInputPtrs);
         done += n;

@@ -268,7 +268,7 @@ bool CAPlayThrough::IsRunning() const {
 }
 
 void CAPlayThrough::SetInputGain(float dB) {
-    mGainFactor.store(static_cast<float>(dbamp(dB)), std::memory_order_relaxed);
+    mGainFactor.store(gainFactor(dB), std::memory_order_relaxed);
 }
 
 double CAPlayThrough::LatencyMilliseconds() const {
@@ -332,12 +332,7 @@ void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uin
                 std::memset(buffer.mData, 0, n * sizeof(float));
             }
             buffer.mDataByteSize = n * static_cast<uint32_t>(sizeof(float));
-            // Only the upper side is clamped; negative peaks pass as they are.
-            if (gain != 1.0f) {
-                for (uint32_t i = 0; i < n; ++i) {
-                    buffer.mData[i] = std::min(1.0f, gain * buffer.mData[i]);
-                }
-            }
+            applyGain(buffer.mData, n, gain);
         }
         const int64_t t = sampleTime + done;
         // Before the store, so what the callback changes is also what is heard.

@@ -1,4 +1,5 @@
 #include "capture/recorder/RecorderEngine.h"
+#include "util/Decibels.h"
 
 #include <fcntl.h>
 #include <sndfile.h>
@@ -88,7 +89,7 @@ bool RecorderEngine::beginFile(const std::string& path, double sampleRate, float
     auto* file = new TrackFile;
     file->sf = sf;
     file->fd = fd;
-    file->gain = std::pow(10.0f, gainDb / 20.0f);
+    file->gain = gainFactor(gainDb);
     file->path = path;
     file->headerWritten = std::chrono::steady_clock::now();
     file->framesPerHeader =

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Where a recording's track files lie; their names are in util/TrackFileNames.h, shared with the
-// splitting library, which must not depend on the capture engine.
+// Where a recording's track files lie. Their names are in util/TrackFileNames.h, which the
+// splitting library shares without Qt.
 namespace waxline {
 
 // $WAXLINE_EXPORT_DIR when set, else the first generic data location followed by

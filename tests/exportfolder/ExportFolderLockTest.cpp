@@ -1,6 +1,6 @@
 // The export folder's lock: one holder at a time, the refused side told who holds it, and no
 // lock left behind by a holder that died.
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>

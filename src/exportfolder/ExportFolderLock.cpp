@@ -1,4 +1,4 @@
-#include "capture/recorder/ExportFolderLock.h"
+#include "exportfolder/ExportFolderLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,4 +1,4 @@
-#include "capture/recorder/TrackFiles.h"
+#include "exportfolder/ExportFolder.h"
 
 #include <QStandardPaths>
 #include <QStringList>
