@@ -1,5 +1,5 @@
 #include "cli/Commands.h"
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 
 #include <sndfile.h>
 
@@ -8,6 +8,11 @@
 #include <vector>
 
 namespace waxline::cli {
+
+using demoside::DemoSideGenerator;
+using demoside::DemoSideLayout;
+using demoside::DemoSideOptions;
+using demoside::kMaxDemoSideSeconds;
 
 int makeDemoSideCommand(Arguments& args) {
     DemoSideOptions options;

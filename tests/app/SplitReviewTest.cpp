@@ -5,7 +5,7 @@
 #include "app/FakePanelViews.h"
 #include "app/FolderClaim.h"
 #include "app/PanelMachine.h"
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 #include "exportfolder/ExportFolderLock.h"
 #include "support/FakeAlerts.h"
 #include "support/MediaFiles.h"
@@ -33,9 +33,9 @@ namespace {
 namespace fs = std::filesystem;
 using waxline::app::PanelMachine;
 using waxline::app::SplitReview;
-using waxline::cli::DemoSideGenerator;
-using waxline::cli::DemoSideLayout;
-using waxline::cli::DemoSideOptions;
+using waxline::demoside::DemoSideGenerator;
+using waxline::demoside::DemoSideLayout;
+using waxline::demoside::DemoSideOptions;
 using waxline::test::FakeAlerts;
 using waxline::test::FakeCapture;
 using waxline::test::FakePanelViews;

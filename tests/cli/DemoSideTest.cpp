@@ -1,12 +1,12 @@
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
-using waxline::cli::DemoSideGenerator;
-using waxline::cli::DemoSideOptions;
+using waxline::demoside::DemoSideGenerator;
+using waxline::demoside::DemoSideOptions;
 
 namespace {
 

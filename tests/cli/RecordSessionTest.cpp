@@ -1,5 +1,5 @@
 #include "cli/RecordSession.h"
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 #include "exporting/EarlyEncoder.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
@@ -22,12 +22,12 @@ TEST_P(RecordSession, NothingIsLostAtASplit) {
     exporting::EarlyEncoder early;
     test::TempDir dir;
     const std::string side = dir.file("side.wav");
-    cli::DemoSideOptions demo;
+    demoside::DemoSideOptions demo;
     demo.tracks = 3;
     demo.seed = 11;
     demo.lengthSeconds = 170; // tracks of about half a minute: long enough for the detector
-    cli::DemoSideGenerator generator(demo);
-    const cli::DemoSideLayout layout = generator.layout();
+    demoside::DemoSideGenerator generator(demo);
+    const demoside::DemoSideLayout layout = generator.layout();
     std::vector<float> left(generator.totalFrames()), right(generator.totalFrames());
     for (size_t at = 0; size_t n = generator.render(left.data() + at, right.data() + at, 4096);)
         at += n;

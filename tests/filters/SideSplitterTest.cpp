@@ -1,7 +1,7 @@
 // The whole-side splitter on realistic synthetic sides: every expectation comes from the truth
 // the generator prints (where the gaps, fades, quiet passages and crackle bursts lie).
 #include "filters/SideSplitter.h"
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 #include "filters/SideAnalyser.h"
 #include "filters/SleeveTimes.h"
 
@@ -13,10 +13,10 @@
 #include <vector>
 
 using namespace Sonra::Audio::Filters;
-using waxline::cli::DemoSideGenerator;
-using waxline::cli::DemoSideLayout;
-using waxline::cli::DemoSideOptions;
-using Span = waxline::cli::DemoSideLayout::Span;
+using waxline::demoside::DemoSideGenerator;
+using waxline::demoside::DemoSideLayout;
+using waxline::demoside::DemoSideOptions;
+using Span = waxline::demoside::DemoSideLayout::Span;
 using Problem = SplitProposal::Problem;
 
 namespace {

@@ -1,10 +1,10 @@
-#include "cli/DemoSide.h"
+#include "demoside/DemoSide.h"
 
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
-namespace waxline::cli {
+namespace waxline::demoside {
 namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
@@ -471,4 +471,4 @@ size_t DemoSideGenerator::renderRealistic(float* left, float* right, size_t fram
     return n;
 }
 
-} // namespace waxline::cli
+} // namespace waxline::demoside

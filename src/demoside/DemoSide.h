@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace waxline::cli {
+namespace waxline::demoside {
 
 // Where the parts of a synthetic record side lie, in seconds from its start.
 struct DemoSideLayout {
@@ -129,4 +129,4 @@ private:
     size_t levelUpdate = 0;
 };
 
-} // namespace waxline::cli
+} // namespace waxline::demoside
