@@ -71,17 +71,9 @@ void MessageBoxAlerts::alert(const QString& titleKey, const QString& textKey,
 bool MessageBoxAlerts::ask(const QString& messageKey, const QString& informativeKey,
                            const QString& defaultButtonKey, const QString& alternateButtonKey,
                            const QStringList& arguments) {
-    QMessageBox box(parent);
-    prepare(box, QStringLiteral("IDS_APP_NAME"));
-    box.setText(alertText(messageKey, arguments));
-    if (!informativeKey.isEmpty())
-        box.setInformativeText(alertText(informativeKey, arguments));
-    QPushButton* yes = box.addButton(buttonText(defaultButtonKey), QMessageBox::YesRole);
-    QPushButton* no = box.addButton(buttonText(alternateButtonKey), QMessageBox::NoRole);
-    box.setDefaultButton(yes);
-    box.setEscapeButton(no);
-    box.exec();
-    return box.clickedButton() == yes;
+    // Return gives the default button, Esc the alternate one.
+    return choose(messageKey, informativeKey, {defaultButtonKey, alternateButtonKey}, 0, 1,
+                  arguments) == 0;
 }
 
 int MessageBoxAlerts::choose(const QString& messageKey, const QString& informativeKey,
