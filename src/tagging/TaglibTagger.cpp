@@ -47,10 +47,16 @@ bool isUtf8(const unsigned char* p) {
     return true;
 }
 
+std::mutex& taglibUse() {
+    static std::mutex use;
+    return use;
+}
+
 } // namespace
 
 TaglibTagger::TaglibTagger(const char* path, TagText text)
-    : stream(std::make_unique<TagFileStream>(path))
+    : exclusive(taglibUse())
+    , stream(std::make_unique<TagFileStream>(path))
     , fileRef(stream->isOpen()
                   ? TagLib::FileRef(stream.get(), true, TagLib::AudioProperties::Average)
                   : TagLib::FileRef())

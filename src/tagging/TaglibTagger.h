@@ -6,6 +6,7 @@
 #include <taglib/tpropertymap.h>
 
 #include <memory>
+#include <mutex>
 
 namespace waxline {
 
@@ -34,6 +35,9 @@ public:
     void setTrackNumber(const char* number);
 
 private:
+    // TagLib fills some of its tables lazily and without a lock, and the export tags from
+    // several encoder threads: one tagger at a time in the process, held from open to save.
+    std::unique_lock<std::mutex> exclusive;
     std::unique_ptr<TagFileStream> stream; // outlives fileRef, which reads and writes through it
     TagLib::FileRef fileRef;
     TagText text;
