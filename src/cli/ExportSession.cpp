@@ -214,12 +214,13 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
                      folder.c_str(), tracks, tracks == 1 ? "" : "s");
     } else if (tracks < 0) {
         // Cut off (a crash, a kill): the closed tracks and the one being recorded, unless that
-        // one caught nothing but the run-out groove.
+        // one caught nothing but the run-out groove. An empty folder is only said to be empty.
         tracks = trackFilesPresent(folder);
-        std::fprintf(userOut(),
-                     "The recording in %s was interrupted (it did not stop cleanly): %d track "
-                     "file%s, the last one cut off\n",
-                     folder.c_str(), tracks, tracks == 1 ? "" : "s");
+        if (tracks > 0)
+            std::fprintf(userOut(),
+                         "The recording in %s was interrupted (it did not stop cleanly): %d "
+                         "track file%s, the last one cut off\n",
+                         folder.c_str(), tracks, tracks == 1 ? "" : "s");
         if (tracks > 0 && holdsOnlyGrooveNoise(trackFileName(folder, tracks))) {
             std::fprintf(userOut(),
                          "Track file %d holds nothing but groove noise: it is left out\n", tracks);
