@@ -2,8 +2,9 @@
 // a fresh folder with waxline-cli on PATH and the helpers of prelude.sh. An indented "$ " line is
 // a command ("> " continues it); the indented lines after it are what it must print (standard
 // output and error together), a line ending in " (re)" being a regular expression and "[N]" the
-// exit status when it is not 0; unindented lines are comments. WAXLINE_TRANSCRIPT_UPDATE=1 writes
-// what was printed back into the file, keeping the expected lines that still match.
+// exit status when it is not 0; other lines ("# ...") are comments.
+// WAXLINE_TRANSCRIPT_UPDATE=1 writes what was printed back into the file, keeping the expected
+// lines that still match.
 #include "support/Signals.h"
 
 #include <gtest/gtest.h>

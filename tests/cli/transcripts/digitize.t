@@ -1,5 +1,5 @@
-The whole job headless: a synthetic side played by the virtual turntable is recorded, split at
-its gaps and exported; the run-out groove after the album end is not.
+# The whole job headless: a synthetic side played by the virtual turntable is recorded, split at
+# its gaps and exported; the run-out groove after the album end is not.
 
   $ demo_side side.wav --tracks 2 --seed 5
   $ waxline-cli digitize --virtual-device "usb=08bb:2900,name=USB Audio CODEC ,file=side.wav,speed=40" \
@@ -12,8 +12,8 @@ its gaps and exported; the run-out groove after the album end is not.
   artist=Deck
   track=2
 
-Ctrl-C during digitize: the tracks so far are kept, nothing reaches the library (the cut-off
-track would carry its full title), and the user is told how to export them.
+# Ctrl-C during digitize: the tracks so far are kept, nothing reaches the library (the cut-off
+# track would carry its full title), and the user is told how to export them.
 
   $ signal_when INT "[ -s cut/WXRTTmpFile.1.wav ] && sleep 1.5" waxline-cli digitize \
   >     --virtual-device file=side.wav,speed=10 --export-dir cut --library CutMusic \

@@ -1,11 +1,11 @@
-waxline-cli export on track files laid out as a recording leaves them. A quote in the export
-folder's path must not matter to anything.
+# waxline-cli export on track files laid out as a recording leaves them. A quote in the export
+# folder's path must not matter to anything.
 
   $ ex="rock'n'roll exports"; mkdir "$ex"
   $ fresh() { rm -rf "$ex"/* Music; for n in $(seq "$1"); do tone "$ex/WXRTTmpFile.$n.wav"; done; }
   $ export_ab() { waxline-cli export --export-dir "$ex" --artist A --album B --library Music "$@"; echo "[$?]"; }
 
-Only the counted tracks are exported; names are taken as typed, quotes and all.
+# Only the counted tracks are exported; names are taken as typed, quotes and all.
 
   $ fresh 3; printf '2\nfinished\n' >"$ex/WXRTTmpFile.count"
   $ waxline-cli export --export-dir "$ex" --artist 'Sam & Co' --album "Live '79" \
@@ -25,8 +25,8 @@ Only the counted tracks are exported; names are taken as typed, quotes and all.
   Sam & Co/Live '79/01 A "b" $(echo x).mp3
   Sam & Co/Live '79/02 Unknown.mp3
 
-An interrupted recording: a trailing track of groove noise (faint hiss, a click every
-revolution) is left out.
+# An interrupted recording: a trailing track of groove noise (faint hiss, a click every
+# revolution) is left out.
 
   $ fresh 2; printf '2\n' >"$ex/WXRTTmpFile.count"
   $ python3 -c 'import random, struct, wave
@@ -50,7 +50,7 @@ revolution) is left out.
   A/B/01 Unknown.mp3
   A/B/02 Unknown.mp3
 
---tracks overrides the count.
+# --tracks overrides the count.
 
   $ fresh 2; printf '2\nfinished\n' >"$ex/WXRTTmpFile.count"
   $ export_ab --tracks 1
@@ -64,7 +64,7 @@ revolution) is left out.
   $ files Music
   A/B/01 Unknown.mp3
 
-An empty track file fails the run, but not the other tracks.
+# An empty track file fails the run, but not the other tracks.
 
   $ fresh 3; printf '3\nfinished\n' >"$ex/WXRTTmpFile.count"; : >"$ex/WXRTTmpFile.2.wav"
   $ export_ab
@@ -86,7 +86,7 @@ An empty track file fails the run, but not the other tracks.
   A/B/01 Unknown.mp3
   A/B/03 Unknown.mp3
 
-No encoder on PATH.
+# No encoder on PATH.
 
   $ fresh 1; cli=$(command -v waxline-cli)
   $ PATH=/nonexistent "$cli" export --export-dir "$ex" --artist A --album B --library Music; echo "[$?]"
@@ -105,7 +105,7 @@ No encoder on PATH.
   [1]
   $ files Music
 
-A music folder that cannot be written: nothing is exported, and the way out is said.
+# A music folder that cannot be written: nothing is exported, and the way out is said.
 
   $ fresh 1; echo "a file where the folder should be" >Music
   $ waxline-cli export --export-dir "$ex" --artist A --album B --library Music/Sub; echo "[$?]"
@@ -114,7 +114,7 @@ A music folder that cannot be written: nothing is exported, and the way out is s
   [1]
   $ rm Music
 
-More titles than tracks names the unused ones; fewer is said but fine.
+# More titles than tracks names the unused ones; fewer is said but fine.
 
   $ fresh 2; printf '2\nfinished\n' >"$ex/WXRTTmpFile.count"
   $ export_ab --title One --title Two --title 'Three Left'
@@ -152,7 +152,7 @@ More titles than tracks names the unused ones; fewer is said but fine.
   A/B/02 Unknown.mp3
   A/B/03 Unknown.mp3
 
-Nothing to export, and a missing artist.
+# Nothing to export, and a missing artist.
 
   $ fresh 0; export_ab
   No recorded tracks to export in rock'n'roll exports
@@ -162,7 +162,7 @@ Nothing to export, and a missing artist.
   Usage: waxline-cli export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags]
   [2]
 
-Unicode names read back as typed with --unicode-tags, and as Latin-1 bytes read as UTF-8 without.
+# Unicode names read back as typed with --unicode-tags, and as Latin-1 bytes read as UTF-8 without.
 
   $ fresh 1; waxline-cli export --export-dir "$ex" --artist Café --album B --title Café --library Music >/dev/null
   $ tags "Music/Café/B/01 Café.mp3" | grep -E '^(artist|title)='

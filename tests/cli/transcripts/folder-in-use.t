@@ -1,6 +1,6 @@
-Every command that writes into the export folder refuses at once while another program holds
-it, names the holder and what it does there, and touches nothing; once let go, the folder is
-free. The shell holds the folder's lock here, as another program would.
+# Every command that writes into the export folder refuses at once while another program holds
+# it, names the holder and what it does there, and touches nothing; once let go, the folder is
+# free. The shell holds the folder's lock here, as another program would.
 
   $ demo_side one.wav --tracks 1 --seed 2; mkdir exports; tone exports/WXRTTmpFile.1.wav
   $ printf '1\nfinished\n' >exports/WXRTTmpFile.count; before=$(md5sum <exports/WXRTTmpFile.1.wav)

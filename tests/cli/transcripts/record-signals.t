@@ -1,11 +1,11 @@
-waxline-cli record killed or stopped by a signal. A track file must always stay a WAV
-that libsndfile and ffprobe open, with a header that tells its true length.
+# waxline-cli record killed or stopped by a signal. A track file must always stay a WAV
+# that libsndfile and ffprobe open, with a header that tells its true length.
 
   $ demo_side one.wav --tracks 1 --seed 2; demo_side two.wav --tracks 2 --seed 5
   $ deck() { echo "--virtual-device file=$1,speed=$2 --export-dir $3"; }
 
-Killed mid-track, the file's header covers all it had been fed but the last second; that is at
-least what the last live line showed, less half a second for its rounding.
+# Killed mid-track, the file's header covers all it had been fed but the last second; that is at
+# least what the last live line showed, less half a second for its rounding.
 
   $ signal_when KILL "grep -qE 'track 1  00:(00:0[3-9]|00:[1-5]|0[1-9]:)' out.log" \
   >     waxline-cli record $(deck two.wav 4 killed) --split off --preset none
@@ -15,8 +15,8 @@ least what the last live line showed, less half a second for its rounding.
   >     'BEGIN { if (s >= 3 && f / 44100 >= s - 1.5 && p >= s - 1.5) print "kept what was shown" }'
   kept what was shown
 
-A logout (SIGHUP) or a shutdown (SIGTERM) stops a recording as cleanly as Ctrl-C: exit 0, the
-track file complete and the count left for the export.
+# A logout (SIGHUP) or a shutdown (SIGTERM) stops a recording as cleanly as Ctrl-C: exit 0, the
+# track file complete and the count left for the export.
 
   $ for sig in INT TERM HUP; do
   >     signal_when $sig "[ -e $sig/WXRTTmpFile.1.wav ] && sleep 0.5" waxline-cli record $(deck one.wav 4 $sig) --split off --preset none
@@ -38,9 +38,9 @@ track file complete and the count left for the export.
   finished
   complete
 
-Killed during the second track, the recording leaves a count of the tracks closed so far, not
-marked finished; the export then says it was interrupted and takes the cut-off track too. (A
-child forked but not yet running its program holds the folder's lock for a moment.)
+# Killed during the second track, the recording leaves a count of the tracks closed so far, not
+# marked finished; the export then says it was interrupted and takes the cut-off track too. (A
+# child forked but not yet running its program holds the folder's lock for a moment.)
 
   $ signal_when KILL '[ -e mid/WXRTTmpFile.2.wav ] && [ $(stat -c %s mid/WXRTTmpFile.2.wav) -ge 1764000 ] && [ "$(cat mid/WXRTTmpFile.count)" = 1 ]' \
   >     waxline-cli record $(deck two.wav 10 mid) --preset none
@@ -53,9 +53,9 @@ child forked but not yet running its program holds the folder's lock for a momen
   A/B/01 Unknown.mp3
   A/B/02 Unknown.mp3
 
-Killed while a closed track is encoded behind the recording: the encoder goes with the recorder,
-and nothing it left is taken for a finished MP3. The export encodes that track itself, to the
-same audio as the export's command makes of it.
+# Killed while a closed track is encoded behind the recording: the encoder goes with the recorder,
+# and nothing it left is taken for a finished MP3. The export encodes that track itself, to the
+# same audio as the export's command makes of it.
 
   $ signal_when KILL "[ -e bg/WXRTTmpFile.1.encoding.mp3 ]" waxline-cli record $(deck two.wav 10 bg) --preset none
   exit 137

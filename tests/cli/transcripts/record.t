@@ -1,10 +1,10 @@
-waxline-cli record as a process: limits, kills and signals. A track file must always stay a WAV
-that libsndfile and ffprobe open, with a header that tells its true length.
+# waxline-cli record as a process: limits, kills and signals. A track file must always stay a WAV
+# that libsndfile and ffprobe open, with a header that tells its true length.
 
   $ demo_side one.wav --tracks 1 --seed 2; demo_side two.wav --tracks 2 --seed 5
   $ deck() { echo "--virtual-device file=$1,speed=$2 --export-dir $3"; }
 
-The time limit counts recorded audio, not the status ticks: at any speed 1.5 s is 66150 frames.
+# The time limit counts recorded audio, not the status ticks: at any speed 1.5 s is 66150 frames.
 
   $ for speed in 1 20 max; do
   >     waxline-cli record $(deck one.wav $speed at-$speed) --split off --preset none --max-seconds 1.5 >/dev/null
@@ -13,9 +13,9 @@ The time limit counts recorded audio, not the status ticks: at any speed 1.5 s i
   20: 66150 frames at 44100 Hz
   max: 66150 frames at 44100 Hz
 
-Writes fail once the track file reaches a size limit (SIGXFSZ ignored, so they fail with EFBIG):
-the recording stops and says so, and the file holds what fitted, at most one 4096-frame block
-short of the limit.
+# Writes fail once the track file reaches a size limit (SIGXFSZ ignored, so they fail with EFBIG):
+# the recording stops and says so, and the file holds what fitted, at most one 4096-frame block
+# short of the limit.
 
   $ (trap '' XFSZ; exec prlimit --fsize=1000000 waxline-cli record $(deck one.wav 40 big) \
   >     --split off --preset none --max-seconds 60) | grep -E "could not be written|before is kept"; echo "[${PIPESTATUS[0]}]"
@@ -30,8 +30,8 @@ short of the limit.
   $ awk -v p="$(seconds big/WXRTTmpFile.1.wav)" -v f=$frames 'BEGIN { if (p - f / 44100 < 0.01 && f / 44100 - p < 0.01) print "ffprobe agrees" }'
   ffprobe agrees
 
-record makes each counted track's MP3 behind the recording unless told not to, and export says
-which tracks were ready and takes them.
+# record makes each counted track's MP3 behind the recording unless told not to, and export says
+# which tracks were ready and takes them.
 
   $ waxline-cli record $(deck two.wav 20 early) --preset none | grep "while recording"
   2 of 2 tracks encoded to MP3 while recording
@@ -50,8 +50,8 @@ which tracks were ready and takes them.
   track 1/2  #1  LateMusic/A/B/01 Unknown.mp3
   track 2/2  #2  LateMusic/A/B/02 Unknown.mp3
 
-A full disk: the recording stops and says so once, in words a person can act on. The disk is a
-600 kB tmpfs in a private mount namespace.
+# A full disk: the recording stops and says so once, in words a person can act on. The disk is a
+# 600 kB tmpfs in a private mount namespace.
 
   $ mkdir disk; unshare -rm sh -c "mount -t tmpfs -o size=600k tmpfs disk &&
   >     exec waxline-cli record $(deck one.wav max disk/exports) --split off --preset none"; echo "[$?]"
@@ -64,8 +64,8 @@ A full disk: the recording stops and says so once, in words a person can act on.
   0 of 1 track encoded to MP3 while recording
   [1]
 
-The engine's diagnostic lines go to the log beside the export folder; the terminal sees them only
-with --verbose, and the user's lines always. Each run appends under its own heading.
+# The engine's diagnostic lines go to the log beside the export folder; the terminal sees them only
+# with --verbose, and the user's lines always. Each run appends under its own heading.
 
   $ diagnostics="selectInputFromDeviceList Device = |setNoFilter|Found device VID 0x08BB"
   $ for verbose in "" --verbose; do
@@ -77,8 +77,8 @@ with --verbose, and the user's lines always. Each run appends under its own head
   0
   2
 
-A recording that was never exported is not thrown away by the next one unless asked; once
-exported (or discarded) the folder is free again.
+# A recording that was never exported is not thrown away by the next one unless asked; once
+# exported (or discarded) the folder is free again.
 
   $ keep() { waxline-cli record $(deck one.wav max kept) --split off --preset none --max-seconds "$@" 2>&1 | grep -E "never exported"; soxi -s kept/WXRTTmpFile.1.wav; }
   $ keep 1

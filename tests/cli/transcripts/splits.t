@@ -1,12 +1,12 @@
-waxline-cli splits as a person runs it, on a realistic four-track side cut as the recorder
-leaves it.
+# waxline-cli splits as a person runs it, on a realistic four-track side cut as the recorder
+# leaves it.
 
   $ demo_side side.wav --tracks 4 --seed 3 --realistic
   $ grep -c gap side.wav.layout
   3
 
-Asking changes nothing. The table holds the live splits beside the proposal: one live split in
-the first gap, one in the music of the second track.
+# Asking changes nothing. The table holds the live splits beside the proposal: one live split in
+# the first gap, one in the music of the second track.
 
   $ in_music=$(awk '/gap/ { g[++n] = $2; e[n] = $5 } END { printf "%d", (e[1] + g[2]) / 2 * 44100 }' side.wav.layout)
   $ cut_into live side.wav $(gap_middle side.wav 1) $in_music; before=$(samples live/*.wav)
@@ -28,7 +28,7 @@ the first gap, one in the music of the second track.
   WXRTTmpFile.3.wav
   WXRTTmpFile.count
 
-A count above what the side holds: the extra boundaries are guesses, and are marked.
+# A count above what the side holds: the extra boundaries are guesses, and are marked.
 
   $ cut_into whole side.wav
   $ waxline-cli splits --folder whole --tracks 6; echo "[$?]"
@@ -45,8 +45,8 @@ A count above what the side holds: the extra boundaries are guesses, and are mar
   Give --apply to re-cut the tracks as proposed all the same, after listening there.
   [0]
 
---apply re-cuts: the files join to the very samples of the side, the count file follows, and the
-MP3s and exported marker of the old cut go. The same again finds nothing to do.
+# --apply re-cuts: the files join to the very samples of the side, the count file follows, and the
+# MP3s and exported marker of the old cut go. The same again finds nothing to do.
 
   $ full=$(samples side.wav); third=$(($(soxi -s side.wav) / 3))
   $ recut() { folder=$1; shift; echo old >$folder/WXRTTmpFile.1.mp3; echo exported >$folder/WXRTTmpFile.exported
@@ -66,7 +66,7 @@ MP3s and exported marker of the old cut go. The same again finds nothing to do.
   $ waxline-cli splits --folder whole --apply | tail -1
   The tracks already start there: nothing to re-cut
 
-The sleeve's count mends a bad live cut.
+# The sleeve's count mends a bad live cut.
 
   $ cut_into bad side.wav $third $((2 * third))
   $ recut bad --tracks 4 --apply
@@ -82,7 +82,7 @@ The sleeve's count mends a bad live cut.
   $ waxline-cli splits --folder bad --tracks 4 --apply | tail -1
   The tracks already start there: nothing to re-cut
 
-Times typed by hand land on the frame they name.
+# Times typed by hand land on the frame they name.
 
   $ cut_into typed side.wav $third
   $ recut typed --at 1:00,2:00.5,150 --apply | head -2; starts typed
@@ -92,7 +92,7 @@ Times typed by hand land on the frame they name.
   5314050
   6615000
 
-Each bad value: exit 2, one line on standard error naming what is wrong, the files as they were.
+# Each bad value: exit 2, one line on standard error naming what is wrong, the files as they were.
 
   $ cut_into one side.wav; before=$(samples one/*.wav)
   $ bad() { waxline-cli splits --folder one "$@" 2>&1 >/dev/null; echo "[$?]"; }
@@ -133,7 +133,7 @@ Each bad value: exit 2, one line on standard error naming what is wrong, the fil
   WXRTTmpFile.1.wav
   WXRTTmpFile.count
 
-Nothing to split: no folder, or an empty one.
+# Nothing to split: no folder, or an empty one.
 
   $ mkdir empty
   $ waxline-cli splits --folder none; echo "[$?]"
@@ -143,7 +143,7 @@ Nothing to split: no folder, or an empty one.
   No recorded tracks in empty
   [2]
 
-What a re-cut killed before its switch-over left is cleared away before the side is read.
+# What a re-cut killed before its switch-over left is cleared away before the side is read.
 
   $ cp one/WXRTTmpFile.1.wav one/WXRTTmpFile.new.1.wav
   $ waxline-cli splits --folder one | head -1; ls one
@@ -151,8 +151,8 @@ What a re-cut killed before its switch-over left is cleared away before the side
   WXRTTmpFile.1.wav
   WXRTTmpFile.count
 
-A disk with room for the side but not for a second copy: the re-cut is refused before it writes
-anything. The disk is a tmpfs in a private mount namespace.
+# A disk with room for the side but not for a second copy: the re-cut is refused before it writes
+# anything. The disk is a tmpfs in a private mount namespace.
 
   $ demo_side short.wav --tracks 1 --length 90 --seed 5 && cut_into staged short.wav && mkdir disk
   $ unshare -rm sh -c 'mount -t tmpfs -o size=24m tmpfs disk && cp -r staged disk/exports &&
@@ -168,8 +168,8 @@ anything. The disk is a tmpfs in a private mount namespace.
   WXRTTmpFile.1.wav
   WXRTTmpFile.count
 
-record --tracks N: the side recorded through the virtual deck ends up in N files holding what
-the live splits held, each boundary in its gap.
+# record --tracks N: the side recorded through the virtual deck ends up in N files holding what
+# the live splits held, each boundary in its gap.
 
   $ demo_side three.wav --tracks 3 --seed 8
   $ waxline-cli record --virtual-device file=three.wav,speed=40 --export-dir rec --preset none \
@@ -181,8 +181,8 @@ the live splits held, each boundary in its gap.
   start 1: in gap 1
   start 2: in gap 2
 
-Durations that do not fit the side digitize recorded: said in one line, the live cut kept and
-nothing exported, since the titles were meant for another cut.
+# Durations that do not fit the side digitize recorded: said in one line, the live cut kept and
+# nothing exported, since the titles were meant for another cut.
 
   $ demo_side two.wav --tracks 2 --seed 4; seconds=$(($(soxi -s two.wav) / 44100))
   $ waxline-cli digitize --artist A --album B --virtual-device file=two.wav,speed=40 \

@@ -1,5 +1,5 @@
-Help goes to standard output and exits 0; each command's help explains its own options. The
-line shown is the help's first; the grep fails the command when the option is not explained.
+# Help goes to standard output and exits 0; each command's help explains its own options. The
+# line shown is the help's first; the grep fails the command when the option is not explained.
 
   $ help() { waxline-cli "$@" 2>/dev/null >help.txt; echo "exit $? $(head -1 help.txt | cut -c1-30)"; }
   $ explains() { grep -c -- "$1" help.txt; }
@@ -40,7 +40,7 @@ line shown is the help's first; the grep fails the command when the option is no
   exit 0 Usage: waxline-cli splits [--e
   2
 
-A bad command line exits 2 with the usage.
+# A bad command line exits 2 with the usage.
 
   $ for args in "analyse" "analyse a.wav b.wav" "analyse x.wav --preset loud" \
   >     "analyse x.wav --bogus" "make-demo-side" "frobnicate"; do
@@ -52,8 +52,8 @@ A bad command line exits 2 with the usage.
   2 1
   2 1
 
-Each bad value or unusable file: exit 2 and one line on standard error naming what is wrong,
-nothing on standard output, nothing made.
+# Each bad value or unusable file: exit 2 and one line on standard error naming what is wrong,
+# nothing on standard output, nothing made.
 
   $ bad() { waxline-cli "$@" 2>&1 >/dev/null; echo "[$?]"; }
   $ bad make-demo-side new.wav --length 0
@@ -144,8 +144,8 @@ nothing on standard output, nothing made.
   text.wav
   transcript.sh
 
-analyse never writes over its input, however the output names it; through a link to write
-elsewhere is fine.
+# analyse never writes over its input, however the output names it; through a link to write
+# elsewhere is fine.
 
   $ demo_side side.wav --tracks 1 --seed 3 && digest=$(samples side.wav)
   $ ln -s side.wav link.wav && ln side.wav hard.wav && mkdir sub
