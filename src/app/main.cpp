@@ -6,6 +6,8 @@
 #include "app/MessageBoxAlerts.h"
 #include "capture/Audio.h"
 #include "exporting/ExportFolders.h"
+#include "platform/Platform.h"
+#include "platform/PlatformError.h"
 #include "ui/Catalogue.h"
 #include "ui/UiResources.h"
 #include "ui/panels/CustomView.h"
@@ -55,12 +57,16 @@ int main(int argc, char** argv) {
     waxline::platform::Platform platform;
     try {
         platform = waxline::platform::openPlatform(setup);
-    } catch (const std::exception& e) {
+    } catch (const waxline::platform::PlatformError& e) {
         // The window still opens, so the user learns why nothing works.
         auto panel = waxline::ui::loadPanelForLooking(1);
         window.setContentView(panel.get());
         window.show();
-        alerts.alert(QStringLiteral("IDS_WARNING"), QStringLiteral("IDS_NO_AUDIO_SERVER"),
+        const bool usb =
+            e.reason() == waxline::platform::PlatformError::Reason::UsbRegistryUnavailable;
+        alerts.alert(QStringLiteral("IDS_WARNING"),
+                     usb ? QStringLiteral("IDS_NO_USB_REGISTRY")
+                         : QStringLiteral("IDS_NO_AUDIO_SERVER"),
                      {QString::fromLocal8Bit(e.what())});
         return 1;
     }

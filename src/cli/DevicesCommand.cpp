@@ -2,6 +2,7 @@
 #include "capture/devices/KnownUsbDevices.h"
 #include "capture/monitor/MonitorHost.h"
 #include "cli/Commands.h"
+#include "cli/PlatformWords.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -62,9 +63,9 @@ int devicesCommand(Arguments& args) {
     platform::Platform platform;
     try {
         platform = platform::openPlatform(setup);
-    } catch (const std::exception& e) {
+    } catch (const platform::PlatformError& e) {
         // A virtual device that cannot be made is a bad value, as in record.
-        std::fprintf(stderr, "waxline-cli devices: %s\n", e.what());
+        std::fprintf(stderr, "waxline-cli devices: %s\n", describe(e).c_str());
         return 2;
     }
 

@@ -4,6 +4,7 @@
 #include "capture/RecordingSequence.h"
 #include "capture/chain/FilterSwap.h"
 #include "capture/chain/InputChain.h"
+#include "cli/PlatformWords.h"
 #include "cli/Terminal.h"
 #include "exporting/EarlyEncoder.h"
 #include "platform/Platform.h"
@@ -174,8 +175,8 @@ int recordSide(const RecordOptions& options, RecordResult& result) {
     platform::Platform platform;
     try {
         platform = platform::openPlatform(options.virtualDevice);
-    } catch (const std::exception& e) {
-        std::fprintf(userErr(), "waxline-cli record: %s\n", e.what());
+    } catch (const platform::PlatformError& e) {
+        std::fprintf(userErr(), "waxline-cli record: %s\n", describe(e).c_str());
         return 2;
     }
 

@@ -1,9 +1,10 @@
 #include "platform/LibudevUsbBus.h"
 
+#include "platform/PlatformError.h"
+
 #include <libudev.h>
 
 #include <cstdlib>
-#include <stdexcept>
 
 namespace waxline::platform {
 
@@ -27,7 +28,7 @@ bool readHex16(udev_device* device, const char* attribute, uint16_t& value) {
 LibudevUsbBus::LibudevUsbBus()
     : context(udev_new()) {
     if (!context)
-        throw std::runtime_error("cannot open udev to list USB devices");
+        throw PlatformError(PlatformError::Reason::UsbRegistryUnavailable, "udev_new");
 }
 
 LibudevUsbBus::~LibudevUsbBus() {

@@ -9,7 +9,7 @@ namespace waxline::platform {
 // The machine's USB devices as udev lists them (subsystem usb, devtype usb_device).
 class LibudevUsbBus : public UsbBus {
 public:
-    // Throws std::runtime_error when udev cannot be opened.
+    // Throws PlatformError when udev cannot be opened.
     LibudevUsbBus();
     ~LibudevUsbBus() override;
     LibudevUsbBus(const LibudevUsbBus&) = delete;

@@ -1,10 +1,10 @@
 #include "platform/Platform.h"
 
+#include "platform/PlatformError.h"
 #include "platform/virtual/VirtualAudioSystem.h"
 #include "platform/virtual/VirtualUsbBus.h"
 
 #include <cstdlib>
-#include <stdexcept>
 
 namespace waxline::platform {
 
@@ -18,14 +18,13 @@ Platform openPlatform(const std::string& virtualSetup) {
             setup = env;
     Platform platform;
     if (!setup.empty()) {
-        VirtualSetup parsed;
         try {
-            parsed = parseVirtualSetup(setup);
-        } catch (const std::invalid_argument& error) {
-            throw std::runtime_error(error.what());
+            const VirtualSetup parsed = parseVirtualSetup(setup);
+            platform.audio = std::make_unique<VirtualAudioSystem>(parsed);
+            platform.usb = std::make_unique<VirtualUsbBus>(parsed.usb);
+        } catch (const std::exception& error) {
+            throw PlatformError(PlatformError::Reason::VirtualDeviceInvalid, error.what());
         }
-        platform.audio = std::make_unique<VirtualAudioSystem>(parsed);
-        platform.usb = std::make_unique<VirtualUsbBus>(parsed.usb);
         return platform;
     }
     platform.audio = openPulseAudio();

@@ -15,7 +15,7 @@ struct Platform {
 
 // The virtual devices when setup (or, when setup is empty, $WAXLINE_VIRTUAL_DEVICE) names them,
 // e.g. "usb=08bb:2900,name=USB Audio CODEC ,file=side.wav,speed=1"; otherwise PulseAudio and
-// libudev. Throws std::runtime_error with a one-line message when neither can be had.
+// libudev. Throws PlatformError when they cannot be had.
 Platform openPlatform(const std::string& virtualSetup = {});
 
 } // namespace waxline::platform

@@ -17,7 +17,7 @@ class PulseConnection;
 // the main-loop thread.
 class PulseAudioSystem : public AudioSystem {
 public:
-    // Throws std::runtime_error with a one-line message when the server cannot be reached.
+    // Throws PlatformError when the server cannot be reached.
     PulseAudioSystem();
     ~PulseAudioSystem() override;
 

@@ -1,9 +1,10 @@
 #include "platform/pulse/PulseConnection.h"
 
+#include "platform/PlatformError.h"
+
 #include <pulse/rtclock.h>
 
 #include <cstdio>
-#include <stdexcept>
 
 namespace waxline::platform {
 
@@ -27,11 +28,11 @@ void onTimer(pa_mainloop_api*, pa_time_event*, const struct timeval*, void* user
 PulseConnection::PulseConnection() {
     mainloop = pa_threaded_mainloop_new();
     if (!mainloop)
-        throw std::runtime_error("cannot create the PulseAudio main loop");
+        throw PlatformError(PlatformError::Reason::AudioClientFailed, "pa_threaded_mainloop_new");
     ctx = pa_context_new(pa_threaded_mainloop_get_api(mainloop), "Waxline");
     if (!ctx) {
         pa_threaded_mainloop_free(mainloop);
-        throw std::runtime_error("cannot create a PulseAudio context");
+        throw PlatformError(PlatformError::Reason::AudioClientFailed, "pa_context_new");
     }
     pa_context_set_state_callback(
         ctx, [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->signal(); }, this);
@@ -40,7 +41,7 @@ PulseConnection::PulseConnection() {
     if (pa_context_connect(ctx, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         failure = pa_strerror(pa_context_errno(ctx));
     } else if (pa_threaded_mainloop_start(mainloop) < 0) {
-        failure = "cannot start the main loop thread";
+        failure = "pa_threaded_mainloop_start";
     } else {
         PulseLock lock(*this);
         const bool settled = waitFor([this] {
@@ -48,7 +49,7 @@ PulseConnection::PulseConnection() {
             return state == PA_CONTEXT_READY || !PA_CONTEXT_IS_GOOD(state);
         });
         if (!settled)
-            failure = "no answer within 5 s";
+            failure = "timeout";
         else if (pa_context_get_state(ctx) != PA_CONTEXT_READY)
             failure = pa_strerror(pa_context_errno(ctx));
     }
@@ -58,7 +59,7 @@ PulseConnection::PulseConnection() {
         pa_context_disconnect(ctx);
         pa_context_unref(ctx);
         pa_threaded_mainloop_free(mainloop);
-        throw std::runtime_error("cannot reach the PulseAudio server: " + failure);
+        throw PlatformError(PlatformError::Reason::AudioServerUnreachable, failure);
     }
     notifier = std::thread([this] { notifierLoop(); });
 }

@@ -18,7 +18,7 @@ namespace waxline::platform {
 // Streams hold it by shared_ptr, so it lives until the last of them is gone.
 class PulseConnection {
 public:
-    // Throws std::runtime_error with a one-line message when the server cannot be reached.
+    // Throws PlatformError when the server cannot be reached.
     PulseConnection();
     ~PulseConnection();
     PulseConnection(const PulseConnection&) = delete;

@@ -109,6 +109,11 @@
         <translation>Waxline erreicht das Audiosystem dieses Computers nicht (%1). Prüfen Sie, ob der Ton funktioniert, etwa in den Audio-Einstellungen, und starten Sie Waxline neu.</translation>
     </message>
     <message>
+        <source>IDS_NO_USB_REGISTRY</source>
+        <extracomment>At start-up; %1 = reason from the system; an alert text, Qt rich text</extracomment>
+        <translation>Waxline kann die USB-Geräte dieses Computers nicht auflisten (%1) und findet deshalb weder Plattenspieler noch Kassettendeck. Starten Sie Waxline neu; bleibt es dabei, braucht die Geräteverwaltung des Systems (udev) Aufmerksamkeit.</translation>
+    </message>
+    <message>
         <source>IDS_MONITOR_FAILED</source>
         <extracomment>Listening to the deck failed; Waxline ends after this; %1 = reason; an alert text, Qt rich text</extracomment>
         <translation>Waxline kann das Gerät nicht über Ihre Lautsprecher wiedergeben (%1) und muss sich beenden. Prüfen Sie die Audio-Einstellungen und starten Sie Waxline dann neu.</translation>

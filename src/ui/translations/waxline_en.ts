@@ -109,6 +109,11 @@
         <translation>Waxline cannot reach the sound system of this computer (%1). Check that sound works, for instance in the sound settings, and start Waxline again.</translation>
     </message>
     <message>
+        <source>IDS_NO_USB_REGISTRY</source>
+        <extracomment>At start-up; %1 = reason from the system; an alert text, Qt rich text</extracomment>
+        <translation>Waxline cannot list the USB devices of this computer (%1), so it cannot find the turntable or cassette deck. Start Waxline again; if this stays, the system&apos;s device manager (udev) needs looking at.</translation>
+    </message>
+    <message>
         <source>IDS_MONITOR_FAILED</source>
         <extracomment>Listening to the deck failed; Waxline ends after this; %1 = reason; an alert text, Qt rich text</extracomment>
         <translation>Waxline cannot play the deck through your speakers (%1) and has to close. Check the sound settings, then start Waxline again.</translation>

@@ -1,4 +1,5 @@
 #include "platform/virtual/VirtualUsbBus.h"
+#include "platform/PlatformError.h"
 #include "platform/virtual/VirtualAudioSystem.h"
 
 #include <gtest/gtest.h>
@@ -56,8 +57,8 @@ TEST(OpenPlatform, TakesTheEnvironmentWhenNoSetupIsGivenAndReportsBadSetups) {
     ASSERT_EQ(fromEnvironment.audio->devices(Direction::Input).size(), 1u);
     EXPECT_EQ(fromEnvironment.audio->devices(Direction::Input)[0].name, "From the environment");
 
-    EXPECT_THROW(openPlatform("speed=fast"), std::runtime_error);
-    EXPECT_THROW(openPlatform("file=/nonexistent/side.wav"), std::runtime_error);
+    EXPECT_THROW(openPlatform("speed=fast"), PlatformError);
+    EXPECT_THROW(openPlatform("file=/nonexistent/side.wav"), PlatformError);
 }
 
 } // namespace
