@@ -1,12 +1,9 @@
-// What the command-line tests share: waxline-cli as a shell command line, and the gaps
-// make-demo-side prints.
+// What the command-line tests share: waxline-cli as a shell command line.
 #pragma once
 
 #include "support/Signals.h"
 
-#include <regex>
 #include <string>
-#include <vector>
 
 namespace waxline::test {
 
@@ -20,19 +17,6 @@ inline std::string exportCommand(const std::string& exports, const std::string& 
                                  const std::string& extra = "") {
     return cli("export --export-dir " + shellQuote(exports) + " --library " + shellQuote(library) +
                " --artist A --album B" + extra);
-}
-
-struct Span {
-    double start, end;
-};
-
-// The gap lines of the layout make-demo-side prints, in seconds.
-inline std::vector<Span> gapsIn(const std::string& layout) {
-    std::vector<Span> gaps;
-    const std::regex line(R"(gap\s+([0-9.]+) s \.\.\s+([0-9.]+) s)");
-    for (std::sregex_iterator it(layout.begin(), layout.end(), line), end; it != end; ++it)
-        gaps.push_back({std::stod((*it)[1]), std::stod((*it)[2])});
-    return gaps;
 }
 
 } // namespace waxline::test
