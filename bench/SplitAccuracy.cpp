@@ -297,8 +297,8 @@ void saveScan(const fs::path& path, const Scanned& s) {
     std::ofstream out(path, std::ios::binary);
     const SideFeatures& f = s.features;
     const uint64_t hop = f.hop, bins = f.bins;
-    const double numbers[] = {f.sampleRate, f.firstBinHz, f.binHz, s.liveCpu, s.finderCpu,
-                              s.scanCpu};
+    const double numbers[] = {f.sampleRate, f.firstBinHz, f.binHz,
+                              s.liveCpu,    s.finderCpu,  s.scanCpu};
     const int64_t counts[] = {f.inputFrames, s.frames};
     out.write(reinterpret_cast<const char*>(&kCacheVersion), sizeof kCacheVersion);
     out.write(reinterpret_cast<const char*>(&hop), sizeof hop);
