@@ -34,6 +34,8 @@ constexpr double kMinTrackSeconds = 12;
 constexpr double kDipSpacingSeconds = 5;
 constexpr size_t kMaxDips = 3 * SideSplitter::kMaxTracks;
 constexpr double kDipConfidence = 0.02;
+constexpr double kLowBandTopHz = 800; // soft music keeps its energy low; hiss and clicks do not
+constexpr size_t kLowBandReach = 5;   // frames either side of the median that steadies it
 
 float median(std::vector<float>& values) {
     if (values.empty())
@@ -179,6 +181,7 @@ void SideSplitter::classifyFrames() {
             levels.push_back(side.level[f]);
     if (levels.size() >= kMinNoiseFrames)
         noiseLevel = median(levels);
+    findLowBand();
     for (size_t f = 0; f < n; ++f)
         music[f] = side.level[f] > kSilentDb &&
                    (tonal[f] >= kTonalPeaks || side.level[f] - noiseLevel >= kLoudDb);
@@ -215,6 +218,33 @@ void SideSplitter::classifyFrames() {
         f = end;
     }
     hasMusic = found;
+}
+
+void SideSplitter::findLowBand() {
+    // The low band's mean dB above the noise's, per frame: a single frame of noise sits the
+    // log-average bias below its mean power, which is added back so noise reads about 0. The
+    // median over half a second ignores the clicks that lift single frames.
+    const size_t n = side.frames();
+    const auto step = static_cast<float>(SideFeatures::kSpectrumStepDb);
+    const auto top = static_cast<size_t>(std::clamp(
+        (kLowBandTopHz - side.firstBinHz) / side.binHz + 1, 1.0, static_cast<double>(side.bins)));
+    std::vector<float> perFrame(n);
+    for (size_t f = 0; f < n; ++f) {
+        const uint8_t* s = side.spectrumOf(f);
+        float sum = 0;
+        for (size_t b = 0; b < top; ++b)
+            sum += static_cast<float>(s[b]) - profile[b];
+        perFrame[f] = sum * step / static_cast<float>(top) + static_cast<float>(kLogAverageBiasDb);
+    }
+    lowBand.assign(n, 0);
+    std::vector<float> window;
+    for (size_t f = 0; f < n; ++f) {
+        const size_t from = f >= kLowBandReach ? f - kLowBandReach : 0;
+        const size_t to = std::min(n, f + kLowBandReach + 1);
+        window.assign(perFrame.begin() + static_cast<std::ptrdiff_t>(from),
+                      perFrame.begin() + static_cast<std::ptrdiff_t>(to));
+        lowBand[f] = median(window);
+    }
 }
 
 void SideSplitter::findCandidates() {
@@ -349,6 +379,18 @@ float SideSplitter::musicMargin(int64_t from, int64_t to) const {
     for (size_t f = first; f < last; ++f)
         lowest = std::min(lowest, smoothed[f] - noiseLevel);
     return first < last ? lowest : -std::numeric_limits<float>::infinity();
+}
+
+float SideSplitter::lowBandPeak(int64_t from, int64_t to) const {
+    const auto hop = static_cast<int64_t>(side.hop);
+    if (hop == 0 || from < 0 || to <= from || to > side.inputFrames || lowBand.empty())
+        return std::numeric_limits<float>::infinity();
+    const auto first = static_cast<size_t>(from / hop);
+    const auto last = std::min(side.frames(), static_cast<size_t>((to + hop - 1) / hop));
+    float highest = -std::numeric_limits<float>::infinity();
+    for (size_t f = first; f < last; ++f)
+        highest = std::max(highest, lowBand[f]);
+    return first < last ? highest : std::numeric_limits<float>::infinity();
 }
 
 int64_t SideSplitter::sampleOf(size_t frame) const {

@@ -55,6 +55,9 @@ public:
     // The lowest level above the groove noise, in dB, over side frames [from, to): how sure it
     // is that the stretch holds music throughout. Minus infinity outside the side.
     float musicMargin(int64_t from, int64_t to) const;
+    // The highest level of the low band above the groove noise's, in dB, over side frames
+    // [from, to): how much soft music a quiet stretch may hide. Infinity outside the side.
+    float lowBandPeak(int64_t from, int64_t to) const;
 
 private:
     struct Candidate {
@@ -67,6 +70,7 @@ private:
 
     void learnNoise();
     void classifyFrames();
+    void findLowBand();
     void findCandidates();
     void findDips();
     SplitProposal emptyProposal() const;
@@ -79,6 +83,7 @@ private:
     std::vector<float> profile;  // groove-noise spectrum, in spectrum steps
     float noiseLevel = 0;
     std::vector<uint8_t> tonal; // spectral peaks above the noise, counted up to 3
+    std::vector<float> lowBand; // the low band's level above the noise's, dB, steadied
     std::vector<bool> music;
     bool hasMusic = false;
     size_t musicFirst = 0; // frames [musicFirst, musicLast) hold the music

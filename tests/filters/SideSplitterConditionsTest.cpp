@@ -221,7 +221,8 @@ INSTANTIATE_TEST_SUITE_P(
         TrustCase{
             "DropsASplitInLoudMusic", 0, {1, 2, 3, -100}, Choice::Proposal, Reason::Confident},
         TrustCase{
-            "DropsASplitInAPianissimo", 0, {-30, 1, 2, 3}, Choice::Live, Reason::DoubtfulRemoved}),
+            "DropsASplitInAPianissimo", 0, {-30, 1, 2, 3}, Choice::Live, Reason::DoubtfulRemoved},
+        TrustCase{"ACountLeavingOutAClearGap", -1, {}, Choice::Live, Reason::DoubtfulAdded}),
     [](const testing::TestParamInfo<TrustCase>& info) { return std::string(info.param.name); });
 
 } // namespace
