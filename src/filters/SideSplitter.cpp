@@ -13,6 +13,8 @@ constexpr float kModeStepDb = 0.5;  // the level distribution's resolution
 constexpr float kModeWidthDb = 1.5; // frames this close to its noise peak are groove noise
 constexpr size_t kMinNoiseFrames = 10;
 constexpr size_t kMinModeFrames = 40;
+constexpr double kModeSeconds = 8;           // of noise make a peak however much music there is
+constexpr float kModeClimbDb = 1.5;          // from where the noise's frames are enough to its peak
 constexpr double kExponentialMedianDb = 1.6; // a noise bin's mean lies 1.6 dB above its median
 constexpr double kLogAverageBiasDb = 2.5;    // -10 log10(e) times Euler's constant
 constexpr double kAboveNoiseDb = 8;          // a peak this far above the noise's mean power ...
@@ -63,6 +65,7 @@ SideSplitter::SideSplitter(SideFeatures features)
         smoothed[f] = sum / static_cast<float>(to - from);
     }
     learnNoise();
+    findLowBand();
     classifyFrames();
     if (!hasMusic)
         return;
@@ -98,11 +101,17 @@ void SideSplitter::learnNoise() {
             tallest = std::max(tallest, window[b]);
         }
         // The lowest peak of some weight: a fade's tail passes each level too fast to make one.
-        const size_t enough = std::max(kMinModeFrames, tallest * 3 / 10);
+        // A few seconds of it is enough: a side of segues has noise only before and after.
+        const auto seconds = static_cast<size_t>(kModeSeconds / side.frameSeconds());
+        const size_t enough = std::max(kMinModeFrames, std::min(tallest * 3 / 10, seconds));
         size_t best = 0;
         while (best < bins && window[best] < enough)
             ++best;
-        while (best + 1 < bins && window[best + 1] > window[best])
+        // Noise makes a peak of its own; under loud hiss it may be only a shoulder of soft
+        // music, whose peak lies further up.
+        const size_t start = best;
+        const auto climb = static_cast<size_t>(kModeClimbDb / kModeStepDb);
+        while (best + 1 < bins && window[best + 1] > window[best] && best < start + climb)
             ++best;
         const float mode = lowest + (static_cast<float>(best) + 0.5f) * kModeStepDb;
         for (size_t f = 0; f < n; ++f)
@@ -181,7 +190,6 @@ void SideSplitter::classifyFrames() {
             levels.push_back(side.level[f]);
     if (levels.size() >= kMinNoiseFrames)
         noiseLevel = median(levels);
-    findLowBand();
     for (size_t f = 0; f < n; ++f)
         music[f] = side.level[f] > kSilentDb &&
                    (tonal[f] >= kTonalPeaks || side.level[f] - noiseLevel >= kLoudDb);
@@ -569,11 +577,11 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
     }
     double previous = start;
     for (size_t i = 0; i < boundaries; ++i) {
-        const Candidate* c = points[chosen[i]];
-        const double t = secondsOf(c->quietest);
+        const Candidate& c = *points[chosen[i]];
+        const double t = secondsOf(c.quietest);
         // A gap far from where the sleeve puts it is less certain than the gap alone.
         const double fit = std::exp(-0.5 * misfit(t - previous, i));
-        p.boundaries.push_back(boundaryAt(*c, c->confidence * std::max(fit, 0.25)));
+        p.boundaries.push_back(boundaryAt(c, c.confidence * std::max(fit, 0.25)));
         previous = t;
     }
     return p;

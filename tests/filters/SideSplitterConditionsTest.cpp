@@ -164,21 +164,12 @@ INSTANTIATE_TEST_SUITE_P(
         Condition{"NoiseUnderTheMusic", 44100, 4, 40, 2, 3, -46, true, 0, false, -18, Mode::Free},
         Condition{"Pianissimo", 44100, 3, 60, 2.5, 3, -62, true, -30, false, -10, Mode::Count},
         Condition{"LiveApplauseGap", 44100, 3, 40, 6, 1, -50, true, 0, true, -10, Mode::Count},
-        Condition{"At48kHz", 48000, 4, 40, 1.2, 4, -52, true, 0, false, -15, Mode::Free}),
+        Condition{"At48kHz", 48000, 4, 40, 1.2, 4, -52, true, 0, false, -15, Mode::Free},
+        Condition{"LoudTapeHissShortGaps", 44100, 6, 40, 1.5, 2, -35, true, 0, false, -8,
+                  Mode::Free},
+        Condition{"SegueWithDurations", 44100, 4, 40, 0, 3, -55, true, 0, false, -12,
+                  Mode::Durations}),
     [](const testing::TestParamInfo<Condition>& info) { return std::string(info.param.name); });
-
-// Known failures of the noise learnt from the level distribution's lowest weighty peak: under
-// loud hiss the peak is a shoulder of soft music, and beside a segue's continuous music the few
-// seconds of noise weigh too little to count. The splitter that took the quietest frames as the
-// noise split both right. Run with --gtest_also_run_disabled_tests.
-INSTANTIATE_TEST_SUITE_P(DISABLED_NoiseFromTheLevelPeak, SideSplitterConditions,
-                         testing::Values(Condition{"LoudTapeHissShortGaps", 44100, 6, 40, 1.5, 2,
-                                                   -35, true, 0, false, -8, Mode::Free},
-                                         Condition{"SegueWithDurations", 44100, 4, 40, 0, 3, -55,
-                                                   true, 0, false, -12, Mode::Durations}),
-                         [](const testing::TestParamInfo<Condition>& info) {
-                             return std::string(info.param.name);
-                         });
 
 } // namespace
 
