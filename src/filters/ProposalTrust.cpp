@@ -29,11 +29,11 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
                splitter.lowBandPeak(b.sample - second / 2, b.sample + second / 2) <= kDarkDb;
     };
     // A break inside a track sounds like a gap but is seldom as long as the side's real gaps.
-    std::vector<int64_t> lengths;
+    std::vector<double> lengths;
     for (const SplitBoundary& b : proposal.boundaries)
         if (clear(b))
-            lengths.push_back(b.quietEnd - b.quietStart);
-    int64_t typical = 0;
+            lengths.push_back(b.cleanSeconds);
+    double typical = 0;
     if (!lengths.empty()) {
         std::nth_element(lengths.begin(), lengths.begin() + (lengths.size() - 1) / 2,
                          lengths.end());
@@ -64,8 +64,7 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
                     std::llabs(b.sample - l) > second;
         }
         // A proposal is only as sure as its least sure boundary, kept ones included.
-        const bool sure = clear(b) && static_cast<double>(b.quietEnd - b.quietStart) >=
-                                          kShortOfTypical * static_cast<double>(typical);
+        const bool sure = clear(b) && b.cleanSeconds >= kShortOfTypical * typical;
         if (near && !moved) {
             if (!sure) {
                 doubtfulAdded = true;

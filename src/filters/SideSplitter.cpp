@@ -23,6 +23,7 @@ constexpr size_t kNeighbourBins = 6;
 constexpr int kTonalPeaks = 2;         // tones in a frame that make it music
 constexpr float kLoudDb = 4.5;         // a frame this far above the noise is music whatever it is
 constexpr float kCleanDb = 3;          // a gap frame lies this close to the noise
+constexpr float kDarkDb = 1.5;         // ... and its low band this close: soft music lifts it
 constexpr size_t kBlipFrames = 2;      // shorter bursts of "music" inside quiet are chance
 constexpr size_t kBridgeFrames = 6;    // quiet stretches this close together are one
 constexpr size_t kPlacementFrames = 4; // either side of a frame, for its surroundings
@@ -229,20 +230,28 @@ void SideSplitter::classifyFrames() {
 }
 
 void SideSplitter::findLowBand() {
-    // The low band's mean dB above the noise's, per frame: a single frame of noise sits the
-    // log-average bias below its mean power, which is added back so noise reads about 0. The
-    // median over half a second ignores the clicks that lift single frames.
+    // Per frame, how far the band below 800 Hz rises above the noise's beyond what the band
+    // above does, in mean dB: a single frame of noise sits the log-average bias below its mean
+    // power, which is added back so noise reads about 0. The median over half a second ignores
+    // the clicks that lift single frames.
     const size_t n = side.frames();
     const auto step = static_cast<float>(SideFeatures::kSpectrumStepDb);
     const auto top = static_cast<size_t>(std::clamp(
         (kLowBandTopHz - side.firstBinHz) / side.binHz + 1, 1.0, static_cast<double>(side.bins)));
     std::vector<float> perFrame(n);
+    const auto bias = static_cast<float>(kLogAverageBiasDb);
     for (size_t f = 0; f < n; ++f) {
         const uint8_t* s = side.spectrumOf(f);
-        float sum = 0;
+        float low = 0;
         for (size_t b = 0; b < top; ++b)
-            sum += static_cast<float>(s[b]) - profile[b];
-        perFrame[f] = sum * step / static_cast<float>(top) + static_cast<float>(kLogAverageBiasDb);
+            low += static_cast<float>(s[b]) - profile[b];
+        float high = 0;
+        for (size_t b = top; b < side.bins; ++b)
+            high += static_cast<float>(s[b]) - profile[b];
+        low = low * step / static_cast<float>(top) + bias;
+        high = top < side.bins ? high * step / static_cast<float>(side.bins - top) + bias : 0;
+        // Crackle and applause lift the whole band; soft music only its low part.
+        perFrame[f] = low - std::max(0.0f, high);
     }
     lowBand.assign(n, 0);
     std::vector<float> window;
@@ -284,7 +293,8 @@ void SideSplitter::findCandidates() {
         excess.clear();
         for (size_t f = first; f < last;) {
             auto clean = [&](size_t g) {
-                return !music[g] && tonal[g] == 0 && side.level[g] - noiseLevel < kCleanDb;
+                return !music[g] && tonal[g] == 0 && side.level[g] - noiseLevel < kCleanDb &&
+                       lowBand[g] < kDarkDb;
             };
             if (!clean(f)) {
                 ++f;
@@ -413,7 +423,7 @@ double SideSplitter::secondsOf(size_t frame) const {
 SplitBoundary SideSplitter::boundaryAt(const Candidate& c, double confidence) const {
     return {sampleOf(c.quietest), static_cast<float>(confidence),
             std::min(static_cast<int64_t>(c.first * side.hop), side.inputFrames),
-            std::min(static_cast<int64_t>(c.last * side.hop), side.inputFrames)};
+            std::min(static_cast<int64_t>(c.last * side.hop), side.inputFrames), c.seconds};
 }
 
 SplitProposal SideSplitter::emptyProposal() const {
