@@ -481,9 +481,23 @@ SplitProposal SideSplitter::proposeCount(int tracks) const {
             return a->confidence > b->confidence;
         return a->seconds > b->seconds;
     });
+    // The most convincing gaps that leave every track its minimum length, as without a count;
+    // then, if the count asks for more, the gaps passed over and the quietest moments.
+    std::vector<const Candidate*> chosen;
+    std::vector<const Candidate*> passed;
+    const auto wanted = static_cast<size_t>(tracks - 1);
+    for (const Candidate* c : ranked) {
+        bool room = secondsOf(c->quietest) - secondsOf(musicFirst) >= kMinTrackSeconds &&
+                    secondsOf(musicLast) - secondsOf(c->quietest) >= kMinTrackSeconds;
+        for (const Candidate* k : chosen)
+            room = room &&
+                   std::fabs(secondsOf(c->quietest) - secondsOf(k->quietest)) >= kMinTrackSeconds;
+        (room && chosen.size() < wanted ? chosen : passed).push_back(c);
+    }
+    ranked = chosen;
+    ranked.insert(ranked.end(), passed.begin(), passed.end());
     for (const Candidate& d : dips)
         ranked.push_back(&d);
-    const auto wanted = static_cast<size_t>(tracks - 1);
     if (ranked.size() > wanted)
         ranked.resize(wanted);
     std::sort(ranked.begin(), ranked.end(),
