@@ -30,6 +30,8 @@ struct Condition {
     bool applause;      // clapping fills the gaps
     double peakDb;
     Mode mode;
+    // The quiet passage is soft unpitched sound below 800 Hz (brushes, a pad) instead of chords.
+    bool softLow = false;
 };
 
 struct Built {
@@ -63,6 +65,7 @@ Built build(const Condition& c) {
         const double start = lead + step * t;
         double noteEnd = start;
         double f[3] = {};
+        double low = 0;
         for (size_t i = static_cast<size_t>(start * rate);
              i < std::min(frames, static_cast<size_t>((start + c.trackSeconds) * rate)); ++i) {
             const double s = static_cast<double>(i) / rate;
@@ -85,8 +88,13 @@ Built build(const Condition& c) {
                 gain *= db(-60 * (s - (end - c.fadeSeconds)) / c.fadeSeconds);
             if (c.gapSeconds == 0 && t > 0)
                 gain *= db(-40 * std::clamp(1 - (s - start) / crossFade, 0.0, 1.0));
-            if (t == 0 && c.quietDb < 0 && s > start + 20 && s < start + 35)
+            const bool passage = t == 0 && c.quietDb < 0 && s > start + 20 && s < start + 35;
+            if (passage)
                 gain *= db(c.quietDb);
+            if (passage && c.softLow) {
+                low += 0.05 * (gauss(random) - low);
+                v = 4 * low;
+            }
             music[i] += static_cast<float>(v * gain * db(c.peakDb));
         }
     }
@@ -168,7 +176,9 @@ INSTANTIATE_TEST_SUITE_P(
         Condition{"LoudTapeHissShortGaps", 44100, 6, 40, 1.5, 2, -35, true, 0, false, -8,
                   Mode::Free},
         Condition{"SegueWithDurations", 44100, 4, 40, 0, 3, -55, true, 0, false, -12,
-                  Mode::Durations}),
+                  Mode::Durations},
+        Condition{"SoftLowPassage", 44100, 3, 60, 2.5, 3, -60, true, -45, false, -10, Mode::Free,
+                  true}),
     [](const testing::TestParamInfo<Condition>& info) { return std::string(info.param.name); });
 
 } // namespace
