@@ -26,7 +26,7 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
     const auto second = static_cast<int64_t>(rate);
     auto clear = [&](const SplitBoundary& b) {
         return b.confidence >= kSureGap &&
-               splitter.lowBandPeak(b.sample - second / 2, b.sample + second / 2) <= kDarkDb;
+               splitter.lowBandPeak(b.sample - second / 4, b.sample + second / 4) <= kDarkDb;
     };
     // A break inside a track sounds like a gap but is seldom as long as the side's real gaps.
     std::vector<double> lengths;
