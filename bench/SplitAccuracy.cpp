@@ -5,7 +5,11 @@
 // track count and with the sleeve's durations; and how often the proposal would be trusted over
 // the live splits when it is worse. Prints figures; it is a benchmark, not a test.
 //
-//   split_accuracy [--corpus DIR] [--part held-out|development|all] [--verbose]
+//   split_accuracy [--corpus DIR] [--part held-out|development|all] [--cache DIR] [--verbose]
+//
+// With --cache, what the audio yields (the side's features, the live splits, the track finder's
+// starts and their processor time) is kept per side in DIR and read back on later runs, so a
+// change to the splitter is measured in seconds instead of a pass over every recording.
 //
 // A side is exact when every gap holds exactly one boundary, every segue has one within 1 s of
 // the cross-fade's middle, and no boundary lies anywhere else. Without a count a side is also
@@ -261,11 +265,144 @@ void printTable(const std::string& title, const std::map<std::string, Tally[Meth
     }
 }
 
+// What one pass over a side's audio yields, everything the splitter and the judges need.
+struct Scanned {
+    SideFeatures features;
+    std::vector<double> liveSplits;
+    std::vector<double> finderStarts;
+    double liveCpu = 0;
+    double finderCpu = 0;
+    double scanCpu = 0;
+    int64_t frames = 0;
+};
+
+template <typename T> void put(std::ofstream& out, const std::vector<T>& v) {
+    const uint64_t n = v.size();
+    out.write(reinterpret_cast<const char*>(&n), sizeof n);
+    out.write(reinterpret_cast<const char*>(v.data()), static_cast<std::streamsize>(n * sizeof(T)));
+}
+
+template <typename T> bool get(std::ifstream& in, std::vector<T>& v) {
+    uint64_t n = 0;
+    if (!in.read(reinterpret_cast<char*>(&n), sizeof n) || n > (uint64_t{1} << 32))
+        return false;
+    v.resize(n);
+    return static_cast<bool>(
+        in.read(reinterpret_cast<char*>(v.data()), static_cast<std::streamsize>(n * sizeof(T))));
+}
+
+constexpr uint32_t kCacheVersion = 1;
+
+void saveScan(const fs::path& path, const Scanned& s) {
+    std::ofstream out(path, std::ios::binary);
+    const SideFeatures& f = s.features;
+    const uint64_t hop = f.hop, bins = f.bins;
+    const double numbers[] = {f.sampleRate, f.firstBinHz, f.binHz,
+                              s.liveCpu,    s.finderCpu,  s.scanCpu};
+    const int64_t counts[] = {f.inputFrames, s.frames};
+    out.write(reinterpret_cast<const char*>(&kCacheVersion), sizeof kCacheVersion);
+    out.write(reinterpret_cast<const char*>(&hop), sizeof hop);
+    out.write(reinterpret_cast<const char*>(&bins), sizeof bins);
+    out.write(reinterpret_cast<const char*>(numbers), sizeof numbers);
+    out.write(reinterpret_cast<const char*>(counts), sizeof counts);
+    put(out, f.level);
+    put(out, f.loudness);
+    put(out, f.spectrum);
+    put(out, s.liveSplits);
+    put(out, s.finderStarts);
+}
+
+bool loadScan(const fs::path& path, Scanned& s) {
+    std::ifstream in(path, std::ios::binary);
+    uint32_t version = 0;
+    uint64_t hop = 0, bins = 0;
+    double numbers[6] = {};
+    int64_t counts[2] = {};
+    if (!in.read(reinterpret_cast<char*>(&version), sizeof version) || version != kCacheVersion ||
+        !in.read(reinterpret_cast<char*>(&hop), sizeof hop) ||
+        !in.read(reinterpret_cast<char*>(&bins), sizeof bins) ||
+        !in.read(reinterpret_cast<char*>(numbers), sizeof numbers) ||
+        !in.read(reinterpret_cast<char*>(counts), sizeof counts))
+        return false;
+    SideFeatures& f = s.features;
+    f.hop = hop;
+    f.bins = bins;
+    f.sampleRate = numbers[0];
+    f.firstBinHz = numbers[1];
+    f.binHz = numbers[2];
+    s.liveCpu = numbers[3];
+    s.finderCpu = numbers[4];
+    s.scanCpu = numbers[5];
+    f.inputFrames = counts[0];
+    s.frames = counts[1];
+    return get(in, f.level) && get(in, f.loudness) && get(in, f.spectrum) &&
+           get(in, s.liveSplits) && get(in, s.finderStarts) &&
+           f.spectrum.size() == f.level.size() * f.bins;
+}
+
+// One pass over the side's audio: the live detector fed as the input chain feeds it, and the
+// splitter's analyser beside it.
+bool scan(const fs::path& wav, Scanned& s) {
+    SF_INFO info{};
+    SNDFILE* file = sf_open(wav.c_str(), SFM_READ, &info);
+    if (!file || info.channels != 2) {
+        if (file)
+            sf_close(file);
+        return false;
+    }
+    const auto rate = static_cast<unsigned>(info.samplerate);
+    LiveSplits events;
+    GapDetector detector(events, rate);
+    detector.SetSampleRate(rate);
+    detector.SetDiagnosticWriter([](const char*) {});
+    events.detector = &detector;
+    AudioFilter equaliser;
+    equaliser.Set(AudioFilter::NoFilter);
+    SideAnalyser analyser(rate);
+    std::vector<float> block(kBlock * 2), left(kBlock), right(kBlock);
+    while (true) {
+        const auto n = static_cast<size_t>(sf_readf_float(file, block.data(), kBlock));
+        if (n == 0)
+            break;
+        double t0 = cpuSeconds();
+        analyser.addInterleaved(block.data(), n, 2);
+        s.scanCpu += cpuSeconds() - t0;
+        t0 = cpuSeconds();
+        for (size_t i = 0; i < n; ++i) {
+            left[i] = block[2 * i];
+            right[i] = block[2 * i + 1];
+        }
+        // As the input chain feeds the detector: equalised frames, runs cut at its frames.
+        GapDetector::Feed feed(detector);
+        for (size_t i = 0; i < n;) {
+            const auto run = static_cast<size_t>(std::min<uint64_t>(n - i, feed.room()));
+            equaliser.process(left.data() + i, right.data() + i, run,
+                              [&feed](float l, float r) { feed.add(l, r); });
+            feed.endRun();
+            i += run;
+        }
+        feed.finish();
+        s.liveCpu += cpuSeconds() - t0;
+    }
+    sf_close(file);
+    s.frames = info.frames;
+    s.liveSplits = events.splits;
+    const double t0 = cpuSeconds();
+    std::vector<GapDetector::TrackItem> items;
+    detector.FindTracks(items);
+    for (size_t i = 1; i < items.size(); ++i)
+        s.finderStarts.push_back(items[i].start);
+    s.finderCpu = s.liveCpu + cpuSeconds() - t0;
+    s.features = analyser.takeFeatures();
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     std::string corpus = "build/corpus";
     std::string part = "held-out";
+    std::string cache;
     bool verbose = false;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
@@ -273,11 +410,13 @@ int main(int argc, char** argv) {
             corpus = argv[++i];
         else if (a == "--part" && i + 1 < argc)
             part = argv[++i];
+        else if (a == "--cache" && i + 1 < argc)
+            cache = argv[++i];
         else if (a == "--verbose")
             verbose = true;
         else {
             std::fprintf(stderr, "usage: split_accuracy [--corpus DIR] "
-                                 "[--part held-out|development|all] [--verbose]\n");
+                                 "[--part held-out|development|all] [--cache DIR] [--verbose]\n");
             return 2;
         }
     }
@@ -298,77 +437,43 @@ int main(int argc, char** argv) {
     }
 
     std::map<std::string, Tally[Methods]> tallies;
-    std::vector<float> block, left(kBlock), right(kBlock);
     for (const fs::path& truthPath : sides) {
         Truth truth;
         fs::path wav = truthPath;
         wav.replace_extension(".wav");
-        SF_INFO info{};
-        SNDFILE* file =
-            readTruth(truthPath, truth) ? sf_open(wav.c_str(), SFM_READ, &info) : nullptr;
-        if (!file || info.channels != 2) {
+        Scanned scanned;
+        const fs::path cached =
+            cache.empty() ? fs::path()
+                          : fs::path(cache) / (truthPath.parent_path().filename().string() + "-" +
+                                               truthPath.stem().string() + ".scan");
+        bool ready = readTruth(truthPath, truth) && !cached.empty() && loadScan(cached, scanned);
+        if (!ready && !truth.tracks.empty() && scan(wav, scanned)) {
+            ready = true;
+            if (!cached.empty()) {
+                fs::create_directories(cache, ec);
+                saveScan(cached, scanned);
+            }
+        }
+        if (!ready) {
             std::fprintf(stderr, "split_accuracy: cannot read %s\n", wav.c_str());
-            if (file)
-                sf_close(file);
             continue;
         }
-        const auto rate = static_cast<unsigned>(info.samplerate);
-        LiveSplits events;
-        GapDetector detector(events, rate);
-        detector.SetSampleRate(rate);
-        detector.SetDiagnosticWriter([](const char*) {});
-        events.detector = &detector;
-        AudioFilter equaliser;
-        equaliser.Set(AudioFilter::NoFilter);
-        SideAnalyser analyser(rate);
-        double liveCpu = 0;
-        double scanCpu = 0;
-        block.resize(kBlock * 2);
-        while (true) {
-            const auto n = static_cast<size_t>(sf_readf_float(file, block.data(), kBlock));
-            if (n == 0)
-                break;
-            double t0 = cpuSeconds();
-            analyser.addInterleaved(block.data(), n, 2);
-            scanCpu += cpuSeconds() - t0;
-            t0 = cpuSeconds();
-            for (size_t i = 0; i < n; ++i) {
-                left[i] = block[2 * i];
-                right[i] = block[2 * i + 1];
-            }
-            // As the input chain feeds the detector: equalised frames, runs cut at its frames.
-            GapDetector::Feed feed(detector);
-            for (size_t i = 0; i < n;) {
-                const auto run = static_cast<size_t>(std::min<uint64_t>(n - i, feed.room()));
-                equaliser.process(left.data() + i, right.data() + i, run,
-                                  [&feed](float l, float r) { feed.add(l, r); });
-                feed.endRun();
-                i += run;
-            }
-            feed.finish();
-            liveCpu += cpuSeconds() - t0;
-        }
-        sf_close(file);
-        const double audio = static_cast<double>(info.frames) / rate;
+        const double rate = scanned.features.sampleRate;
+        const double audio = static_cast<double>(scanned.frames) / rate;
+        const double liveCpu = scanned.liveCpu;
 
         Verdict v[Methods];
         double cpu[Methods] = {};
-        v[Live] = judge(truth, events.splits);
+        v[Live] = judge(truth, scanned.liveSplits);
         cpu[Live] = liveCpu;
-        double t0 = cpuSeconds();
-        std::vector<GapDetector::TrackItem> items;
-        detector.FindTracks(items);
-        std::vector<double> found;
-        for (size_t i = 1; i < items.size(); ++i)
-            found.push_back(items[i].start);
-        v[Finder] = judge(truth, found);
-        cpu[Finder] = liveCpu + cpuSeconds() - t0;
+        v[Finder] = judge(truth, scanned.finderStarts);
+        cpu[Finder] = scanned.finderCpu;
 
-        t0 = cpuSeconds();
-        const SideSplitter splitter(analyser.takeFeatures());
-        const double learn = scanCpu + cpuSeconds() - t0;
+        double t0 = cpuSeconds();
+        const SideSplitter splitter(std::move(scanned.features));
+        const double learn = scanned.scanCpu + cpuSeconds() - t0;
         std::vector<int64_t> live;
-        for (double s : events.splits)
+        for (double s : scanned.liveSplits)
             live.push_back(static_cast<int64_t>(std::llround(s * rate)));
         const std::vector<double> sleeve = truth.durations();
         const SplitProposal proposals[3] = {
@@ -426,7 +531,7 @@ int main(int argc, char** argv) {
                 gaps.push_back(0.5 * (g.start + g.end));
             list("gaps", gaps);
             list("segues", truth.segues);
-            list("live", events.splits);
+            list("live", scanned.liveSplits);
             std::printf("    %-10s", "free");
             for (const auto& b : proposals[0].boundaries)
                 std::printf(" %.1f (%.2f, %.1f s)", static_cast<double>(b.sample) / rate,

@@ -24,6 +24,34 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
             firstDoubt = s;
     };
     const auto second = static_cast<int64_t>(rate);
+    auto clear = [&](const SplitBoundary& b) {
+        return b.confidence >= kSureGap &&
+               splitter.lowBandPeak(b.sample - second / 4, b.sample + second / 4) <= kDarkDb;
+    };
+    // A break inside a track sounds like a gap but is seldom as long as the side's real gaps.
+    std::vector<double> lengths;
+    for (const SplitBoundary& b : proposal.boundaries)
+        if (clear(b))
+            lengths.push_back(b.cleanSeconds);
+    double typical = 0;
+    if (!lengths.empty()) {
+        std::nth_element(lengths.begin(), lengths.begin() + (lengths.size() - 1) / 2,
+                         lengths.end());
+        typical = lengths[(lengths.size() - 1) / 2];
+    }
+    // A count or a sleeve that leaves out a gap as clear as the ones it keeps chose by chance.
+    bool chosenByChance = false;
+    for (const SplitBoundary& g : splitter.propose().boundaries) {
+        if (!clear(g))
+            continue;
+        bool kept = false;
+        for (const SplitBoundary& b : proposal.boundaries)
+            kept = kept || (b.sample >= g.quietStart && b.sample <= g.quietEnd);
+        if (!kept) {
+            chosenByChance = true;
+            doubt(g.sample);
+        }
+    }
     for (const SplitBoundary& b : proposal.boundaries) {
         bool near = false;
         bool moved = true;
@@ -36,15 +64,16 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
                     std::llabs(b.sample - l) > second;
         }
         // A proposal is only as sure as its least sure boundary, kept ones included.
+        const bool sure = clear(b) && b.cleanSeconds >= kShortOfTypical * typical;
         if (near && !moved) {
-            if (b.confidence < kSureGap) {
+            if (!sure) {
                 doubtfulAdded = true;
                 doubt(b.sample);
             }
             continue;
         }
         ++t.added;
-        if (b.confidence < kSureGap) {
+        if (!sure) {
             doubtfulAdded = true;
             doubt(b.sample);
         }
@@ -67,7 +96,7 @@ ProposalTrust ProposalTrust::judge(const SideSplitter& splitter, const SplitProp
     if (!t.differs()) {
         t.choice = Choice::Proposal;
         t.reason = Reason::Agrees;
-    } else if (doubtfulAdded) {
+    } else if (doubtfulAdded || chosenByChance) {
         t.reason = Reason::DoubtfulAdded;
     } else if (doubtfulRemoved) {
         t.reason = Reason::DoubtfulRemoved;

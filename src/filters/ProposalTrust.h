@@ -30,6 +30,11 @@ struct ProposalTrust {
 
     // A boundary the proposal adds must be at least this sure of its gap.
     static constexpr float kSureGap = 0.9f;
+    // ... and the half second around it no more than this far above the noise in the low band,
+    // where soft music too faint for the level to tell would lie (a gap's edges may hold a fade).
+    static constexpr float kDarkDb = 1;
+    // ... and its quiet at least this share of the side's typical clear gap.
+    static constexpr double kShortOfTypical = 0.4;
     // A live split it removes must lie in sound this far above the groove noise throughout
     // the live detector's two seconds of quiet before it.
     static constexpr float kSureMusicDb = 12;

@@ -13,6 +13,8 @@ constexpr float kModeStepDb = 0.5;  // the level distribution's resolution
 constexpr float kModeWidthDb = 1.5; // frames this close to its noise peak are groove noise
 constexpr size_t kMinNoiseFrames = 10;
 constexpr size_t kMinModeFrames = 40;
+constexpr double kModeSeconds = 8;           // of noise make a peak however much music there is
+constexpr float kModeClimbDb = 1.5;          // from where the noise's frames are enough to its peak
 constexpr double kExponentialMedianDb = 1.6; // a noise bin's mean lies 1.6 dB above its median
 constexpr double kLogAverageBiasDb = 2.5;    // -10 log10(e) times Euler's constant
 constexpr double kAboveNoiseDb = 8;          // a peak this far above the noise's mean power ...
@@ -21,6 +23,7 @@ constexpr size_t kNeighbourBins = 6;
 constexpr int kTonalPeaks = 2;         // tones in a frame that make it music
 constexpr float kLoudDb = 4.5;         // a frame this far above the noise is music whatever it is
 constexpr float kCleanDb = 3;          // a gap frame lies this close to the noise
+constexpr float kDarkDb = 1.5;         // ... and its low band this close: soft music lifts it
 constexpr size_t kBlipFrames = 2;      // shorter bursts of "music" inside quiet are chance
 constexpr size_t kBridgeFrames = 6;    // quiet stretches this close together are one
 constexpr size_t kPlacementFrames = 4; // either side of a frame, for its surroundings
@@ -29,11 +32,13 @@ constexpr double kEdgeSeconds = 0.25;
 constexpr double kMusicRunSeconds = 1.0; // music starts with at least this much of it
 constexpr double kMinCandidateSeconds = 0.25;
 constexpr double kMinGapSeconds = 0.6;
-constexpr double kConvincing = 0.5;
+constexpr double kConvincing = 0.8;
 constexpr double kMinTrackSeconds = 12;
 constexpr double kDipSpacingSeconds = 5;
 constexpr size_t kMaxDips = 3 * SideSplitter::kMaxTracks;
 constexpr double kDipConfidence = 0.02;
+constexpr double kLowBandTopHz = 800; // soft music keeps its energy low; hiss and clicks do not
+constexpr size_t kLowBandReach = 5;   // frames either side of the median that steadies it
 
 float median(std::vector<float>& values) {
     if (values.empty())
@@ -61,6 +66,7 @@ SideSplitter::SideSplitter(SideFeatures features)
         smoothed[f] = sum / static_cast<float>(to - from);
     }
     learnNoise();
+    findLowBand();
     classifyFrames();
     if (!hasMusic)
         return;
@@ -96,11 +102,17 @@ void SideSplitter::learnNoise() {
             tallest = std::max(tallest, window[b]);
         }
         // The lowest peak of some weight: a fade's tail passes each level too fast to make one.
-        const size_t enough = std::max(kMinModeFrames, tallest * 3 / 10);
+        // A few seconds of it is enough: a side of segues has noise only before and after.
+        const auto seconds = static_cast<size_t>(kModeSeconds / side.frameSeconds());
+        const size_t enough = std::max(kMinModeFrames, std::min(tallest * 3 / 10, seconds));
         size_t best = 0;
         while (best < bins && window[best] < enough)
             ++best;
-        while (best + 1 < bins && window[best + 1] > window[best])
+        // Noise makes a peak of its own; under loud hiss it may be only a shoulder of soft
+        // music, whose peak lies further up.
+        const size_t start = best;
+        const auto climb = static_cast<size_t>(kModeClimbDb / kModeStepDb);
+        while (best + 1 < bins && window[best + 1] > window[best] && best < start + climb)
             ++best;
         const float mode = lowest + (static_cast<float>(best) + 0.5f) * kModeStepDb;
         for (size_t f = 0; f < n; ++f)
@@ -217,6 +229,41 @@ void SideSplitter::classifyFrames() {
     hasMusic = found;
 }
 
+void SideSplitter::findLowBand() {
+    // Per frame, how far the band below 800 Hz rises above the noise's beyond what the band
+    // above does, in mean dB: a single frame of noise sits the log-average bias below its mean
+    // power, which is added back so noise reads about 0. The median over half a second ignores
+    // the clicks that lift single frames.
+    const size_t n = side.frames();
+    const auto step = static_cast<float>(SideFeatures::kSpectrumStepDb);
+    const auto top = static_cast<size_t>(std::clamp(
+        (kLowBandTopHz - side.firstBinHz) / side.binHz + 1, 1.0, static_cast<double>(side.bins)));
+    std::vector<float> perFrame(n);
+    const auto bias = static_cast<float>(kLogAverageBiasDb);
+    for (size_t f = 0; f < n; ++f) {
+        const uint8_t* s = side.spectrumOf(f);
+        float low = 0;
+        for (size_t b = 0; b < top; ++b)
+            low += static_cast<float>(s[b]) - profile[b];
+        float high = 0;
+        for (size_t b = top; b < side.bins; ++b)
+            high += static_cast<float>(s[b]) - profile[b];
+        low = low * step / static_cast<float>(top) + bias;
+        high = top < side.bins ? high * step / static_cast<float>(side.bins - top) + bias : 0;
+        // Crackle and applause lift the whole band; soft music only its low part.
+        perFrame[f] = low - std::max(0.0f, high);
+    }
+    lowBand.assign(n, 0);
+    std::vector<float> window;
+    for (size_t f = 0; f < n; ++f) {
+        const size_t from = f >= kLowBandReach ? f - kLowBandReach : 0;
+        const size_t to = std::min(n, f + kLowBandReach + 1);
+        window.assign(perFrame.begin() + static_cast<std::ptrdiff_t>(from),
+                      perFrame.begin() + static_cast<std::ptrdiff_t>(to));
+        lowBand[f] = median(window);
+    }
+}
+
 void SideSplitter::findCandidates() {
     const double frameSeconds = side.frameSeconds();
     std::vector<std::pair<size_t, size_t>> runs;
@@ -246,7 +293,8 @@ void SideSplitter::findCandidates() {
         excess.clear();
         for (size_t f = first; f < last;) {
             auto clean = [&](size_t g) {
-                return !music[g] && tonal[g] == 0 && side.level[g] - noiseLevel < kCleanDb;
+                return !music[g] && tonal[g] == 0 && side.level[g] - noiseLevel < kCleanDb &&
+                       lowBand[g] < kDarkDb;
             };
             if (!clean(f)) {
                 ++f;
@@ -351,6 +399,18 @@ float SideSplitter::musicMargin(int64_t from, int64_t to) const {
     return first < last ? lowest : -std::numeric_limits<float>::infinity();
 }
 
+float SideSplitter::lowBandPeak(int64_t from, int64_t to) const {
+    const auto hop = static_cast<int64_t>(side.hop);
+    if (hop == 0 || from < 0 || to <= from || to > side.inputFrames || lowBand.empty())
+        return std::numeric_limits<float>::infinity();
+    const auto first = static_cast<size_t>(from / hop);
+    const auto last = std::min(side.frames(), static_cast<size_t>((to + hop - 1) / hop));
+    float highest = -std::numeric_limits<float>::infinity();
+    for (size_t f = first; f < last; ++f)
+        highest = std::max(highest, lowBand[f]);
+    return first < last ? highest : std::numeric_limits<float>::infinity();
+}
+
 int64_t SideSplitter::sampleOf(size_t frame) const {
     const auto centre = static_cast<int64_t>(frame * side.hop + side.hop / 2);
     return std::min(centre, side.inputFrames);
@@ -363,7 +423,7 @@ double SideSplitter::secondsOf(size_t frame) const {
 SplitBoundary SideSplitter::boundaryAt(const Candidate& c, double confidence) const {
     return {sampleOf(c.quietest), static_cast<float>(confidence),
             std::min(static_cast<int64_t>(c.first * side.hop), side.inputFrames),
-            std::min(static_cast<int64_t>(c.last * side.hop), side.inputFrames)};
+            std::min(static_cast<int64_t>(c.last * side.hop), side.inputFrames), c.seconds};
 }
 
 SplitProposal SideSplitter::emptyProposal() const {
@@ -421,9 +481,23 @@ SplitProposal SideSplitter::proposeCount(int tracks) const {
             return a->confidence > b->confidence;
         return a->seconds > b->seconds;
     });
+    // The most convincing gaps that leave every track its minimum length, as without a count;
+    // then, if the count asks for more, the gaps passed over and the quietest moments.
+    std::vector<const Candidate*> chosen;
+    std::vector<const Candidate*> passed;
+    const auto wanted = static_cast<size_t>(tracks - 1);
+    for (const Candidate* c : ranked) {
+        bool room = secondsOf(c->quietest) - secondsOf(musicFirst) >= kMinTrackSeconds &&
+                    secondsOf(musicLast) - secondsOf(c->quietest) >= kMinTrackSeconds;
+        for (const Candidate* k : chosen)
+            room = room &&
+                   std::fabs(secondsOf(c->quietest) - secondsOf(k->quietest)) >= kMinTrackSeconds;
+        (room && chosen.size() < wanted ? chosen : passed).push_back(c);
+    }
+    ranked = chosen;
+    ranked.insert(ranked.end(), passed.begin(), passed.end());
     for (const Candidate& d : dips)
         ranked.push_back(&d);
-    const auto wanted = static_cast<size_t>(tracks - 1);
     if (ranked.size() > wanted)
         ranked.resize(wanted);
     std::sort(ranked.begin(), ranked.end(),
@@ -485,7 +559,9 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
         const double z = (length - want) / sigma;
         return z * z;
     };
-    auto price = [&](const Candidate* c) { return 4 * (1 - c->confidence); };
+    // A clear gap a few seconds from where the sleeve puts it beats a doubtful one right there:
+    // the lead-in and the hearing of the first notes move every sleeve time alike.
+    auto price = [&](const Candidate* c) { return 16 * (1 - c->confidence); };
     const double inf = std::numeric_limits<double>::infinity();
     std::vector<double> cost(boundaries * m, inf);
     std::vector<size_t> from(boundaries * m, 0);
@@ -527,11 +603,11 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
     }
     double previous = start;
     for (size_t i = 0; i < boundaries; ++i) {
-        const Candidate* c = points[chosen[i]];
-        const double t = secondsOf(c->quietest);
+        const Candidate& c = *points[chosen[i]];
+        const double t = secondsOf(c.quietest);
         // A gap far from where the sleeve puts it is less certain than the gap alone.
         const double fit = std::exp(-0.5 * misfit(t - previous, i));
-        p.boundaries.push_back(boundaryAt(*c, c->confidence * std::max(fit, 0.25)));
+        p.boundaries.push_back(boundaryAt(c, c.confidence * std::max(fit, 0.25)));
         previous = t;
     }
     return p;

@@ -13,6 +13,7 @@ struct SplitBoundary {
     float confidence;   // 0 (a guess to reach a given count) to 1 (a clear gap)
     int64_t quietStart; // the quiet stretch the boundary lies in; equal to sample for a guess
     int64_t quietEnd;
+    double cleanSeconds = 0; // its longest part as quiet as the noise, low band too; 0 for a guess
 };
 
 struct SplitProposal {
@@ -55,6 +56,9 @@ public:
     // The lowest level above the groove noise, in dB, over side frames [from, to): how sure it
     // is that the stretch holds music throughout. Minus infinity outside the side.
     float musicMargin(int64_t from, int64_t to) const;
+    // The highest level of the low band above the groove noise's, in dB, over side frames
+    // [from, to): how much soft music a quiet stretch may hide. Infinity outside the side.
+    float lowBandPeak(int64_t from, int64_t to) const;
 
 private:
     struct Candidate {
@@ -67,6 +71,7 @@ private:
 
     void learnNoise();
     void classifyFrames();
+    void findLowBand();
     void findCandidates();
     void findDips();
     SplitProposal emptyProposal() const;
@@ -79,6 +84,7 @@ private:
     std::vector<float> profile;  // groove-noise spectrum, in spectrum steps
     float noiseLevel = 0;
     std::vector<uint8_t> tonal; // spectral peaks above the noise, counted up to 3
+    std::vector<float> lowBand; // the low band's rise above the noise's beyond the high band's, dB
     std::vector<bool> music;
     bool hasMusic = false;
     size_t musicFirst = 0; // frames [musicFirst, musicLast) hold the music
