@@ -25,6 +25,18 @@ constexpr double kKp = 0.2;
 constexpr double kKi = kKp * kKp / 4.0;
 constexpr double kMaxCorrection = 0.005;
 constexpr int kReferenceCycles = 32;
+// Clock estimates further apart than this make straight play drift audibly within a minute.
+constexpr double kClockTolerance = 2e-4;
+// The monitor's buffers: short enough that both together stay well inside 20 ms.
+constexpr double kMonitorBufferSeconds = 0.005;
+// Input frames the resampler takes at a time; it holds up to this many inside.
+constexpr uint32_t kResamplerChunkFrames = 64;
+// Underruns this soon after the first output do not raise the target fill; once raised, the
+// fill must hold this long before it is reported as settled.
+constexpr double kWarmUpSeconds = 1.0;
+constexpr double kHoldSeconds = 3.0;
+// A fill this far above the target is a jump, skipped rather than kept.
+constexpr double kJumpSeconds = 0.040;
 constexpr double kAverageWeight = 1.0 / 32.0;
 // A clock estimate outside this band is taken as a stepped or paused stream, not a real clock.
 constexpr double kPlausibleScalar = 0.01;
@@ -33,6 +45,13 @@ constexpr double kClockWindowSeconds = 2.0;
 void PrintError(long status, int line) {
     std::printf("CAPlayThrough Error: %ld ->  %s:  %d\n", status, kSourcePath, line);
     std::fflush(stdout);
+}
+
+// A device's buffer, cut to the monitor's: the device's own may be long enough to be heard.
+uint32_t MonitorBufferFrames(const AudioDevice& device) {
+    const auto wanted =
+        static_cast<uint32_t>(std::lround(device.mFormat.sampleRate * kMonitorBufferSeconds));
+    return wanted > 0 ? std::min(device.mBufferSizeFrames, wanted) : device.mBufferSizeFrames;
 }
 
 void ZeroChannels(float* const* channels, uint32_t count, uint32_t first, uint32_t frames) {
@@ -116,6 +135,7 @@ platform::Status CAPlayThrough::Init() {
     if (mInputDevice.mBufferSizeFrames == 0) {
         mInputDevice.SetBufferSize(kDefaultBufferFrames);
     }
+    mInputDevice.SetBufferSize(MonitorBufferFrames(mInputDevice));
     const uint32_t bufferFrames = mInputDevice.mBufferSizeFrames;
     platform::Status status = platform::kNoError;
     mInputStream = mSystem.openInput(in, {}, bufferFrames, *mInputSide, status);
@@ -137,6 +157,9 @@ platform::Status CAPlayThrough::Init() {
     }
     if (mOutputDevice.mBufferSizeFrames == 0) {
         mOutputDevice.SetBufferSize(kDefaultBufferFrames);
+    }
+    if (plays) {
+        mOutputDevice.SetBufferSize(MonitorBufferFrames(mOutputDevice));
     }
 
     // Working format: the channels both devices have, at each device's nominal rate.
@@ -170,7 +193,8 @@ platform::Status CAPlayThrough::Init() {
         PrintError(srcError, __LINE__);
         return platform::kErrorOpenFailed;
     }
-    mResamplerIn.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
+    mResamplerChunk = std::min(bufferFrames, kResamplerChunkFrames);
+    mResamplerIn.assign(static_cast<std::size_t>(mChannels) * mResamplerChunk, 0.0f);
     mResamplerOut.assign(static_cast<std::size_t>(mChannels) * kResamplerOutFrames, 0.0f);
     mFetchStorage.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
     mFetchBuffer.mNumberBuffers = static_cast<uint32_t>(mChannels);
@@ -181,6 +205,7 @@ platform::Status CAPlayThrough::Init() {
 
     if (!plays) {
         mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+        mInitialFill = static_cast<double>(mInputDevice.mBufferSizeFrames);
         ResetTimes();
         return platform::kNoError;
     }
@@ -193,6 +218,8 @@ platform::Status CAPlayThrough::Init() {
     }
 
     mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+    mInitialFill = static_cast<double>(mInputDevice.mBufferSizeFrames + mInputDevice.mSafetyOffset +
+                                       mOutputDevice.mSafetyOffset);
     ResetTimes();
     return platform::kNoError;
 }
@@ -211,6 +238,12 @@ void CAPlayThrough::ResetTimes() {
     mDistanceSamples = 0;
     mDistanceIntegral = 0;
     mVarispeed = mRatesDiffer;
+    mTargetFill = mInitialFill;
+    mTargetReport = mInitialFill;
+    mPlayedFrames = 0;
+    mHeldFrames = 0;
+    mRaised = false;
+    mSettled = false;
     mSrcRatio = 1.0;
     mInputClock = ClockEstimate{};
     mOutputClock = ClockEstimate{};
@@ -276,9 +309,9 @@ double CAPlayThrough::LatencyMilliseconds() const {
     if (rate <= 0) {
         return 0;
     }
-    const double frames = mVarispeed.load()
-                              ? mLatencyFrames.load() + mOutputDevice.mBufferSizeFrames
-                              : ThruOffsetFrames();
+    const double frames = mTargetReport.load() + mInputDevice.mBufferSizeFrames +
+                          mOutputDevice.mBufferSizeFrames * rate /
+                              std::max(1.0, mOutputDevice.mFormat.sampleRate);
     return frames / rate * 1000.0;
 }
 
@@ -371,7 +404,7 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         mFirstOutputTime = t;
         mInToOutSampleOffset = t - firstInput + static_cast<double>(ComputeThruOffset());
         if (mVarispeed.load()) {
-            // Resampling from the start: play once the thru offset of input is buffered.
+            // Resampling from the start: play once the reference fill is buffered.
             AudioRingBuffer::SampleTime start = 0, end = 0;
             mBuffer->GetTimeBounds(start, end);
             mReadPos = start;
@@ -381,6 +414,11 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         return;
     }
 
+    if (!mVarispeed.load() && ClocksDiffer()) {
+        // The clocks measurably differ: straight play would drift towards an underrun or away
+        // from the input, so the resampler takes over where straight play stands.
+        SwitchToVarispeed(static_cast<int64_t>(t - mInToOutSampleOffset.load()));
+    }
     if (mVarispeed.load()) {
         OutputResampled(channels, channelCount, frames);
     } else {
@@ -388,18 +426,78 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
     }
 }
 
-void CAPlayThrough::ReAlign(double outputTime) {
+bool CAPlayThrough::ClocksDiffer() const {
+    const double in = mInputScalar.load();
+    const double out = mOutputScalar.load();
+    if (std::abs(in - 1.0) >= kPlausibleScalar || std::abs(out - 1.0) >= kPlausibleScalar) {
+        return false;
+    }
+    return std::abs(in / out - 1.0) > kClockTolerance;
+}
+
+void CAPlayThrough::SwitchToVarispeed(int64_t readPos) {
+    mReadPos = readPos;
+    mResampling = true;
+    mDistanceSamples = kReferenceCycles;
+    mDistanceIntegral = 0;
+    mDistanceAvg = ResampledReference(mOutputDevice.mBufferSizeFrames);
+    src_reset(mResampler);
+    mVarispeed = true;
+}
+
+double CAPlayThrough::ResampledReference(uint32_t frames) const {
+    const double inRate = mInputDevice.mFormat.sampleRate;
+    const double outRate = mOutputDevice.mFormat.sampleRate;
+    return mTargetFill + frames * inRate / outRate;
+}
+
+void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+    if (underrun && mFetchedOnce) {
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        // Start-up runs dry now and then while the streams find their pace; an underrun once
+        // playing settled means the fill kept is too small for these streams.
+        if (mPlayedFrames >= static_cast<uint64_t>(mOutputDevice.mFormat.sampleRate *
+                                                   kWarmUpSeconds)) {
+            mTargetFill = std::min(mTargetFill + mInputDevice.mBufferSizeFrames / 2.0,
+                                   mBuffer->CapacityFrames() / 4.0);
+            mTargetReport = mTargetFill;
+            mRaised = true;
+            mHeldFrames = 0;
+        }
+    }
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
-    // The next cycle reads the oldest data the ring still holds.
-    mInToOutSampleOffset = outputTime - static_cast<double>(start);
-    mReadPos = start;
-    if (mFetchedOnce) {
-        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+    if (mVarispeed.load()) {
+        const double reference = ResampledReference(frames);
+        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(reference)));
+        mResampling = false;
+        src_reset(mResampler);
+        return;
     }
-    if (!mVarispeed.load()) {
-        mDistanceSamples = 0;
+    // Straight play: the next read leaves the target fill behind it, however long the ring is.
+    const int64_t read = std::max<int64_t>(
+        start, end - static_cast<int64_t>(std::lround(mTargetFill)) - static_cast<int64_t>(frames));
+    mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
+    mDistanceSamples = 0;
+}
+
+void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
+    mFetchedOnce = true;
+    mPlayedFrames += frames;
+    mHeldFrames += frames;
+    if (mRaised &&
+        mHeldFrames >= static_cast<uint64_t>(mOutputDevice.mFormat.sampleRate * kHoldSeconds)) {
+        mRaised = false;
+        mSettled = true;
     }
+}
+
+bool CAPlayThrough::TakeSettledLatency(double& ms) {
+    if (!mSettled.exchange(false)) {
+        return false;
+    }
+    ms = LatencyMilliseconds();
+    return true;
 }
 
 void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_t frames,
@@ -413,36 +511,44 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
     const auto read = static_cast<int64_t>(t - mInToOutSampleOffset.load());
     if (mBuffer->Fetch(&out, frames, read) != AudioRingBuffer::kOK) {
         ZeroChannels(channels, count, 0, frames);
-        ReAlign(t);
+        ReAlign(t + frames, frames, true);
         return;
     }
-    mFetchedOnce = true;
+    NoteGoodCycle(frames);
     ZeroChannels(channels, count, used, frames);
 
-    // Watch the distance from the write end to the next read: when the two clocks drift apart it
-    // wanders off, and the play-through hands over to the resampler before the ring overruns.
     AudioRingBuffer::SampleTime start = 0, end = 0;
     if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
         return;
     }
     const double distance = static_cast<double>(end - (read + frames));
+    // A jump: the input ran far ahead (the output stalled). Skip to the target fill rather
+    // than keep the delay.
+    if (distance > mTargetFill + JumpFrames()) {
+        ReAlign(t + frames, frames, false);
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    // Watch the distance from the write end to the next read: when the clocks drift apart
+    // before their estimates show it, the resampler takes over before the ring runs dry.
     if (mDistanceSamples < kReferenceCycles) {
         ++mDistanceSamples;
-        mDistanceRef += (distance - mDistanceRef) / mDistanceSamples;
-        if (mDistanceSamples == 1) {
-            mDistanceRef = distance;
-        }
+        mDistanceRef = mDistanceSamples == 1
+                           ? distance
+                           : mDistanceRef + (distance - mDistanceRef) / mDistanceSamples;
         mDistanceAvg = mDistanceRef;
         return;
     }
     mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
-    const double threshold = std::max(2.0 * mInputDevice.mBufferSizeFrames, 256.0);
+    const double threshold = std::max<double>(mInputDevice.mBufferSizeFrames, 128.0);
     if (std::abs(mDistanceAvg - mDistanceRef) > threshold) {
-        mReadPos = read + frames;
-        mResampling = false;
-        src_reset(mResampler);
-        mVarispeed = true;
+        SwitchToVarispeed(read + frames);
     }
+}
+
+double CAPlayThrough::JumpFrames() const {
+    return std::max(4.0 * mInputDevice.mBufferSizeFrames,
+                    kJumpSeconds * mInputDevice.mFormat.sampleRate);
 }
 
 void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
@@ -458,13 +564,9 @@ void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
         std::abs(outScalar - 1.0) < kPlausibleScalar) {
         clockRatio = inScalar / outScalar;
     }
-    // Feedback: speed the reading up while the distance is above its reference, slow it down
+    // Feedback: speed the reading up while the fill is above its reference, slow it down
     // below; the integral term removes what the estimate misses.
-    if (mDistanceSamples < kReferenceCycles) {
-        mSrcRatio = (outRate / inRate) / clockRatio;
-        return;
-    }
-    const double error = mDistanceAvg - mDistanceRef;
+    const double error = mDistanceAvg - ResampledReference(outputFrames);
     const double integralLimit = kMaxCorrection * inRate / kKi;
     mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
     const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,
@@ -474,7 +576,7 @@ void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
 
 long CAPlayThrough::ResamplerInput(void* self, float** data) {
     auto& m = *static_cast<CAPlayThrough*>(self);
-    const uint32_t chunk = m.mInputDevice.mBufferSizeFrames;
+    const uint32_t chunk = m.mResamplerChunk;
     const auto channels = static_cast<uint32_t>(m.mChannels);
     for (uint32_t c = 0; c < channels; ++c) {
         m.mFetchBuffer.mBuffers[c].mDataByteSize = chunk * static_cast<uint32_t>(sizeof(float));
@@ -501,31 +603,25 @@ void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint
         ZeroChannels(channels, count, 0, frames);
         return;
     }
+    const double reference = ResampledReference(frames);
     const double distance = static_cast<double>(end - mReadPos);
     if (!mResampling) {
-        // The resampler reads ahead of what it plays: wait for some headroom before it starts.
-        const double headroom =
-            std::max<double>(ComputeThruOffset(), 3.0 * mInputDevice.mBufferSizeFrames);
-        if (distance < headroom) {
+        // Wait until the reference fill is buffered, then play from there.
+        if (distance < reference) {
             ZeroChannels(channels, count, 0, frames);
             return;
         }
         mResampling = true;
-        mDistanceSamples = 0;
         mDistanceIntegral = 0;
+        mDistanceAvg = distance;
     }
-    // The distance to keep is what the first cycles show, which includes what the resampler
-    // holds inside.
-    if (mDistanceSamples < kReferenceCycles) {
-        ++mDistanceSamples;
-        mDistanceRef = mDistanceSamples == 1
-                           ? distance
-                           : mDistanceRef + (distance - mDistanceRef) / mDistanceSamples;
-        mDistanceAvg = mDistanceRef;
-        mLatencyFrames = mDistanceRef;
-    } else {
-        mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
+    if (distance > reference + JumpFrames()) {
+        ZeroChannels(channels, count, 0, frames);
+        ReAlign(0.0, frames, false);
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        return;
     }
+    mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
     UpdateRatio(frames);
     const double ratio = mSrcRatio.load();
     const uint32_t used = std::min<uint32_t>(count, static_cast<uint32_t>(mChannels));
@@ -549,13 +645,11 @@ void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint
     }
     if (mReadFailed) {
         ZeroChannels(channels, count, 0, frames);
-        ReAlign(0.0);
-        mResampling = false;
         mReadFailed = false;
-        src_reset(mResampler);
+        ReAlign(0.0, frames, true);
         return;
     }
-    mFetchedOnce = true;
+    NoteGoodCycle(frames);
     ZeroChannels(channels, count, used, frames);
 }
 

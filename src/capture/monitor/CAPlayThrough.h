@@ -66,9 +66,16 @@ public:
     uint32_t ComputeThruOffset() const;
     // The input-to-output offset in effect: heard frame t is input frame t - offset.
     double ThruOffsetFrames() const { return mInToOutSampleOffset.load(); }
-    // Input-to-output latency: the offset in effect, or in varispeed the distance kept between
-    // the write and read positions, in milliseconds of input.
+    // Input-to-output latency as the monitor keeps it: both devices' buffers and safety offsets
+    // and the fill it keeps in its ring, in milliseconds of input.
     double LatencyMilliseconds() const;
+    // The input frames the ring keeps beyond each read. It starts from the input buffer and the
+    // safety offsets and grows after an underrun that was not a start-up one, so that it settles
+    // where the streams no longer run dry.
+    double TargetFillFrames() const { return mTargetReport.load(); }
+    // True once after the fill was raised and then held for a few seconds; `ms` is the latency
+    // it settled on.
+    bool TakeSettledLatency(double& ms);
 
     // Fetch errors after the first successful fetch since Start: each one is an audible gap.
     uint64_t ReAlignmentCount() const { return mReAlignments.load(); }
@@ -94,8 +101,16 @@ private:
     // Output thread: plays `frames` from the ring at output time `t` straight or resampled.
     void OutputDirect(float* const* channels, uint32_t count, uint32_t frames, double t);
     void OutputResampled(float* const* channels, uint32_t count, uint32_t frames);
-    void ReAlign(double outputTime);
+    // After a failed read: the next read starts where the ring keeps its target fill behind the
+    // newest input, never at the oldest data. `underrun` raises the target once playing settled.
+    void ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // The fill the resampled path keeps before a read of `frames` output frames.
+    double ResampledReference(uint32_t frames) const;
+    bool ClocksDiffer() const;
+    void SwitchToVarispeed(int64_t readPos);
+    void NoteGoodCycle(uint32_t frames);
     void UpdateRatio(uint32_t outputFrames);
+    double JumpFrames() const;
     static long ResamplerInput(void* self, float** data);
 
     platform::AudioSystem& mSystem;
@@ -127,15 +142,22 @@ private:
     std::vector<float> mResamplerOut; // interleaved resampler output
     std::vector<float> mFetchStorage; // per-channel fetch area
     AudioBufferList mFetchBuffer;
+    uint32_t mResamplerChunk = 0;            // input frames fetched for the resampler at once
     int64_t mReadPos = 0;                    // next input frame the resampler will take
     bool mReadFailed = false;                // a resampler fetch failed during this cycle
     double mDistanceAvg = 0;                 // smoothed write end minus read position
-    double mDistanceRef = 0;                 // the distance to keep
+    double mDistanceRef = 0;                 // straight play: the distance the first cycles show
     int mDistanceSamples = 0;                // successful cycles measured since the last alignment
     double mDistanceIntegral = 0;            // integral term of the distance controller
     bool mFetchedOnce = false;               // a fetch succeeded since Start
     bool mResampling = false;                // the resampler has enough input buffered and plays
-    std::atomic<double> mLatencyFrames{0.0}; // the distance kept, for reports
+    double mTargetFill = 0;                  // frames kept in the ring beyond each read
+    double mInitialFill = 0;                 // the target a start begins with
+    uint64_t mPlayedFrames = 0;              // output frames played since the first fetch
+    uint64_t mHeldFrames = 0;                // output frames played since the target was raised
+    bool mRaised = false;                    // the target grew and has not yet been reported
+    std::atomic<double> mTargetReport{0.0};
+    std::atomic<bool> mSettled{false};
 
     // Rate scalars estimated from sample times against host times (1 = nominal).
     struct ClockEstimate {
