@@ -21,7 +21,7 @@ constexpr uint32_t kResamplerOutFrames = 1024;
 // Distance controller: proportional gain per second, integral gain (critically damped), the
 // largest speed change it may apply, and how far the smoothed distance may wander before a
 // straight play-through switches to resampling.
-constexpr double kKp = 0.2;
+constexpr double kKp = 0.5;
 constexpr double kKi = kKp * kKp / 4.0;
 constexpr double kMaxCorrection = 0.005;
 constexpr int kReferenceCycles = 32;
@@ -38,6 +38,7 @@ constexpr double kHoldSeconds = 3.0;
 // A fill this far above the target is a jump, skipped rather than kept.
 constexpr double kJumpSeconds = 0.040;
 constexpr double kAverageWeight = 1.0 / 32.0;
+constexpr double kAverageSeconds = 0.15;
 // A clock estimate outside this band is taken as a stepped or paused stream, not a real clock.
 constexpr double kPlausibleScalar = 0.01;
 constexpr double kClockWindowSeconds = 2.0;
@@ -52,6 +53,10 @@ uint32_t MonitorBufferFrames(const AudioDevice& device) {
     const auto wanted =
         static_cast<uint32_t>(std::lround(device.mFormat.sampleRate * kMonitorBufferSeconds));
     return wanted > 0 ? std::min(device.mBufferSizeFrames, wanted) : device.mBufferSizeFrames;
+}
+
+double HostSeconds(uint64_t hostTime) {
+    return static_cast<double>(platform::hostTimeToNanos(hostTime)) * 1e-9;
 }
 
 void ZeroChannels(float* const* channels, uint32_t count, uint32_t first, uint32_t frames) {
@@ -205,7 +210,7 @@ platform::Status CAPlayThrough::Init() {
 
     if (!plays) {
         mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
-        mInitialFill = static_cast<double>(mInputDevice.mBufferSizeFrames);
+        mInitialFill = mInputDevice.mBufferSizeFrames / 2.0;
         ResetTimes();
         return platform::kNoError;
     }
@@ -218,8 +223,8 @@ platform::Status CAPlayThrough::Init() {
     }
 
     mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
-    mInitialFill = static_cast<double>(mInputDevice.mBufferSizeFrames + mInputDevice.mSafetyOffset +
-                                       mOutputDevice.mSafetyOffset);
+    mInitialFill = mInputDevice.mBufferSizeFrames / 2.0 + mInputDevice.mSafetyOffset +
+                   mOutputDevice.mSafetyOffset;
     ResetTimes();
     return platform::kNoError;
 }
@@ -341,11 +346,14 @@ void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uin
         mFirstInputTime = static_cast<double>(sampleTime);
     }
     if (!mInputClock.started) {
-        mInputClock = {true, sampleTime, hostTime};
+        mInputClock = {true, false, sampleTime, hostTime};
     } else {
         const double seconds =
             static_cast<double>(platform::hostTimeToNanos(hostTime - mInputClock.host0)) * 1e-9;
-        if (seconds >= kClockWindowSeconds) {
+        if (seconds >= kClockWindowSeconds && !mInputClock.settled) {
+            // The first seconds hold the streams' start-up bursts: measure from after them.
+            mInputClock = {true, true, sampleTime, hostTime};
+        } else if (seconds >= kClockWindowSeconds) {
             mInputScalar = static_cast<double>(sampleTime - mInputClock.sample0) / seconds /
                            mInputDevice.mFormat.sampleRate;
         }
@@ -377,6 +385,9 @@ void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uin
         }
         done += n;
     }
+    mInputOrigin = HostSeconds(hostTime) -
+                   static_cast<double>(sampleTime + frames) / mInputDevice.mFormat.sampleRate;
+    mLastInputFrames = frames;
 }
 
 // ---- output stream's audio thread ------------------------------------------------------------
@@ -389,11 +400,13 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         return;
     }
     if (!mOutputClock.started) {
-        mOutputClock = {true, sampleTime, hostTime};
+        mOutputClock = {true, false, sampleTime, hostTime};
     } else {
         const double seconds =
             static_cast<double>(platform::hostTimeToNanos(hostTime - mOutputClock.host0)) * 1e-9;
-        if (seconds >= kClockWindowSeconds) {
+        if (seconds >= kClockWindowSeconds && !mOutputClock.settled) {
+            mOutputClock = {true, true, sampleTime, hostTime};
+        } else if (seconds >= kClockWindowSeconds) {
             mOutputScalar = static_cast<double>(sampleTime - mOutputClock.sample0) / seconds /
                             mOutputDevice.mFormat.sampleRate;
         }
@@ -420,7 +433,7 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         SwitchToVarispeed(static_cast<int64_t>(t - mInToOutSampleOffset.load()));
     }
     if (mVarispeed.load()) {
-        OutputResampled(channels, channelCount, frames);
+        OutputResampled(channels, channelCount, frames, hostTime);
     } else {
         OutputDirect(channels, channelCount, frames, t);
     }
@@ -440,15 +453,24 @@ void CAPlayThrough::SwitchToVarispeed(int64_t readPos) {
     mResampling = true;
     mDistanceSamples = kReferenceCycles;
     mDistanceIntegral = 0;
-    mDistanceAvg = ResampledReference(mOutputDevice.mBufferSizeFrames);
+    mDistanceAvg = ResampledReference();
     src_reset(mResampler);
     mVarispeed = true;
 }
 
-double CAPlayThrough::ResampledReference(uint32_t frames) const {
-    const double inRate = mInputDevice.mFormat.sampleRate;
-    const double outRate = mOutputDevice.mFormat.sampleRate;
-    return mTargetFill + frames * inRate / outRate;
+double CAPlayThrough::ResampledReference() const {
+    // The fill is measured where the input stands between two arrivals; just before the next
+    // arrival the ring holds up to an input buffer less than that.
+    return mTargetFill + std::max(mInputDevice.mBufferSizeFrames, mLastInputFrames.load());
+}
+
+double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
+    // The input arrives a buffer at a time; where it stands between two arrivals follows from
+    // the host clock. Without that the fill would saw by a whole input buffer and the rate
+    // would follow the saw.
+    return std::clamp(
+        (HostSeconds(hostTime) - mInputOrigin.load()) * mInputDevice.mFormat.sampleRate,
+        static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
 }
 
 void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
@@ -468,8 +490,9 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
     if (mVarispeed.load()) {
-        const double reference = ResampledReference(frames);
-        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(reference)));
+        const double needed = mTargetFill + frames * mInputDevice.mFormat.sampleRate /
+                                                mOutputDevice.mFormat.sampleRate;
+        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
         mResampling = false;
         src_reset(mResampler);
         return;
@@ -555,23 +578,16 @@ void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
     const double inRate = mInputDevice.mFormat.sampleRate;
     const double outRate = mOutputDevice.mFormat.sampleRate;
     const double dt = outputFrames / outRate;
-
-    // Feed-forward: the measured clock ratio, when both estimates look like real clocks.
-    const double inScalar = mInputScalar.load();
-    const double outScalar = mOutputScalar.load();
-    double clockRatio = 1.0;
-    if (std::abs(inScalar - 1.0) < kPlausibleScalar &&
-        std::abs(outScalar - 1.0) < kPlausibleScalar) {
-        clockRatio = inScalar / outScalar;
-    }
-    // Feedback: speed the reading up while the fill is above its reference, slow it down
-    // below; the integral term removes what the estimate misses.
-    const double error = mDistanceAvg - ResampledReference(outputFrames);
+    // The fill alone steers: the integral term is the estimate of how fast the input clock runs
+    // against what the output takes, the proportional term pulls the fill back to its
+    // reference. Estimates from the callbacks' host times are thrown off by servers that ask
+    // for a few frames at a time, and would push the fill away.
+    const double error = mDistanceAvg - ResampledReference();
     const double integralLimit = kMaxCorrection * inRate / kKi;
     mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
     const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,
                                          -kMaxCorrection, kMaxCorrection);
-    mSrcRatio = (outRate / inRate) / (clockRatio * (1.0 + correction));
+    mSrcRatio = (outRate / inRate) / (1.0 + correction);
 }
 
 long CAPlayThrough::ResamplerInput(void* self, float** data) {
@@ -597,32 +613,24 @@ long CAPlayThrough::ResamplerInput(void* self, float** data) {
     return static_cast<long>(chunk);
 }
 
-void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint32_t frames) {
+void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint32_t frames,
+                                    uint64_t hostTime) {
     AudioRingBuffer::SampleTime start = 0, end = 0;
     if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
         ZeroChannels(channels, count, 0, frames);
         return;
     }
-    const double reference = ResampledReference(frames);
-    const double distance = static_cast<double>(end - mReadPos);
+    const double inPerOut = mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
     if (!mResampling) {
-        // Wait until the reference fill is buffered, then play from there.
-        if (distance < reference) {
+        // Wait until the target fill and this cycle's input are buffered, then play from there.
+        if (static_cast<double>(end - mReadPos) < mTargetFill + frames * inPerOut) {
             ZeroChannels(channels, count, 0, frames);
             return;
         }
         mResampling = true;
         mDistanceIntegral = 0;
-        mDistanceAvg = distance;
+        mDistanceAvg = ResampledReference();
     }
-    if (distance > reference + JumpFrames()) {
-        ZeroChannels(channels, count, 0, frames);
-        ReAlign(0.0, frames, false);
-        mReAlignments.fetch_add(1, std::memory_order_relaxed);
-        return;
-    }
-    mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
-    UpdateRatio(frames);
     const double ratio = mSrcRatio.load();
     const uint32_t used = std::min<uint32_t>(count, static_cast<uint32_t>(mChannels));
     const auto nch = static_cast<uint32_t>(mChannels);
@@ -651,6 +659,19 @@ void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint
     }
     NoteGoodCycle(frames);
     ZeroChannels(channels, count, used, frames);
+
+    // The fill left after this read, averaged over time rather than callbacks: a server may
+    // ask for a frame at a time or for a whole buffer.
+    const double distance = WrittenPosition(end, hostTime) - static_cast<double>(mReadPos);
+    if (distance > ResampledReference() + JumpFrames()) {
+        ReAlign(0.0, frames, false);
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    const double weight =
+        std::min(1.0, frames / mOutputDevice.mFormat.sampleRate / kAverageSeconds);
+    mDistanceAvg += (distance - mDistanceAvg) * weight;
+    UpdateRatio(frames);
 }
 
 } // namespace waxline

@@ -100,12 +100,14 @@ private:
     void ResetTimes();
     // Output thread: plays `frames` from the ring at output time `t` straight or resampled.
     void OutputDirect(float* const* channels, uint32_t count, uint32_t frames, double t);
-    void OutputResampled(float* const* channels, uint32_t count, uint32_t frames);
+    void OutputResampled(float* const* channels, uint32_t count, uint32_t frames,
+                         uint64_t hostTime);
     // After a failed read: the next read starts where the ring keeps its target fill behind the
     // newest input, never at the oldest data. `underrun` raises the target once playing settled.
     void ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
-    // The fill the resampled path keeps before a read of `frames` output frames.
-    double ResampledReference(uint32_t frames) const;
+    // The fill the resampled path keeps after a read, measured at the interpolated write end.
+    double ResampledReference() const;
+    double WrittenPosition(int64_t end, uint64_t hostTime) const;
     bool ClocksDiffer() const;
     void SwitchToVarispeed(int64_t readPos);
     void NoteGoodCycle(uint32_t frames);
@@ -162,11 +164,15 @@ private:
     // Rate scalars estimated from sample times against host times (1 = nominal).
     struct ClockEstimate {
         bool started = false;
+        bool settled = false; // measuring from after the start-up
         int64_t sample0 = 0;
         uint64_t host0 = 0;
     };
     ClockEstimate mInputClock;  // input thread only
     ClockEstimate mOutputClock; // output thread only
+    // Host seconds at which input sample time 0 would have arrived, from the latest input.
+    std::atomic<double> mInputOrigin{0.0};
+    std::atomic<uint32_t> mLastInputFrames{0};
     std::atomic<double> mInputScalar{1.0};
     std::atomic<double> mOutputScalar{1.0};
 
