@@ -31,9 +31,13 @@ constexpr double kClockTolerance = 2e-4;
 constexpr double kMonitorBufferSeconds = 0.005;
 // Input frames the resampler takes at a time; it holds up to this many inside.
 constexpr uint32_t kResamplerChunkFrames = 64;
-// Underruns this soon after the first output do not raise the target fill; once raised, the
+// Underruns this soon after the first output do not raise the target fill, nor one that comes
+// alone, further than kRecurrenceSeconds after the last; once raised, the
 // fill must hold this long before it is reported as settled.
-constexpr double kWarmUpSeconds = 1.0;
+constexpr double kWarmUpSeconds = 3.0;
+constexpr double kRecurrenceSeconds = 2.0;
+// However often it runs dry, the fill kept stays below what a listener hears as an echo.
+constexpr double kMaxFillSeconds = 0.05;
 constexpr double kHoldSeconds = 3.0;
 // A fill this far above the target is a jump, skipped rather than kept.
 constexpr double kJumpSeconds = 0.040;
@@ -247,6 +251,10 @@ void CAPlayThrough::ResetTimes() {
     mTargetReport = mInitialFill;
     mPlayedFrames = 0;
     mHeldFrames = 0;
+    mSinceUnderrunFrames = 0;
+    mSeenOutputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
+    mSeenOutputQueue = mOutputStream ? mOutputStream->queuedFramesTarget() : 0;
+    mOutputQueueReport = mSeenOutputQueue;
     mRaised = false;
     mSettled = false;
     mSrcRatio = 1.0;
@@ -314,9 +322,13 @@ double CAPlayThrough::LatencyMilliseconds() const {
     if (rate <= 0) {
         return 0;
     }
-    const double frames = mTargetReport.load() + mInputDevice.mBufferSizeFrames +
-                          mOutputDevice.mBufferSizeFrames * rate /
-                              std::max(1.0, mOutputDevice.mFormat.sampleRate);
+    // The output's own buffer, or the queue the server keeps for it where that is longer.
+    const double outputFrames =
+        std::max<double>(mOutputDevice.mBufferSizeFrames, mOutputQueueReport.load());
+    const double outRate =
+        mOutputDevice.mFormat.sampleRate > 0 ? mOutputDevice.mFormat.sampleRate : rate;
+    const double frames =
+        mTargetReport.load() + mInputDevice.mBufferSizeFrames + outputFrames * rate / outRate;
     return frames / rate * 1000.0;
 }
 
@@ -427,6 +439,19 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         return;
     }
 
+    // The server ran out of what it had to play and held the stream until it was refilled:
+    // meanwhile the input went on, and keeping all of it would keep the delay of the pause.
+    // Drop back to the target fill instead.
+    const uint64_t outputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
+    if (outputXruns != mSeenOutputXruns) {
+        mSeenOutputXruns = outputXruns;
+        if (mFetchedOnce) {
+            ZeroChannels(channels, channelCount, 0, frames);
+            ReAlign(t + frames, frames, false);
+            mReAlignments.fetch_add(1, std::memory_order_relaxed);
+            return;
+        }
+    }
     if (!mVarispeed.load() && ClocksDiffer()) {
         // The clocks measurably differ: straight play would drift towards an underrun or away
         // from the input, so the resampler takes over where straight play stands.
@@ -468,29 +493,37 @@ double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
     // The input arrives a buffer at a time; where it stands between two arrivals follows from
     // the host clock. Without that the fill would saw by a whole input buffer and the rate
     // would follow the saw.
-    return std::clamp(
-        (HostSeconds(hostTime) - mInputOrigin.load()) * mInputDevice.mFormat.sampleRate,
-        static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
+    return std::clamp((HostSeconds(hostTime) - mInputOrigin.load()) *
+                          mInputDevice.mFormat.sampleRate,
+                      static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
 }
 
 void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
     if (underrun && mFetchedOnce) {
         mReAlignments.fetch_add(1, std::memory_order_relaxed);
-        // Start-up runs dry now and then while the streams find their pace; an underrun once
-        // playing settled means the fill kept is too small for these streams.
-        if (mPlayedFrames >= static_cast<uint64_t>(mOutputDevice.mFormat.sampleRate *
-                                                   kWarmUpSeconds)) {
+        // Start-up runs dry now and then while the streams find their pace, and so may a single
+        // late wake-up; underruns that recur once playing settled mean the fill kept is too
+        // small for these streams.
+        const auto rate = mOutputDevice.mFormat.sampleRate;
+        const bool settled = mPlayedFrames >= static_cast<uint64_t>(rate * kWarmUpSeconds);
+        const bool recurring =
+            mSinceUnderrunFrames < static_cast<uint64_t>(rate * kRecurrenceSeconds);
+        if (settled && recurring) {
             mTargetFill = std::min(mTargetFill + mInputDevice.mBufferSizeFrames / 2.0,
-                                   mBuffer->CapacityFrames() / 4.0);
+                                   kMaxFillSeconds * mInputDevice.mFormat.sampleRate);
             mTargetReport = mTargetFill;
             mRaised = true;
             mHeldFrames = 0;
         }
+        mSinceUnderrunFrames = 0;
     }
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
+    // After a pause the server asks for its whole queue at once: the data to play from must
+    // cover it as well as the fill to keep.
+    const double queue = std::max<double>(frames, mSeenOutputQueue);
     if (mVarispeed.load()) {
-        const double needed = mTargetFill + frames * mInputDevice.mFormat.sampleRate /
+        const double needed = mTargetFill + queue * mInputDevice.mFormat.sampleRate /
                                                 mOutputDevice.mFormat.sampleRate;
         mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
         mResampling = false;
@@ -498,16 +531,27 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
         return;
     }
     // Straight play: the next read leaves the target fill behind it, however long the ring is.
-    const int64_t read = std::max<int64_t>(
-        start, end - static_cast<int64_t>(std::lround(mTargetFill)) - static_cast<int64_t>(frames));
+    const int64_t read =
+        std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(mTargetFill + queue)));
     mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
     mDistanceSamples = 0;
 }
 
 void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
     mFetchedOnce = true;
+    // The output's queue may have grown on the server's side too.
+    const uint32_t queued = mOutputStream ? mOutputStream->queuedFramesTarget() : 0;
+    if (queued != mSeenOutputQueue) {
+        if (mSeenOutputQueue != 0) {
+            mRaised = true;
+            mHeldFrames = 0;
+        }
+        mSeenOutputQueue = queued;
+        mOutputQueueReport = queued;
+    }
     mPlayedFrames += frames;
     mHeldFrames += frames;
+    mSinceUnderrunFrames += frames;
     if (mRaised &&
         mHeldFrames >= static_cast<uint64_t>(mOutputDevice.mFormat.sampleRate * kHoldSeconds)) {
         mRaised = false;
@@ -534,7 +578,13 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
     const auto read = static_cast<int64_t>(t - mInToOutSampleOffset.load());
     if (mBuffer->Fetch(&out, frames, read) != AudioRingBuffer::kOK) {
         ZeroChannels(channels, count, 0, frames);
+        const bool played = mFetchedOnce;
         ReAlign(t + frames, frames, true);
+        // Straight play ran dry after it played: the output does not take frames at the
+        // input's pace, and only the resampler can follow that.
+        if (played) {
+            SwitchToVarispeed(static_cast<int64_t>(t + frames - mInToOutSampleOffset.load()));
+        }
         return;
     }
     NoteGoodCycle(frames);
@@ -570,8 +620,11 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
 }
 
 double CAPlayThrough::JumpFrames() const {
-    return std::max(4.0 * mInputDevice.mBufferSizeFrames,
-                    kJumpSeconds * mInputDevice.mFormat.sampleRate);
+    // Past the server's queue, which it may ask for at once after a pause.
+    const double queue = mSeenOutputQueue * mInputDevice.mFormat.sampleRate /
+                         std::max(1.0, mOutputDevice.mFormat.sampleRate);
+    return queue + std::max(4.0 * mInputDevice.mBufferSizeFrames,
+                            kJumpSeconds * mInputDevice.mFormat.sampleRate);
 }
 
 void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {

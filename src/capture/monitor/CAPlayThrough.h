@@ -144,20 +144,24 @@ private:
     std::vector<float> mResamplerOut; // interleaved resampler output
     std::vector<float> mFetchStorage; // per-channel fetch area
     AudioBufferList mFetchBuffer;
-    uint32_t mResamplerChunk = 0;            // input frames fetched for the resampler at once
-    int64_t mReadPos = 0;                    // next input frame the resampler will take
-    bool mReadFailed = false;                // a resampler fetch failed during this cycle
-    double mDistanceAvg = 0;                 // smoothed write end minus read position
-    double mDistanceRef = 0;                 // straight play: the distance the first cycles show
-    int mDistanceSamples = 0;                // successful cycles measured since the last alignment
-    double mDistanceIntegral = 0;            // integral term of the distance controller
-    bool mFetchedOnce = false;               // a fetch succeeded since Start
-    bool mResampling = false;                // the resampler has enough input buffered and plays
-    double mTargetFill = 0;                  // frames kept in the ring beyond each read
-    double mInitialFill = 0;                 // the target a start begins with
-    uint64_t mPlayedFrames = 0;              // output frames played since the first fetch
-    uint64_t mHeldFrames = 0;                // output frames played since the target was raised
-    bool mRaised = false;                    // the target grew and has not yet been reported
+    uint32_t mResamplerChunk = 0;      // input frames fetched for the resampler at once
+    int64_t mReadPos = 0;              // next input frame the resampler will take
+    bool mReadFailed = false;          // a resampler fetch failed during this cycle
+    double mDistanceAvg = 0;           // smoothed write end minus read position
+    double mDistanceRef = 0;           // straight play: the distance the first cycles show
+    int mDistanceSamples = 0;          // successful cycles measured since the last alignment
+    double mDistanceIntegral = 0;      // integral term of the distance controller
+    bool mFetchedOnce = false;         // a fetch succeeded since Start
+    bool mResampling = false;          // the resampler has enough input buffered and plays
+    double mTargetFill = 0;            // frames kept in the ring beyond each read
+    double mInitialFill = 0;           // the target a start begins with
+    uint64_t mPlayedFrames = 0;        // output frames played since the first fetch
+    uint64_t mHeldFrames = 0;          // output frames played since the target was raised
+    uint64_t mSinceUnderrunFrames = 0; // output frames played since the last underrun
+    uint64_t mSeenOutputXruns = 0;     // the output stream's underflows handled so far
+    uint32_t mSeenOutputQueue = 0;     // the output's server-side queue last seen
+    std::atomic<uint32_t> mOutputQueueReport{0};
+    bool mRaised = false; // the target grew and has not yet been reported
     std::atomic<double> mTargetReport{0.0};
     std::atomic<bool> mSettled{false};
 

@@ -253,18 +253,17 @@ public:
             this);
         pa_stream_set_underflow_callback(
             stream,
-            [](pa_stream*, void* self) {
-                static_cast<PulseOutputStream*>(self)->xruns.fetch_add(1,
-                                                                       std::memory_order_relaxed);
-            },
+            [](pa_stream* s, void* self) { static_cast<PulseOutputStream*>(self)->underflow(s); },
             this);
-        const uint32_t fragment = std::min(maxFrames, pulseFragmentFrames(rate)) * frameBytes();
-        pa_buffer_attr attr{};
+        fragment = std::min(maxFrames, pulseFragmentFrames(rate)) * frameBytes();
+        // Two fragments queued, topped up every half fragment: the queue stays near full, so a
+        // late wake-up of this client does not run it dry.
         attr.maxlength = static_cast<uint32_t>(-1);
         attr.tlength = 2 * fragment;
         attr.prebuf = static_cast<uint32_t>(-1);
-        attr.minreq = fragment;
+        attr.minreq = std::max(frameBytes(), fragment / 2 / frameBytes() * frameBytes());
         attr.fragsize = static_cast<uint32_t>(-1);
+        queuedFrames = attr.tlength / frameBytes();
         const auto flags = static_cast<pa_stream_flags_t>(
             PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED);
         if (pa_stream_connect_playback(stream, sink.serverName.c_str(), &attr, flags, nullptr,
@@ -273,11 +272,47 @@ public:
                                pa_context_errno(connection->context()));
             return kErrorOpenFailed;
         }
-        return connected("connect a playback stream") ? kNoError : kErrorOpenFailed;
+        if (!connected("connect a playback stream"))
+            return kErrorOpenFailed;
+        if (const pa_buffer_attr* granted = pa_stream_get_buffer_attr(stream)) {
+            attr = *granted;
+            queuedFrames = attr.tlength / frameBytes();
+        }
+        return kNoError;
+    }
+
+    uint32_t queuedFramesTarget() const override {
+        return queuedFrames.load(std::memory_order_relaxed);
     }
 
 private:
     uint32_t frameBytes() const { return channels * static_cast<uint32_t>(sizeof(float)); }
+
+    // Main-loop thread. Underflows that come back within a short while mean the server cannot
+    // keep this stream fed with so short a queue: it grows by a fragment, up to a limit, and
+    // stays there.
+    void underflow(pa_stream* s) {
+        xruns.fetch_add(1, std::memory_order_relaxed);
+        const uint64_t now = hostTimeToNanos(hostTime());
+        const bool recurring = underflows > 0 && now - lastUnderflow < kUnderflowWindowNanos;
+        ++underflows;
+        lastUnderflow = now;
+        const auto limit = static_cast<uint32_t>(rate * kMaxQueueSeconds) * frameBytes();
+        if (!recurring || attr.tlength + fragment > limit)
+            return;
+        attr.tlength += fragment;
+        queuedFrames = attr.tlength / frameBytes();
+        if (pa_operation* op = pa_stream_set_buffer_attr(s, &attr, nullptr, nullptr))
+            pa_operation_unref(op);
+    }
+
+    static constexpr uint64_t kUnderflowWindowNanos = 2'000'000'000;
+    static constexpr double kMaxQueueSeconds = 0.05;
+    pa_buffer_attr attr{};
+    uint32_t fragment = 0;
+    uint64_t underflows = 0;
+    uint64_t lastUnderflow = 0;
+    std::atomic<uint32_t> queuedFrames{0};
 
     // Main-loop thread, real-time: the handler fills our planar buffers; we interleave them
     // straight into the server's buffer.
