@@ -38,6 +38,7 @@ constexpr double kWarmUpSeconds = 3.0;
 constexpr double kRecurrenceSeconds = 2.0;
 // However often it runs dry, the fill kept stays below what a listener hears as an echo.
 constexpr double kMaxFillSeconds = 0.05;
+constexpr double kRelaxSeconds = 10.0;
 constexpr double kHoldSeconds = 3.0;
 // A fill this far above the target is a jump, skipped rather than kept.
 constexpr double kJumpSeconds = 0.040;
@@ -152,6 +153,9 @@ platform::Status CAPlayThrough::Init() {
         PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
         return status != platform::kNoError ? status : platform::kErrorOpenFailed;
     }
+    // A device may deliver more at a time than asked for; the fill and the latency follow what
+    // it delivers.
+    mInputPeriod = std::max(bufferFrames, mInputStream->periodFrames());
 
     // Output device; it is described even when the lookup fails, and the failure returned.
     // Without one the monitor only feeds the processing callback.
@@ -192,7 +196,7 @@ platform::Status CAPlayThrough::Init() {
                                         static_cast<std::size_t>(c) * bufferFrames};
     }
     mBuffer = std::make_unique<AudioRingBuffer>();
-    mBuffer->Allocate(mChannels, sizeof(float), bufferFrames * kRingBuffers);
+    mBuffer->Allocate(mChannels, sizeof(float), mInputPeriod * kRingBuffers);
 
     // The resampler and its buffers, so varispeed never allocates on the output thread.
     int srcError = 0;
@@ -214,7 +218,7 @@ platform::Status CAPlayThrough::Init() {
 
     if (!plays) {
         mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
-        mInitialFill = mInputDevice.mBufferSizeFrames / 2.0;
+        mInitialFill = mInputPeriod / 2.0;
         ResetTimes();
         return platform::kNoError;
     }
@@ -225,10 +229,10 @@ platform::Status CAPlayThrough::Init() {
         PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
         return status != platform::kNoError ? status : platform::kErrorOpenFailed;
     }
+    mOutputPeriod = std::max(mOutputDevice.mBufferSizeFrames, mOutputStream->periodFrames());
 
     mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
-    mInitialFill = mInputDevice.mBufferSizeFrames / 2.0 + mInputDevice.mSafetyOffset +
-                   mOutputDevice.mSafetyOffset;
+    mInitialFill = mInputPeriod / 2.0 + mInputDevice.mSafetyOffset + mOutputDevice.mSafetyOffset;
     ResetTimes();
     return platform::kNoError;
 }
@@ -323,12 +327,10 @@ double CAPlayThrough::LatencyMilliseconds() const {
         return 0;
     }
     // The output's own buffer, or the queue the server keeps for it where that is longer.
-    const double outputFrames =
-        std::max<double>(mOutputDevice.mBufferSizeFrames, mOutputQueueReport.load());
+    const double outputFrames = std::max<double>(mOutputPeriod, mOutputQueueReport.load());
     const double outRate =
         mOutputDevice.mFormat.sampleRate > 0 ? mOutputDevice.mFormat.sampleRate : rate;
-    const double frames =
-        mTargetReport.load() + mInputDevice.mBufferSizeFrames + outputFrames * rate / outRate;
+    const double frames = mTargetReport.load() + mInputPeriod + outputFrames * rate / outRate;
     return frames / rate * 1000.0;
 }
 
@@ -486,7 +488,7 @@ void CAPlayThrough::SwitchToVarispeed(int64_t readPos) {
 double CAPlayThrough::ResampledReference() const {
     // The fill is measured where the input stands between two arrivals; just before the next
     // arrival the ring holds up to an input buffer less than that.
-    return mTargetFill + std::max(mInputDevice.mBufferSizeFrames, mLastInputFrames.load());
+    return mTargetFill + std::max(mInputPeriod, mLastInputFrames.load());
 }
 
 double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
@@ -509,7 +511,7 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
         const bool recurring =
             mSinceUnderrunFrames < static_cast<uint64_t>(rate * kRecurrenceSeconds);
         if (settled && recurring) {
-            mTargetFill = std::min(mTargetFill + mInputDevice.mBufferSizeFrames / 2.0,
+            mTargetFill = std::min(mTargetFill + mInputPeriod / 2.0,
                                    kMaxFillSeconds * mInputDevice.mFormat.sampleRate);
             mTargetReport = mTargetFill;
             mRaised = true;
@@ -521,7 +523,9 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
     mBuffer->GetTimeBounds(start, end);
     // After a pause the server asks for its whole queue at once: the data to play from must
     // cover it as well as the fill to keep.
-    const double queue = std::max<double>(frames, mSeenOutputQueue);
+    const double queue =
+        std::max<double>({static_cast<double>(frames), static_cast<double>(mSeenOutputQueue),
+                          static_cast<double>(mOutputPeriod)});
     if (mVarispeed.load()) {
         const double needed = mTargetFill + queue * mInputDevice.mFormat.sampleRate /
                                                 mOutputDevice.mFormat.sampleRate;
@@ -552,10 +556,18 @@ void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
     mPlayedFrames += frames;
     mHeldFrames += frames;
     mSinceUnderrunFrames += frames;
-    if (mRaised &&
-        mHeldFrames >= static_cast<uint64_t>(mOutputDevice.mFormat.sampleRate * kHoldSeconds)) {
+    const double rate = mOutputDevice.mFormat.sampleRate;
+    if (mRaised && mHeldFrames >= static_cast<uint64_t>(rate * kHoldSeconds)) {
         mRaised = false;
         mSettled = true;
+    }
+    // A fill raised in a busy spell comes down a step at a time once it held long enough; the
+    // resampler takes the frames out gently, and an underrun that comes back raises it again.
+    if (mTargetFill > mInitialFill &&
+        mSinceUnderrunFrames >= static_cast<uint64_t>(rate * kRelaxSeconds)) {
+        mTargetFill = std::max(mInitialFill, mTargetFill - mInputPeriod / 2.0);
+        mTargetReport = mTargetFill;
+        mSinceUnderrunFrames = 0;
     }
 }
 
@@ -613,7 +625,7 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
         return;
     }
     mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
-    const double threshold = std::max<double>(mInputDevice.mBufferSizeFrames, 128.0);
+    const double threshold = std::max<double>(mInputPeriod, 128.0);
     if (std::abs(mDistanceAvg - mDistanceRef) > threshold) {
         SwitchToVarispeed(read + frames);
     }
@@ -621,10 +633,10 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
 
 double CAPlayThrough::JumpFrames() const {
     // Past the server's queue, which it may ask for at once after a pause.
-    const double queue = mSeenOutputQueue * mInputDevice.mFormat.sampleRate /
+    const double queue = std::max(mSeenOutputQueue, mOutputPeriod) *
+                         mInputDevice.mFormat.sampleRate /
                          std::max(1.0, mOutputDevice.mFormat.sampleRate);
-    return queue + std::max(4.0 * mInputDevice.mBufferSizeFrames,
-                            kJumpSeconds * mInputDevice.mFormat.sampleRate);
+    return queue + std::max(4.0 * mInputPeriod, kJumpSeconds * mInputDevice.mFormat.sampleRate);
 }
 
 void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {

@@ -127,6 +127,8 @@ private:
     AudioDevice mOutputDevice;
     std::unique_ptr<AudioRingBuffer> mBuffer;
     int mChannels = 0;
+    uint32_t mInputPeriod = 0;  // what the input delivers at a time, at least its buffer
+    uint32_t mOutputPeriod = 0; // what the output takes at a time, at least its buffer
 
     std::atomic<double> mFirstInputTime{-1.0};
     std::atomic<double> mFirstOutputTime{-1.0};

@@ -1,6 +1,8 @@
 #include "platform/pulse/PulseAudioSystem.h"
 #include "platform/pulse/PulseConnection.h"
 
+#include <pulse/rtclock.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -180,8 +182,14 @@ public:
             connection->report("connect a record stream", pa_context_errno(connection->context()));
             return kErrorOpenFailed;
         }
-        return connected("connect a record stream") ? kNoError : kErrorOpenFailed;
+        if (!connected("connect a record stream"))
+            return kErrorOpenFailed;
+        if (const pa_buffer_attr* granted = pa_stream_get_buffer_attr(stream))
+            grantedFragment = granted->fragsize / frameBytes();
+        return kNoError;
     }
+
+    uint32_t periodFrames() const override { return grantedFragment; }
 
 private:
     uint32_t frameBytes() const { return channels * static_cast<uint32_t>(sizeof(float)); }
@@ -217,6 +225,7 @@ private:
     }
 
     InputHandler* handler;
+    uint32_t grantedFragment = 0;
 };
 
 class PulseOutputStream : public PulseStream {
@@ -227,7 +236,10 @@ public:
         , handler(&handler) {
         guard->output = &handler;
     }
-    ~PulseOutputStream() override { close(); }
+    ~PulseOutputStream() override {
+        stopRelaxTimer();
+        close();
+    }
 
     Status open(const DeviceInfo& sink) {
         PulseLock lock(*connection);
@@ -278,6 +290,10 @@ public:
             attr = *granted;
             queuedFrames = attr.tlength / frameBytes();
         }
+        initialLength = attr.tlength;
+        relaxTimer =
+            pa_context_rttime_new(connection->context(), pa_rtclock_now() + kRelaxNanos / 1000,
+                                  &PulseOutputStream::relax, this);
         return kNoError;
     }
 
@@ -306,6 +322,38 @@ private:
             pa_operation_unref(op);
     }
 
+    // Main-loop thread, outside the audio path: a queue grown in a busy spell shrinks a
+    // fragment at a time once no underflow came for a while.
+    static void relax(pa_mainloop_api*, pa_time_event*, const struct timeval*, void* self) {
+        auto* me = static_cast<PulseOutputStream*>(self);
+        const uint64_t now = hostTimeToNanos(hostTime());
+        if (me->stream && me->attr.tlength > me->initialLength &&
+            now - me->lastUnderflow >= kRelaxNanos) {
+            me->attr.tlength -= std::min(me->fragment, me->attr.tlength - me->initialLength);
+            me->queuedFrames = me->attr.tlength / me->frameBytes();
+            if (pa_operation* op =
+                    pa_stream_set_buffer_attr(me->stream, &me->attr, nullptr, nullptr))
+                pa_operation_unref(op);
+        }
+        me->restartRelaxTimer();
+    }
+
+    void restartRelaxTimer() {
+        if (relaxTimer)
+            pa_context_rttime_restart(connection->context(), relaxTimer,
+                                      pa_rtclock_now() + kRelaxNanos / 1000);
+    }
+
+    void stopRelaxTimer() {
+        PulseLock lock(*connection);
+        if (relaxTimer)
+            pa_threaded_mainloop_get_api(connection->loop())->time_free(relaxTimer);
+        relaxTimer = nullptr;
+    }
+
+    static constexpr uint64_t kRelaxNanos = 10'000'000'000;
+    pa_time_event* relaxTimer = nullptr;
+    uint32_t initialLength = 0;
     static constexpr uint64_t kUnderflowWindowNanos = 2'000'000'000;
     static constexpr double kMaxQueueSeconds = 0.05;
     pa_buffer_attr attr{};
