@@ -559,6 +559,7 @@ void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
     const double rate = mOutputDevice.mFormat.sampleRate;
     if (mRaised && mHeldFrames >= static_cast<uint64_t>(rate * kHoldSeconds)) {
         mRaised = false;
+        mSettledMs = LatencyMilliseconds();
         mSettled = true;
     }
     // A fill raised in a busy spell comes down a step at a time once it held long enough; the
@@ -575,7 +576,7 @@ bool CAPlayThrough::TakeSettledLatency(double& ms) {
     if (!mSettled.exchange(false)) {
         return false;
     }
-    ms = LatencyMilliseconds();
+    ms = mSettledMs.load();
     return true;
 }
 

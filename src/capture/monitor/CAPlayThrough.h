@@ -74,7 +74,8 @@ public:
     // where the streams no longer run dry.
     double TargetFillFrames() const { return mTargetReport.load(); }
     // True once after the fill was raised and then held for a few seconds; `ms` is the latency
-    // it settled on.
+    // it settled on. A fill raised in a busy spell comes down again a step at a time after
+    // kRelaxSeconds without an underrun.
     bool TakeSettledLatency(double& ms);
 
     // Fetch errors after the first successful fetch since Start: each one is an audible gap.
@@ -166,6 +167,7 @@ private:
     bool mRaised = false; // the target grew and has not yet been reported
     std::atomic<double> mTargetReport{0.0};
     std::atomic<bool> mSettled{false};
+    std::atomic<double> mSettledMs{0.0};
 
     // Rate scalars estimated from sample times against host times (1 = nominal).
     struct ClockEstimate {
