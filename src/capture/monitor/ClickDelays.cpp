@@ -8,8 +8,9 @@ namespace waxline {
 
 namespace {
 
-// An onset: a sample above the threshold after this long below it.
-constexpr double kQuietBeforeSeconds = 0.008;
+// An onset: a sample above the threshold after this long below it. With the click's length,
+// the shortest delay told apart from the click itself.
+constexpr double kQuietBeforeSeconds = 0.003;
 // How far a straight click may stray from its place in the train (the path to the output
 // may resample and adjust its rate).
 constexpr double kLatticeToleranceSeconds = 0.012;

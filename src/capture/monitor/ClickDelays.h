@@ -10,7 +10,7 @@ namespace waxline {
 // second arrival behind the first is what a listener hears as the monitor's latency.
 
 // A click: a short full-scale burst, so that resampling on the way cannot hide its onset.
-constexpr double kClickSeconds = 0.004;
+constexpr double kClickSeconds = 0.002;
 
 // `clicks` clicks, `periodSeconds` apart, the first after `leadSeconds` of silence; mono.
 std::vector<float> makeClickTrain(double rate, double periodSeconds, int clicks,

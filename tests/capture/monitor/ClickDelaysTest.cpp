@@ -38,6 +38,7 @@ TEST(ClickDelaysTest, EveryClickGetsTheDelayOfItsCopy) {
     };
     const Case cases[] = {
         {"steady", 44100, {20, 20, 20, 20}, 20, 20, 0},
+        {"shorter than 12 ms", 44100, {6, 8, 10}, 8, 10, 0},
         {"a jump to 370 ms", 44100, {22, 30, 370, 375, 360}, 360, 375, 0},
         {"a lost click", 48000, {15, -1, 25}, 20, 25, 1},
     };
