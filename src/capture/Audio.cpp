@@ -295,6 +295,11 @@ void Audio::processPendingEvents() {
     DiagnosticLine line;
     while (diagnosticLines.tryPop(line))
         std::fputs(line.text.data(), stderr);
+    if (double ms = 0; _playThru && _playThru->TakeSettledLatency(ms))
+        std::fprintf(stderr,
+                     "CAPlayThrough: monitor latency settled at %.1f ms, the lowest that holds on "
+                     "this audio server\n",
+                     ms);
 
     if (mPendingDeviceListChange.exchange(false, std::memory_order_acq_rel)) {
         rebuildInputDevicesList();

@@ -2,6 +2,7 @@
 #include "capture/devices/KnownUsbDevices.h"
 #include "capture/monitor/MonitorHost.h"
 #include "cli/Commands.h"
+#include "cli/LoopbackProbe.h"
 #include "cli/PlatformWords.h"
 #include "platform/Platform.h"
 
@@ -128,6 +129,10 @@ int devicesCommand(Arguments& args) {
     loop.exec();
     const double frames = monitor.LatencyFrames();
     const double ms = monitor.LatencyMilliseconds();
+    const LoopbackMeasurement heard =
+        frames > 0
+            ? measureThroughLoopback(*platform.audio, audio.inputDeviceID(), audio.outputDeviceID())
+            : LoopbackMeasurement{};
     audio.stopPlayThru();
     if (frames <= 0) {
         std::fprintf(stderr, "waxline-cli devices: the monitor did not play; no latency to "
@@ -136,6 +141,14 @@ int devicesCommand(Arguments& args) {
     }
     std::printf("Monitor latency: %.1f ms (%.0f frames) from input %u to output %u\n", ms, frames,
                 audio.inputDeviceID(), audio.outputDeviceID());
+    if (heard.made)
+        std::printf("Measured through a loopback: %.1f ms median, %.1f ms worst over %zu clicks "
+                    "(%zu lost); computed %.1f ms\n",
+                    heard.delays.medianMs, heard.delays.worstMs, heard.delays.clicks,
+                    heard.delays.lost, ms);
+    else
+        std::printf("Measured through a loopback: not measured (%s); computed %.1f ms\n",
+                    heard.whyNot.c_str(), ms);
     return 0;
 }
 

@@ -78,6 +78,12 @@ public:
     virtual StreamFormat format() const = 0;
     // How often the server lost input (overflow) or ran out of output (underflow) so far.
     virtual uint64_t xrunCount() const { return 0; }
+    // An output's queue on the server side as it stands, in frames (0 when it has none): it may
+    // grow while the stream runs when the server cannot keep a short one fed. Any thread.
+    virtual uint32_t queuedFramesTarget() const { return 0; }
+    // The frames the device delivers or takes at a time, whatever the stream asked for (0 when
+    // the stream gets what it asked for). Any thread.
+    virtual uint32_t periodFrames() const { return 0; }
 };
 
 // The system audio service: devices, the process-wide default input, streams and notifications.

@@ -98,7 +98,9 @@ FakeAudioSystem::openOutput(platform::AudioObjectID id, platform::StreamFormat f
     status = platform::kNoError;
     lastOutputHandler = &handler;
     outputIds.push_back(id);
-    return std::make_unique<FakeStream>(format);
+    auto stream = std::make_unique<FakeStream>(format);
+    lastOutputStream = stream.get();
+    return stream;
 }
 
 platform::AudioSystem::ListenerToken FakeAudioSystem::onDeviceListChanged(Notification notify) {

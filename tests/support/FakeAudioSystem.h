@@ -31,6 +31,12 @@ public:
     }
     bool isRunning() const override { return running; }
     platform::StreamFormat format() const override { return streamFormat; }
+    uint64_t xrunCount() const override { return xruns; }
+    uint32_t queuedFramesTarget() const override { return queuedFrames; }
+
+    // What a test scripts: the server's underflows so far and the queue it keeps.
+    uint64_t xruns = 0;
+    uint32_t queuedFrames = 0;
 
 private:
     platform::StreamFormat streamFormat;
@@ -48,6 +54,7 @@ public:
     platform::AudioObjectID defaultOutput = platform::kNoDevice;
     platform::InputHandler* lastInputHandler = nullptr;
     platform::OutputHandler* lastOutputHandler = nullptr;
+    FakeStream* lastOutputStream = nullptr;
     int inputsOpened = 0;
     // What the streams were opened on, in order, and the format the last input asked for.
     std::vector<platform::AudioObjectID> inputIds;

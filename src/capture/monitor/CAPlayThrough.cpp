@@ -21,11 +21,29 @@ constexpr uint32_t kResamplerOutFrames = 1024;
 // Distance controller: proportional gain per second, integral gain (critically damped), the
 // largest speed change it may apply, and how far the smoothed distance may wander before a
 // straight play-through switches to resampling.
-constexpr double kKp = 0.2;
+constexpr double kKp = 0.5;
 constexpr double kKi = kKp * kKp / 4.0;
 constexpr double kMaxCorrection = 0.005;
 constexpr int kReferenceCycles = 32;
+// Clock estimates further apart than this make straight play drift audibly within a minute.
+constexpr double kClockTolerance = 2e-4;
+// The monitor's buffers: short enough that both together stay well inside 20 ms.
+constexpr double kMonitorBufferSeconds = 0.005;
+// Input frames the resampler takes at a time; it holds up to this many inside.
+constexpr uint32_t kResamplerChunkFrames = 64;
+// Underruns this soon after the first output do not raise the target fill, nor one that comes
+// alone, further than kRecurrenceSeconds after the last; once raised, the
+// fill must hold this long before it is reported as settled.
+constexpr double kWarmUpSeconds = 3.0;
+constexpr double kRecurrenceSeconds = 2.0;
+// However often it runs dry, the fill kept stays below what a listener hears as an echo.
+constexpr double kMaxFillSeconds = 0.05;
+constexpr double kRelaxSeconds = 10.0;
+constexpr double kHoldSeconds = 3.0;
+// A fill this far above the target is a jump, skipped rather than kept.
+constexpr double kJumpSeconds = 0.040;
 constexpr double kAverageWeight = 1.0 / 32.0;
+constexpr double kAverageSeconds = 0.15;
 // A clock estimate outside this band is taken as a stepped or paused stream, not a real clock.
 constexpr double kPlausibleScalar = 0.01;
 constexpr double kClockWindowSeconds = 2.0;
@@ -33,6 +51,17 @@ constexpr double kClockWindowSeconds = 2.0;
 void PrintError(long status, int line) {
     std::printf("CAPlayThrough Error: %ld ->  %s:  %d\n", status, kSourcePath, line);
     std::fflush(stdout);
+}
+
+// A device's buffer, cut to the monitor's: the device's own may be long enough to be heard.
+uint32_t MonitorBufferFrames(const AudioDevice& device) {
+    const auto wanted =
+        static_cast<uint32_t>(std::lround(device.mFormat.sampleRate * kMonitorBufferSeconds));
+    return wanted > 0 ? std::min(device.mBufferSizeFrames, wanted) : device.mBufferSizeFrames;
+}
+
+double HostSeconds(uint64_t hostTime) {
+    return static_cast<double>(platform::hostTimeToNanos(hostTime)) * 1e-9;
 }
 
 void ZeroChannels(float* const* channels, uint32_t count, uint32_t first, uint32_t frames) {
@@ -116,6 +145,7 @@ platform::Status CAPlayThrough::Init() {
     if (mInputDevice.mBufferSizeFrames == 0) {
         mInputDevice.SetBufferSize(kDefaultBufferFrames);
     }
+    mInputDevice.SetBufferSize(MonitorBufferFrames(mInputDevice));
     const uint32_t bufferFrames = mInputDevice.mBufferSizeFrames;
     platform::Status status = platform::kNoError;
     mInputStream = mSystem.openInput(in, {}, bufferFrames, *mInputSide, status);
@@ -123,6 +153,9 @@ platform::Status CAPlayThrough::Init() {
         PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
         return status != platform::kNoError ? status : platform::kErrorOpenFailed;
     }
+    // A device may deliver more at a time than asked for; the fill and the latency follow what
+    // it delivers.
+    mInputPeriod = std::max(bufferFrames, mInputStream->periodFrames());
 
     // Output device; it is described even when the lookup fails, and the failure returned.
     // Without one the monitor only feeds the processing callback.
@@ -137,6 +170,9 @@ platform::Status CAPlayThrough::Init() {
     }
     if (mOutputDevice.mBufferSizeFrames == 0) {
         mOutputDevice.SetBufferSize(kDefaultBufferFrames);
+    }
+    if (plays) {
+        mOutputDevice.SetBufferSize(MonitorBufferFrames(mOutputDevice));
     }
 
     // Working format: the channels both devices have, at each device's nominal rate.
@@ -160,7 +196,7 @@ platform::Status CAPlayThrough::Init() {
                                         static_cast<std::size_t>(c) * bufferFrames};
     }
     mBuffer = std::make_unique<AudioRingBuffer>();
-    mBuffer->Allocate(mChannels, sizeof(float), bufferFrames * kRingBuffers);
+    mBuffer->Allocate(mChannels, sizeof(float), mInputPeriod * kRingBuffers);
 
     // The resampler and its buffers, so varispeed never allocates on the output thread.
     int srcError = 0;
@@ -170,7 +206,8 @@ platform::Status CAPlayThrough::Init() {
         PrintError(srcError, __LINE__);
         return platform::kErrorOpenFailed;
     }
-    mResamplerIn.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
+    mResamplerChunk = std::min(bufferFrames, kResamplerChunkFrames);
+    mResamplerIn.assign(static_cast<std::size_t>(mChannels) * mResamplerChunk, 0.0f);
     mResamplerOut.assign(static_cast<std::size_t>(mChannels) * kResamplerOutFrames, 0.0f);
     mFetchStorage.assign(static_cast<std::size_t>(mChannels) * bufferFrames, 0.0f);
     mFetchBuffer.mNumberBuffers = static_cast<uint32_t>(mChannels);
@@ -181,6 +218,7 @@ platform::Status CAPlayThrough::Init() {
 
     if (!plays) {
         mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+        mInitialFill = mInputPeriod / 2.0;
         ResetTimes();
         return platform::kNoError;
     }
@@ -191,8 +229,10 @@ platform::Status CAPlayThrough::Init() {
         PrintError(status != platform::kNoError ? status : platform::kErrorOpenFailed, __LINE__);
         return status != platform::kNoError ? status : platform::kErrorOpenFailed;
     }
+    mOutputPeriod = std::max(mOutputDevice.mBufferSizeFrames, mOutputStream->periodFrames());
 
     mInToOutSampleOffset = static_cast<double>(ComputeThruOffset());
+    mInitialFill = mInputPeriod / 2.0 + mInputDevice.mSafetyOffset + mOutputDevice.mSafetyOffset;
     ResetTimes();
     return platform::kNoError;
 }
@@ -211,6 +251,16 @@ void CAPlayThrough::ResetTimes() {
     mDistanceSamples = 0;
     mDistanceIntegral = 0;
     mVarispeed = mRatesDiffer;
+    mTargetFill = mInitialFill;
+    mTargetReport = mInitialFill;
+    mPlayedFrames = 0;
+    mHeldFrames = 0;
+    mSinceUnderrunFrames = 0;
+    mSeenOutputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
+    mSeenOutputQueue = mOutputStream ? mOutputStream->queuedFramesTarget() : 0;
+    mOutputQueueReport = mSeenOutputQueue;
+    mRaised = false;
+    mSettled = false;
     mSrcRatio = 1.0;
     mInputClock = ClockEstimate{};
     mOutputClock = ClockEstimate{};
@@ -276,9 +326,11 @@ double CAPlayThrough::LatencyMilliseconds() const {
     if (rate <= 0) {
         return 0;
     }
-    const double frames = mVarispeed.load()
-                              ? mLatencyFrames.load() + mOutputDevice.mBufferSizeFrames
-                              : ThruOffsetFrames();
+    // The output's own buffer, or the queue the server keeps for it where that is longer.
+    const double outputFrames = std::max<double>(mOutputPeriod, mOutputQueueReport.load());
+    const double outRate =
+        mOutputDevice.mFormat.sampleRate > 0 ? mOutputDevice.mFormat.sampleRate : rate;
+    const double frames = mTargetReport.load() + mInputPeriod + outputFrames * rate / outRate;
     return frames / rate * 1000.0;
 }
 
@@ -308,11 +360,14 @@ void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uin
         mFirstInputTime = static_cast<double>(sampleTime);
     }
     if (!mInputClock.started) {
-        mInputClock = {true, sampleTime, hostTime};
+        mInputClock = {true, false, sampleTime, hostTime};
     } else {
         const double seconds =
             static_cast<double>(platform::hostTimeToNanos(hostTime - mInputClock.host0)) * 1e-9;
-        if (seconds >= kClockWindowSeconds) {
+        if (seconds >= kClockWindowSeconds && !mInputClock.settled) {
+            // The first seconds hold the streams' start-up bursts: measure from after them.
+            mInputClock = {true, true, sampleTime, hostTime};
+        } else if (seconds >= kClockWindowSeconds) {
             mInputScalar = static_cast<double>(sampleTime - mInputClock.sample0) / seconds /
                            mInputDevice.mFormat.sampleRate;
         }
@@ -344,6 +399,9 @@ void CAPlayThrough::InputProc(float* const* channels, uint32_t channelCount, uin
         }
         done += n;
     }
+    mInputOrigin = HostSeconds(hostTime) -
+                   static_cast<double>(sampleTime + frames) / mInputDevice.mFormat.sampleRate;
+    mLastInputFrames = frames;
 }
 
 // ---- output stream's audio thread ------------------------------------------------------------
@@ -356,11 +414,13 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         return;
     }
     if (!mOutputClock.started) {
-        mOutputClock = {true, sampleTime, hostTime};
+        mOutputClock = {true, false, sampleTime, hostTime};
     } else {
         const double seconds =
             static_cast<double>(platform::hostTimeToNanos(hostTime - mOutputClock.host0)) * 1e-9;
-        if (seconds >= kClockWindowSeconds) {
+        if (seconds >= kClockWindowSeconds && !mOutputClock.settled) {
+            mOutputClock = {true, true, sampleTime, hostTime};
+        } else if (seconds >= kClockWindowSeconds) {
             mOutputScalar = static_cast<double>(sampleTime - mOutputClock.sample0) / seconds /
                             mOutputDevice.mFormat.sampleRate;
         }
@@ -371,7 +431,7 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         mFirstOutputTime = t;
         mInToOutSampleOffset = t - firstInput + static_cast<double>(ComputeThruOffset());
         if (mVarispeed.load()) {
-            // Resampling from the start: play once the thru offset of input is buffered.
+            // Resampling from the start: play once the reference fill is buffered.
             AudioRingBuffer::SampleTime start = 0, end = 0;
             mBuffer->GetTimeBounds(start, end);
             mReadPos = start;
@@ -381,25 +441,143 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
         return;
     }
 
+    // The server ran out of what it had to play and held the stream until it was refilled:
+    // meanwhile the input went on, and keeping all of it would keep the delay of the pause.
+    // Drop back to the target fill instead.
+    const uint64_t outputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
+    if (outputXruns != mSeenOutputXruns) {
+        mSeenOutputXruns = outputXruns;
+        if (mFetchedOnce) {
+            ZeroChannels(channels, channelCount, 0, frames);
+            ReAlign(t + frames, frames, false);
+            mReAlignments.fetch_add(1, std::memory_order_relaxed);
+            return;
+        }
+    }
+    if (!mVarispeed.load() && ClocksDiffer()) {
+        // The clocks measurably differ: straight play would drift towards an underrun or away
+        // from the input, so the resampler takes over where straight play stands.
+        SwitchToVarispeed(static_cast<int64_t>(t - mInToOutSampleOffset.load()));
+    }
     if (mVarispeed.load()) {
-        OutputResampled(channels, channelCount, frames);
+        OutputResampled(channels, channelCount, frames, hostTime);
     } else {
         OutputDirect(channels, channelCount, frames, t);
     }
 }
 
-void CAPlayThrough::ReAlign(double outputTime) {
+bool CAPlayThrough::ClocksDiffer() const {
+    const double in = mInputScalar.load();
+    const double out = mOutputScalar.load();
+    if (std::abs(in - 1.0) >= kPlausibleScalar || std::abs(out - 1.0) >= kPlausibleScalar) {
+        return false;
+    }
+    return std::abs(in / out - 1.0) > kClockTolerance;
+}
+
+void CAPlayThrough::SwitchToVarispeed(int64_t readPos) {
+    mReadPos = readPos;
+    mResampling = true;
+    mDistanceSamples = kReferenceCycles;
+    mDistanceIntegral = 0;
+    mDistanceAvg = ResampledReference();
+    src_reset(mResampler);
+    mVarispeed = true;
+}
+
+double CAPlayThrough::ResampledReference() const {
+    // The fill is measured where the input stands between two arrivals; just before the next
+    // arrival the ring holds up to an input buffer less than that.
+    return mTargetFill + std::max(mInputPeriod, mLastInputFrames.load());
+}
+
+double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
+    // The input arrives a buffer at a time; where it stands between two arrivals follows from
+    // the host clock. Without that the fill would saw by a whole input buffer and the rate
+    // would follow the saw.
+    return std::clamp((HostSeconds(hostTime) - mInputOrigin.load()) *
+                          mInputDevice.mFormat.sampleRate,
+                      static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
+}
+
+void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+    if (underrun && mFetchedOnce) {
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        // Start-up runs dry now and then while the streams find their pace, and so may a single
+        // late wake-up; underruns that recur once playing settled mean the fill kept is too
+        // small for these streams.
+        const auto rate = mOutputDevice.mFormat.sampleRate;
+        const bool settled = mPlayedFrames >= static_cast<uint64_t>(rate * kWarmUpSeconds);
+        const bool recurring =
+            mSinceUnderrunFrames < static_cast<uint64_t>(rate * kRecurrenceSeconds);
+        if (settled && recurring) {
+            mTargetFill = std::min(mTargetFill + mInputPeriod / 2.0,
+                                   kMaxFillSeconds * mInputDevice.mFormat.sampleRate);
+            mTargetReport = mTargetFill;
+            mRaised = true;
+            mHeldFrames = 0;
+        }
+        mSinceUnderrunFrames = 0;
+    }
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
-    // The next cycle reads the oldest data the ring still holds.
-    mInToOutSampleOffset = outputTime - static_cast<double>(start);
-    mReadPos = start;
-    if (mFetchedOnce) {
-        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+    // After a pause the server asks for its whole queue at once: the data to play from must
+    // cover it as well as the fill to keep.
+    const double queue =
+        std::max<double>({static_cast<double>(frames), static_cast<double>(mSeenOutputQueue),
+                          static_cast<double>(mOutputPeriod)});
+    if (mVarispeed.load()) {
+        const double needed = mTargetFill + queue * mInputDevice.mFormat.sampleRate /
+                                                mOutputDevice.mFormat.sampleRate;
+        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
+        mResampling = false;
+        src_reset(mResampler);
+        return;
     }
-    if (!mVarispeed.load()) {
-        mDistanceSamples = 0;
+    // Straight play: the next read leaves the target fill behind it, however long the ring is.
+    const int64_t read =
+        std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(mTargetFill + queue)));
+    mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
+    mDistanceSamples = 0;
+}
+
+void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
+    mFetchedOnce = true;
+    // The output's queue may have grown on the server's side too.
+    const uint32_t queued = mOutputStream ? mOutputStream->queuedFramesTarget() : 0;
+    if (queued != mSeenOutputQueue) {
+        if (mSeenOutputQueue != 0) {
+            mRaised = true;
+            mHeldFrames = 0;
+        }
+        mSeenOutputQueue = queued;
+        mOutputQueueReport = queued;
     }
+    mPlayedFrames += frames;
+    mHeldFrames += frames;
+    mSinceUnderrunFrames += frames;
+    const double rate = mOutputDevice.mFormat.sampleRate;
+    if (mRaised && mHeldFrames >= static_cast<uint64_t>(rate * kHoldSeconds)) {
+        mRaised = false;
+        mSettledMs = LatencyMilliseconds();
+        mSettled = true;
+    }
+    // A fill raised in a busy spell comes down a step at a time once it held long enough; the
+    // resampler takes the frames out gently, and an underrun that comes back raises it again.
+    if (mTargetFill > mInitialFill &&
+        mSinceUnderrunFrames >= static_cast<uint64_t>(rate * kRelaxSeconds)) {
+        mTargetFill = std::max(mInitialFill, mTargetFill - mInputPeriod / 2.0);
+        mTargetReport = mTargetFill;
+        mSinceUnderrunFrames = 0;
+    }
+}
+
+bool CAPlayThrough::TakeSettledLatency(double& ms) {
+    if (!mSettled.exchange(false)) {
+        return false;
+    }
+    ms = mSettledMs.load();
+    return true;
 }
 
 void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_t frames,
@@ -413,68 +591,74 @@ void CAPlayThrough::OutputDirect(float* const* channels, uint32_t count, uint32_
     const auto read = static_cast<int64_t>(t - mInToOutSampleOffset.load());
     if (mBuffer->Fetch(&out, frames, read) != AudioRingBuffer::kOK) {
         ZeroChannels(channels, count, 0, frames);
-        ReAlign(t);
+        const bool played = mFetchedOnce;
+        ReAlign(t + frames, frames, true);
+        // Straight play ran dry after it played: the output does not take frames at the
+        // input's pace, and only the resampler can follow that.
+        if (played) {
+            SwitchToVarispeed(static_cast<int64_t>(t + frames - mInToOutSampleOffset.load()));
+        }
         return;
     }
-    mFetchedOnce = true;
+    NoteGoodCycle(frames);
     ZeroChannels(channels, count, used, frames);
 
-    // Watch the distance from the write end to the next read: when the two clocks drift apart it
-    // wanders off, and the play-through hands over to the resampler before the ring overruns.
     AudioRingBuffer::SampleTime start = 0, end = 0;
     if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
         return;
     }
     const double distance = static_cast<double>(end - (read + frames));
+    // A jump: the input ran far ahead (the output stalled). Skip to the target fill rather
+    // than keep the delay.
+    if (distance > mTargetFill + JumpFrames()) {
+        ReAlign(t + frames, frames, false);
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    // Watch the distance from the write end to the next read: when the clocks drift apart
+    // before their estimates show it, the resampler takes over before the ring runs dry.
     if (mDistanceSamples < kReferenceCycles) {
         ++mDistanceSamples;
-        mDistanceRef += (distance - mDistanceRef) / mDistanceSamples;
-        if (mDistanceSamples == 1) {
-            mDistanceRef = distance;
-        }
+        mDistanceRef = mDistanceSamples == 1
+                           ? distance
+                           : mDistanceRef + (distance - mDistanceRef) / mDistanceSamples;
         mDistanceAvg = mDistanceRef;
         return;
     }
     mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
-    const double threshold = std::max(2.0 * mInputDevice.mBufferSizeFrames, 256.0);
+    const double threshold = std::max<double>(mInputPeriod, 128.0);
     if (std::abs(mDistanceAvg - mDistanceRef) > threshold) {
-        mReadPos = read + frames;
-        mResampling = false;
-        src_reset(mResampler);
-        mVarispeed = true;
+        SwitchToVarispeed(read + frames);
     }
+}
+
+double CAPlayThrough::JumpFrames() const {
+    // Past the server's queue, which it may ask for at once after a pause.
+    const double queue = std::max(mSeenOutputQueue, mOutputPeriod) *
+                         mInputDevice.mFormat.sampleRate /
+                         std::max(1.0, mOutputDevice.mFormat.sampleRate);
+    return queue + std::max(4.0 * mInputPeriod, kJumpSeconds * mInputDevice.mFormat.sampleRate);
 }
 
 void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
     const double inRate = mInputDevice.mFormat.sampleRate;
     const double outRate = mOutputDevice.mFormat.sampleRate;
     const double dt = outputFrames / outRate;
-
-    // Feed-forward: the measured clock ratio, when both estimates look like real clocks.
-    const double inScalar = mInputScalar.load();
-    const double outScalar = mOutputScalar.load();
-    double clockRatio = 1.0;
-    if (std::abs(inScalar - 1.0) < kPlausibleScalar &&
-        std::abs(outScalar - 1.0) < kPlausibleScalar) {
-        clockRatio = inScalar / outScalar;
-    }
-    // Feedback: speed the reading up while the distance is above its reference, slow it down
-    // below; the integral term removes what the estimate misses.
-    if (mDistanceSamples < kReferenceCycles) {
-        mSrcRatio = (outRate / inRate) / clockRatio;
-        return;
-    }
-    const double error = mDistanceAvg - mDistanceRef;
+    // The fill alone steers: the integral term is the estimate of how fast the input clock runs
+    // against what the output takes, the proportional term pulls the fill back to its
+    // reference. Estimates from the callbacks' host times are thrown off by servers that ask
+    // for a few frames at a time, and would push the fill away.
+    const double error = mDistanceAvg - ResampledReference();
     const double integralLimit = kMaxCorrection * inRate / kKi;
     mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
     const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,
                                          -kMaxCorrection, kMaxCorrection);
-    mSrcRatio = (outRate / inRate) / (clockRatio * (1.0 + correction));
+    mSrcRatio = (outRate / inRate) / (1.0 + correction);
 }
 
 long CAPlayThrough::ResamplerInput(void* self, float** data) {
     auto& m = *static_cast<CAPlayThrough*>(self);
-    const uint32_t chunk = m.mInputDevice.mBufferSizeFrames;
+    const uint32_t chunk = m.mResamplerChunk;
     const auto channels = static_cast<uint32_t>(m.mChannels);
     for (uint32_t c = 0; c < channels; ++c) {
         m.mFetchBuffer.mBuffers[c].mDataByteSize = chunk * static_cast<uint32_t>(sizeof(float));
@@ -495,38 +679,24 @@ long CAPlayThrough::ResamplerInput(void* self, float** data) {
     return static_cast<long>(chunk);
 }
 
-void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint32_t frames) {
+void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint32_t frames,
+                                    uint64_t hostTime) {
     AudioRingBuffer::SampleTime start = 0, end = 0;
     if (mBuffer->GetTimeBounds(start, end) != AudioRingBuffer::kOK) {
         ZeroChannels(channels, count, 0, frames);
         return;
     }
-    const double distance = static_cast<double>(end - mReadPos);
+    const double inPerOut = mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
     if (!mResampling) {
-        // The resampler reads ahead of what it plays: wait for some headroom before it starts.
-        const double headroom =
-            std::max<double>(ComputeThruOffset(), 3.0 * mInputDevice.mBufferSizeFrames);
-        if (distance < headroom) {
+        // Wait until the target fill and this cycle's input are buffered, then play from there.
+        if (static_cast<double>(end - mReadPos) < mTargetFill + frames * inPerOut) {
             ZeroChannels(channels, count, 0, frames);
             return;
         }
         mResampling = true;
-        mDistanceSamples = 0;
         mDistanceIntegral = 0;
+        mDistanceAvg = ResampledReference();
     }
-    // The distance to keep is what the first cycles show, which includes what the resampler
-    // holds inside.
-    if (mDistanceSamples < kReferenceCycles) {
-        ++mDistanceSamples;
-        mDistanceRef = mDistanceSamples == 1
-                           ? distance
-                           : mDistanceRef + (distance - mDistanceRef) / mDistanceSamples;
-        mDistanceAvg = mDistanceRef;
-        mLatencyFrames = mDistanceRef;
-    } else {
-        mDistanceAvg += (distance - mDistanceAvg) * kAverageWeight;
-    }
-    UpdateRatio(frames);
     const double ratio = mSrcRatio.load();
     const uint32_t used = std::min<uint32_t>(count, static_cast<uint32_t>(mChannels));
     const auto nch = static_cast<uint32_t>(mChannels);
@@ -549,14 +719,25 @@ void CAPlayThrough::OutputResampled(float* const* channels, uint32_t count, uint
     }
     if (mReadFailed) {
         ZeroChannels(channels, count, 0, frames);
-        ReAlign(0.0);
-        mResampling = false;
         mReadFailed = false;
-        src_reset(mResampler);
+        ReAlign(0.0, frames, true);
         return;
     }
-    mFetchedOnce = true;
+    NoteGoodCycle(frames);
     ZeroChannels(channels, count, used, frames);
+
+    // The fill left after this read, averaged over time rather than callbacks: a server may
+    // ask for a frame at a time or for a whole buffer.
+    const double distance = WrittenPosition(end, hostTime) - static_cast<double>(mReadPos);
+    if (distance > ResampledReference() + JumpFrames()) {
+        ReAlign(0.0, frames, false);
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    const double weight =
+        std::min(1.0, frames / mOutputDevice.mFormat.sampleRate / kAverageSeconds);
+    mDistanceAvg += (distance - mDistanceAvg) * weight;
+    UpdateRatio(frames);
 }
 
 } // namespace waxline

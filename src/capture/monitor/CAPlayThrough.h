@@ -66,9 +66,17 @@ public:
     uint32_t ComputeThruOffset() const;
     // The input-to-output offset in effect: heard frame t is input frame t - offset.
     double ThruOffsetFrames() const { return mInToOutSampleOffset.load(); }
-    // Input-to-output latency: the offset in effect, or in varispeed the distance kept between
-    // the write and read positions, in milliseconds of input.
+    // Input-to-output latency as the monitor keeps it: both devices' buffers and safety offsets
+    // and the fill it keeps in its ring, in milliseconds of input.
     double LatencyMilliseconds() const;
+    // The input frames the ring keeps beyond each read. It starts from the input buffer and the
+    // safety offsets and grows after an underrun that was not a start-up one, so that it settles
+    // where the streams no longer run dry.
+    double TargetFillFrames() const { return mTargetReport.load(); }
+    // True once after the fill was raised and then held for a few seconds; `ms` is the latency
+    // it settled on. A fill raised in a busy spell comes down again a step at a time after
+    // kRelaxSeconds without an underrun.
+    bool TakeSettledLatency(double& ms);
 
     // Fetch errors after the first successful fetch since Start: each one is an audible gap.
     uint64_t ReAlignmentCount() const { return mReAlignments.load(); }
@@ -93,9 +101,19 @@ private:
     void ResetTimes();
     // Output thread: plays `frames` from the ring at output time `t` straight or resampled.
     void OutputDirect(float* const* channels, uint32_t count, uint32_t frames, double t);
-    void OutputResampled(float* const* channels, uint32_t count, uint32_t frames);
-    void ReAlign(double outputTime);
+    void OutputResampled(float* const* channels, uint32_t count, uint32_t frames,
+                         uint64_t hostTime);
+    // After a failed read: the next read starts where the ring keeps its target fill behind the
+    // newest input, never at the oldest data. `underrun` raises the target once playing settled.
+    void ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // The fill the resampled path keeps after a read, measured at the interpolated write end.
+    double ResampledReference() const;
+    double WrittenPosition(int64_t end, uint64_t hostTime) const;
+    bool ClocksDiffer() const;
+    void SwitchToVarispeed(int64_t readPos);
+    void NoteGoodCycle(uint32_t frames);
     void UpdateRatio(uint32_t outputFrames);
+    double JumpFrames() const;
     static long ResamplerInput(void* self, float** data);
 
     platform::AudioSystem& mSystem;
@@ -110,6 +128,8 @@ private:
     AudioDevice mOutputDevice;
     std::unique_ptr<AudioRingBuffer> mBuffer;
     int mChannels = 0;
+    uint32_t mInputPeriod = 0;  // what the input delivers at a time, at least its buffer
+    uint32_t mOutputPeriod = 0; // what the output takes at a time, at least its buffer
 
     std::atomic<double> mFirstInputTime{-1.0};
     std::atomic<double> mFirstOutputTime{-1.0};
@@ -127,24 +147,40 @@ private:
     std::vector<float> mResamplerOut; // interleaved resampler output
     std::vector<float> mFetchStorage; // per-channel fetch area
     AudioBufferList mFetchBuffer;
-    int64_t mReadPos = 0;                    // next input frame the resampler will take
-    bool mReadFailed = false;                // a resampler fetch failed during this cycle
-    double mDistanceAvg = 0;                 // smoothed write end minus read position
-    double mDistanceRef = 0;                 // the distance to keep
-    int mDistanceSamples = 0;                // successful cycles measured since the last alignment
-    double mDistanceIntegral = 0;            // integral term of the distance controller
-    bool mFetchedOnce = false;               // a fetch succeeded since Start
-    bool mResampling = false;                // the resampler has enough input buffered and plays
-    std::atomic<double> mLatencyFrames{0.0}; // the distance kept, for reports
+    uint32_t mResamplerChunk = 0;      // input frames fetched for the resampler at once
+    int64_t mReadPos = 0;              // next input frame the resampler will take
+    bool mReadFailed = false;          // a resampler fetch failed during this cycle
+    double mDistanceAvg = 0;           // smoothed write end minus read position
+    double mDistanceRef = 0;           // straight play: the distance the first cycles show
+    int mDistanceSamples = 0;          // successful cycles measured since the last alignment
+    double mDistanceIntegral = 0;      // integral term of the distance controller
+    bool mFetchedOnce = false;         // a fetch succeeded since Start
+    bool mResampling = false;          // the resampler has enough input buffered and plays
+    double mTargetFill = 0;            // frames kept in the ring beyond each read
+    double mInitialFill = 0;           // the target a start begins with
+    uint64_t mPlayedFrames = 0;        // output frames played since the first fetch
+    uint64_t mHeldFrames = 0;          // output frames played since the target was raised
+    uint64_t mSinceUnderrunFrames = 0; // output frames played since the last underrun
+    uint64_t mSeenOutputXruns = 0;     // the output stream's underflows handled so far
+    uint32_t mSeenOutputQueue = 0;     // the output's server-side queue last seen
+    std::atomic<uint32_t> mOutputQueueReport{0};
+    bool mRaised = false; // the target grew and has not yet been reported
+    std::atomic<double> mTargetReport{0.0};
+    std::atomic<bool> mSettled{false};
+    std::atomic<double> mSettledMs{0.0};
 
     // Rate scalars estimated from sample times against host times (1 = nominal).
     struct ClockEstimate {
         bool started = false;
+        bool settled = false; // measuring from after the start-up
         int64_t sample0 = 0;
         uint64_t host0 = 0;
     };
     ClockEstimate mInputClock;  // input thread only
     ClockEstimate mOutputClock; // output thread only
+    // Host seconds at which input sample time 0 would have arrived, from the latest input.
+    std::atomic<double> mInputOrigin{0.0};
+    std::atomic<uint32_t> mLastInputFrames{0};
     std::atomic<double> mInputScalar{1.0};
     std::atomic<double> mOutputScalar{1.0};
 

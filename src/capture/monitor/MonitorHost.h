@@ -20,6 +20,9 @@ public:
     // the input (the thru offset, or in varispeed the distance kept). 0 until it has played.
     virtual double LatencyMilliseconds() { return 0; }
     virtual double LatencyFrames() { return 0; }
+    // True once after the monitor had to settle on a longer latency than it started with, and
+    // held it; `ms` is that latency.
+    virtual bool TakeSettledLatency(double& /*ms*/) { return false; }
 };
 
 // Makes the host for (input, output), with InputProcCallback installed as its processing

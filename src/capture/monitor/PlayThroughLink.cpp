@@ -36,6 +36,11 @@ public:
         return rate > 0 ? monitor->LatencyMilliseconds() * rate / 1000.0 : 0;
     }
 
+    bool TakeSettledLatency(double& ms) override {
+        auto* monitor = host.PlayThrough();
+        return monitor && monitor->TakeSettledLatency(ms);
+    }
+
 private:
     platform::AudioSystem& mSystem;
     CAPlayThroughHost host;

@@ -4,6 +4,12 @@
 
 #include <pulse/rtclock.h>
 
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
 
 namespace waxline::platform {
@@ -11,6 +17,9 @@ namespace waxline::platform {
 namespace {
 
 constexpr pa_usec_t kTimeout = 5 * PA_USEC_PER_SEC;
+// Below the server's own real-time threads (priority 5 by default).
+constexpr int kLoopThreadPriority = 4;
+constexpr int kLoopThreadNice = -11;
 
 struct Timer {
     PulseConnection* connection;
@@ -21,6 +30,18 @@ void onTimer(pa_mainloop_api*, pa_time_event*, const struct timeval*, void* user
     auto* timer = static_cast<Timer*>(userdata);
     timer->expired = true;
     timer->connection->signal();
+}
+
+// The stream callbacks run on the main-loop thread and must keep pace with the server, which
+// runs its own threads at real-time priority: a busy machine would otherwise starve them and
+// the monitor would run dry. A low real-time priority where the system grants it, else a
+// raised nice level, else the thread stays as it is.
+void raiseLoopThreadPriority(pa_mainloop_api*, void*) {
+    sched_param param{};
+    param.sched_priority = std::max(sched_get_priority_min(SCHED_FIFO), kLoopThreadPriority);
+    if (pthread_setschedparam(pthread_self(), SCHED_FIFO | SCHED_RESET_ON_FORK, &param) == 0)
+        return;
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kLoopThreadNice);
 }
 
 } // namespace
@@ -52,6 +73,9 @@ PulseConnection::PulseConnection() {
             failure = "timeout";
         else if (pa_context_get_state(ctx) != PA_CONTEXT_READY)
             failure = pa_strerror(pa_context_errno(ctx));
+        else
+            pa_mainloop_api_once(pa_threaded_mainloop_get_api(mainloop), raiseLoopThreadPriority,
+                                 nullptr);
     }
     if (!failure.empty()) {
         pa_threaded_mainloop_stop(mainloop);

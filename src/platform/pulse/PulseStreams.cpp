@@ -1,6 +1,8 @@
 #include "platform/pulse/PulseAudioSystem.h"
 #include "platform/pulse/PulseConnection.h"
 
+#include <pulse/rtclock.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -180,8 +182,14 @@ public:
             connection->report("connect a record stream", pa_context_errno(connection->context()));
             return kErrorOpenFailed;
         }
-        return connected("connect a record stream") ? kNoError : kErrorOpenFailed;
+        if (!connected("connect a record stream"))
+            return kErrorOpenFailed;
+        if (const pa_buffer_attr* granted = pa_stream_get_buffer_attr(stream))
+            grantedFragment = granted->fragsize / frameBytes();
+        return kNoError;
     }
+
+    uint32_t periodFrames() const override { return grantedFragment; }
 
 private:
     uint32_t frameBytes() const { return channels * static_cast<uint32_t>(sizeof(float)); }
@@ -217,6 +225,7 @@ private:
     }
 
     InputHandler* handler;
+    uint32_t grantedFragment = 0;
 };
 
 class PulseOutputStream : public PulseStream {
@@ -227,7 +236,10 @@ public:
         , handler(&handler) {
         guard->output = &handler;
     }
-    ~PulseOutputStream() override { close(); }
+    ~PulseOutputStream() override {
+        stopRelaxTimer();
+        close();
+    }
 
     Status open(const DeviceInfo& sink) {
         PulseLock lock(*connection);
@@ -253,18 +265,17 @@ public:
             this);
         pa_stream_set_underflow_callback(
             stream,
-            [](pa_stream*, void* self) {
-                static_cast<PulseOutputStream*>(self)->xruns.fetch_add(1,
-                                                                       std::memory_order_relaxed);
-            },
+            [](pa_stream* s, void* self) { static_cast<PulseOutputStream*>(self)->underflow(s); },
             this);
-        const uint32_t fragment = std::min(maxFrames, pulseFragmentFrames(rate)) * frameBytes();
-        pa_buffer_attr attr{};
+        fragment = std::min(maxFrames, pulseFragmentFrames(rate)) * frameBytes();
+        // Two fragments queued, topped up every half fragment: the queue stays near full, so a
+        // late wake-up of this client does not run it dry.
         attr.maxlength = static_cast<uint32_t>(-1);
         attr.tlength = 2 * fragment;
         attr.prebuf = static_cast<uint32_t>(-1);
-        attr.minreq = fragment;
+        attr.minreq = std::max(frameBytes(), fragment / 2 / frameBytes() * frameBytes());
         attr.fragsize = static_cast<uint32_t>(-1);
+        queuedFrames = attr.tlength / frameBytes();
         const auto flags = static_cast<pa_stream_flags_t>(
             PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED);
         if (pa_stream_connect_playback(stream, sink.serverName.c_str(), &attr, flags, nullptr,
@@ -273,11 +284,83 @@ public:
                                pa_context_errno(connection->context()));
             return kErrorOpenFailed;
         }
-        return connected("connect a playback stream") ? kNoError : kErrorOpenFailed;
+        if (!connected("connect a playback stream"))
+            return kErrorOpenFailed;
+        if (const pa_buffer_attr* granted = pa_stream_get_buffer_attr(stream)) {
+            attr = *granted;
+            queuedFrames = attr.tlength / frameBytes();
+        }
+        initialLength = attr.tlength;
+        relaxTimer =
+            pa_context_rttime_new(connection->context(), pa_rtclock_now() + kRelaxNanos / 1000,
+                                  &PulseOutputStream::relax, this);
+        return kNoError;
+    }
+
+    uint32_t queuedFramesTarget() const override {
+        return queuedFrames.load(std::memory_order_relaxed);
     }
 
 private:
     uint32_t frameBytes() const { return channels * static_cast<uint32_t>(sizeof(float)); }
+
+    // Main-loop thread. Underflows that come back within a short while mean the server cannot
+    // keep this stream fed with so short a queue: it grows by a fragment, up to a limit, and
+    // stays there.
+    void underflow(pa_stream* s) {
+        xruns.fetch_add(1, std::memory_order_relaxed);
+        const uint64_t now = hostTimeToNanos(hostTime());
+        const bool recurring = underflows > 0 && now - lastUnderflow < kUnderflowWindowNanos;
+        ++underflows;
+        lastUnderflow = now;
+        const auto limit = static_cast<uint32_t>(rate * kMaxQueueSeconds) * frameBytes();
+        if (!recurring || attr.tlength + fragment > limit)
+            return;
+        attr.tlength += fragment;
+        queuedFrames = attr.tlength / frameBytes();
+        if (pa_operation* op = pa_stream_set_buffer_attr(s, &attr, nullptr, nullptr))
+            pa_operation_unref(op);
+    }
+
+    // Main-loop thread, outside the audio path: a queue grown in a busy spell shrinks a
+    // fragment at a time once no underflow came for a while.
+    static void relax(pa_mainloop_api*, pa_time_event*, const struct timeval*, void* self) {
+        auto* me = static_cast<PulseOutputStream*>(self);
+        const uint64_t now = hostTimeToNanos(hostTime());
+        if (me->stream && me->attr.tlength > me->initialLength &&
+            now - me->lastUnderflow >= kRelaxNanos) {
+            me->attr.tlength -= std::min(me->fragment, me->attr.tlength - me->initialLength);
+            me->queuedFrames = me->attr.tlength / me->frameBytes();
+            if (pa_operation* op =
+                    pa_stream_set_buffer_attr(me->stream, &me->attr, nullptr, nullptr))
+                pa_operation_unref(op);
+        }
+        me->restartRelaxTimer();
+    }
+
+    void restartRelaxTimer() {
+        if (relaxTimer)
+            pa_context_rttime_restart(connection->context(), relaxTimer,
+                                      pa_rtclock_now() + kRelaxNanos / 1000);
+    }
+
+    void stopRelaxTimer() {
+        PulseLock lock(*connection);
+        if (relaxTimer)
+            pa_threaded_mainloop_get_api(connection->loop())->time_free(relaxTimer);
+        relaxTimer = nullptr;
+    }
+
+    static constexpr uint64_t kRelaxNanos = 10'000'000'000;
+    pa_time_event* relaxTimer = nullptr;
+    uint32_t initialLength = 0;
+    static constexpr uint64_t kUnderflowWindowNanos = 2'000'000'000;
+    static constexpr double kMaxQueueSeconds = 0.05;
+    pa_buffer_attr attr{};
+    uint32_t fragment = 0;
+    uint64_t underflows = 0;
+    uint64_t lastUnderflow = 0;
+    std::atomic<uint32_t> queuedFrames{0};
 
     // Main-loop thread, real-time: the handler fills our planar buffers; we interleave them
     // straight into the server's buffer.

@@ -56,6 +56,7 @@ public:
         : VirtualStream(std::move(shared), std::move(entry))
         , rate(rate) {}
     StreamFormat format() const override { return {rate, entry->channels}; }
+    uint32_t periodFrames() const override { return shared->period; }
     uint64_t xrunCount() const override {
         std::lock_guard lock(shared->mutex);
         return entry->xruns;
@@ -69,6 +70,7 @@ class VirtualOutputStream : public VirtualStream<OutputEntry> {
 public:
     using VirtualStream::VirtualStream;
     StreamFormat format() const override { return {entry->rate, entry->channels}; }
+    uint32_t periodFrames() const override { return shared->period; }
 };
 
 } // namespace
