@@ -15,8 +15,12 @@ namespace {
 const char* const kNamesFile = "/WXRTLookup.json";
 const char* const kCoverFile = "/WXRTCover.jpg";
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
-std::string s(const QJsonObject& o, const char* key) { return o.value(key).toString().toStdString(); }
+QString q(const std::string& s) {
+    return QString::fromStdString(s);
+}
+std::string s(const QJsonObject& o, const char* key) {
+    return o.value(key).toString().toStdString();
+}
 
 bool writeWhole(const QString& path, const QByteArray& bytes) {
     QSaveFile file(path);
@@ -55,9 +59,12 @@ bool keepNames(const std::string& folder, const KeptNames& names, const QByteArr
                                   {"artist", q(t.artist)},
                                   {"recording", q(t.recordingId)},
                                   {"track", q(t.trackId)}});
-    const QJsonObject root{{"artist", q(names.artist)},     {"album", q(names.album)},
-                           {"artistId", q(names.artistId)}, {"date", q(names.date)},
-                           {"release", q(names.releaseId)}, {"disc", q(names.discNumber)},
+    const QJsonObject root{{"artist", q(names.artist)},
+                           {"album", q(names.album)},
+                           {"artistId", q(names.artistId)},
+                           {"date", q(names.date)},
+                           {"release", q(names.releaseId)},
+                           {"disc", q(names.discNumber)},
                            {"tracks", tracks}};
     const QString dir = q(folder);
     QFile::remove(dir + kCoverFile);
@@ -74,8 +81,13 @@ std::optional<KeptNames> keptNames(const std::string& folder) {
     if (!doc.isObject())
         return std::nullopt;
     const QJsonObject o = doc.object();
-    KeptNames names{s(o, "artist"), s(o, "album"),   s(o, "artistId"), s(o, "date"),
-                    s(o, "release"), s(o, "disc"), {}};
+    KeptNames names{s(o, "artist"),
+                    s(o, "album"),
+                    s(o, "artistId"),
+                    s(o, "date"),
+                    s(o, "release"),
+                    s(o, "disc"),
+                    {}};
     for (const QJsonValue& v : o.value("tracks").toArray()) {
         const QJsonObject t = v.toObject();
         names.tracks.push_back(

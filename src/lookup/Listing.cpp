@@ -24,9 +24,13 @@ std::string sideLetterOf(const std::string& number) {
     return number.substr(0, letters);
 }
 
-bool Medium::isVinyl() const { return contains(format, "vinyl") || contains(format, "shellac"); }
+bool Medium::isVinyl() const {
+    return contains(format, "vinyl") || contains(format, "shellac");
+}
 
-bool Medium::isCassette() const { return contains(format, "cassette"); }
+bool Medium::isCassette() const {
+    return contains(format, "cassette");
+}
 
 std::vector<std::string> Medium::sideLetters() const {
     std::vector<std::string> letters;

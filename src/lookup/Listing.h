@@ -8,8 +8,8 @@
 namespace waxline::lookup {
 
 struct ListedTrack {
-    std::string number;      // as printed: "A1", "B2", or "3"
-    int position = 0;        // 1-based position on its medium, across its sides
+    std::string number; // as printed: "A1", "B2", or "3"
+    int position = 0;   // 1-based position on its medium, across its sides
     std::string title;
     double seconds = 0;      // 0 when the listing gives no length
     std::string artist;      // the track's credit, joined as printed

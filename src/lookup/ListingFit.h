@@ -18,13 +18,13 @@ struct SideShape {
 };
 
 struct ListingFit {
-    int medium = -1;      // index into Release::media
-    std::string side;     // "A", "B"... or empty for the whole medium
+    int medium = -1;       // index into Release::media
+    std::string side;      // "A", "B"... or empty for the whole medium
     size_t firstTrack = 0; // into the medium's tracks
     size_t trackCount = 0;
-    double speed = 1;     // the deck's speed against the nominal: recorded = listed / speed
-    bool at45 = false;    // a 33⅓ record played at 45
-    double score = 0;     // 0..1, higher is better
+    double speed = 1;  // the deck's speed against the nominal: recorded = listed / speed
+    bool at45 = false; // a 33⅓ record played at 45
+    double score = 0;  // 0..1, higher is better
     bool confident = false;
     int merged = 0; // listed boundaries the recording does not show (two tracks as one)
     int split = 0;  // recorded boundaries the listing does not have (one track as two)

@@ -8,7 +8,9 @@ namespace waxline::lookup {
 
 namespace {
 
-std::string text(const QJsonObject& o, const char* key) { return o.value(key).toString().toStdString(); }
+std::string text(const QJsonObject& o, const char* key) {
+    return o.value(key).toString().toStdString();
+}
 
 // An artist credit is a list of names with the joining words printed between them.
 std::string creditText(const QJsonValue& credit) {
@@ -130,7 +132,9 @@ QString artistAlbumQuery(const QString& artist, const QString& album) {
     return query;
 }
 
-QString barcodeQuery(const QString& barcode) { return "barcode:" + phrase(barcode); }
+QString barcodeQuery(const QString& barcode) {
+    return "barcode:" + phrase(barcode);
+}
 
 QString catalogueNumberQuery(const QString& catalogueNumber) {
     return "catno:" + phrase(catalogueNumber);

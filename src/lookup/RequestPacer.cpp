@@ -10,9 +10,13 @@ RequestPacer::RequestPacer(Clock clock, double interval)
     : clock(std::move(clock))
     , interval(interval) {}
 
-double RequestPacer::delayBeforeNext() const { return std::max(0.0, notBefore - clock()); }
+double RequestPacer::delayBeforeNext() const {
+    return std::max(0.0, notBefore - clock());
+}
 
-void RequestPacer::sent() { notBefore = std::max(notBefore, clock() + interval); }
+void RequestPacer::sent() {
+    notBefore = std::max(notBefore, clock() + interval);
+}
 
 void RequestPacer::retryAfter(double seconds) {
     notBefore = std::max(notBefore, clock() + seconds);
