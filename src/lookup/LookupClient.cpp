@@ -165,7 +165,8 @@ void LookupClient::pump() {
 
 void LookupClient::send(Pending pending) {
     QNetworkRequest request(pending.url);
-    request.setHeader(QNetworkRequest::UserAgentHeader, config.userAgent);
+    if (!config.userAgent.isEmpty())
+        request.setRawHeader("User-Agent", config.userAgent.toUtf8());
     request.setRawHeader("Accept", "application/json");
     request.setTransferTimeout(config.timeoutMs);
     busy = true;

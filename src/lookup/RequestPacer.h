@@ -10,7 +10,9 @@ class RequestPacer {
 public:
     using Clock = std::function<double()>; // seconds, rising
 
-    explicit RequestPacer(Clock clock, double interval = 1.0);
+    // A little over a second apart, so that a request held up on its way does not arrive
+    // within a second of the one before.
+    explicit RequestPacer(Clock clock, double interval = 1.05);
 
     // Seconds to wait before the next request may go; 0 when it may go now.
     double delayBeforeNext() const;
