@@ -21,6 +21,8 @@ namespace waxline::lookup {
 
 namespace {
 
+constexpr int kMaxRedirects = 3;
+
 QString environment(const char* name, const char* fallback) {
     const QString value = qEnvironmentVariable(name);
     QString url = value.isEmpty() ? QString(fallback) : value;
@@ -72,7 +74,8 @@ LookupClient::LookupClient(ServiceConfig config, RequestPacer::Clock clock, QObj
     , config(std::move(config))
     , pacer(std::move(clock))
     , network(new QNetworkAccessManager(this)) {
-    network->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    // Redirects are followed here, not by Qt: each is then one request, paced and counted.
+    network->setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
 }
 
 LookupClient::~LookupClient() = default;
@@ -85,7 +88,7 @@ void LookupClient::search(const QString& query, int limit,
     q.addQueryItem("limit", QString::number(limit));
     q.addQueryItem("fmt", "json");
     url.setQuery(q);
-    enqueue({url, true, config.busyRetries,
+    enqueue({url, true, config.busyRetries, kMaxRedirects,
              [done](LookupProblem problem, int status, const QByteArray& body) {
                  Answer<std::vector<ReleaseSummary>> answer{problem, status, {}};
                  if (answer.ok()) {
@@ -109,7 +112,7 @@ void LookupClient::readRelease(const QString& releaseId,
     q.addQueryItem("inc", "recordings+artist-credits+labels");
     q.addQueryItem("fmt", "json");
     url.setQuery(q);
-    enqueue({url, true, config.busyRetries,
+    enqueue({url, true, config.busyRetries, kMaxRedirects,
              [done](LookupProblem problem, int status, const QByteArray& body) {
                  Answer<Release> answer{problem, status, {}};
                  if (answer.ok()) {
@@ -128,7 +131,7 @@ void LookupClient::fetchFrontCover(const QString& releaseId, int pixels,
     const QUrl url(config.coverArtUrl + "/release/" +
                    QString::fromLatin1(QUrl::toPercentEncoding(releaseId)) + "/front-" +
                    QString::number(pixels));
-    enqueue({url, false, config.busyRetries,
+    enqueue({url, false, config.busyRetries, kMaxRedirects,
              [done](LookupProblem problem, int status, const QByteArray& body) {
                  Answer<QByteArray> answer{problem, status, body};
                  if (problem == LookupProblem::NoMatch)
@@ -174,7 +177,6 @@ void LookupClient::send(Pending pending) {
     if (pending.paced)
         pacer.sent();
     QNetworkReply* reply = network->get(request);
-    connect(reply, &QNetworkReply::redirected, this, [this] { ++sent; });
     connect(reply, &QNetworkReply::finished, this,
             [this, reply, pending = std::move(pending)]() mutable {
                 finished(reply, std::move(pending));
@@ -190,6 +192,15 @@ void LookupClient::finished(QNetworkReply* reply, Pending pending) {
         pacer.retryAfter(pacer.parseRetryAfter(reply->rawHeader("Retry-After").constData(), 1));
         --pending.busyLeft;
         pending.paced = true;
+        queue.push_front(std::move(pending));
+        pump();
+        return;
+    }
+    const QUrl location = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    if (status >= 300 && status < 400 && location.isValid() && pending.redirectsLeft > 0) {
+        // The archive answers a cover with a redirect to where the picture is stored.
+        pending.url = reply->url().resolved(location);
+        --pending.redirectsLeft;
         queue.push_front(std::move(pending));
         pump();
         return;

@@ -65,6 +65,7 @@ private:
         QUrl url;
         bool paced; // the database's rate rule applies
         int busyLeft;
+        int redirectsLeft;
         std::function<void(LookupProblem, int status, const QByteArray& body)> done;
     };
 

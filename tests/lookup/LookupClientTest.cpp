@@ -192,6 +192,7 @@ TEST(LookupClient, fetchesTheCoverThroughTheArchivesRedirect) {
         EXPECT_EQ(answer.problem, row.problem);
         EXPECT_EQ(answer.value.toStdString(), row.bytes);
         EXPECT_EQ(client.requestsSent(), row.sentAfter);
+        EXPECT_EQ(static_cast<int>(replay.server->requests().size()), row.sentAfter);
     }
 }
 

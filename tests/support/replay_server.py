@@ -101,9 +101,9 @@ class Handler(BaseHTTPRequestHandler):
         if cover:
             if not os.path.exists(os.path.join(FIXTURES, "covers", cover.group(1) + ".jpg")):
                 return self.error(404, "No cover art found for release")
-            host = self.headers.get("Host")
-            return self.answer(307, b"", "text/plain",
-                               [("Location", f"http://{host}/images/{cover.group(1)}.jpg")])
+            image = f"http://{self.headers.get('Host')}/images/{cover.group(1)}.jpg"
+            return self.answer(307, f"See: {image}\n".encode(), "text/plain",
+                               [("Location", image)])
         image = re.fullmatch(r"/images/([0-9a-f-]+)\.jpg", url.path)
         if image:
             path = os.path.join(FIXTURES, "covers", image.group(1) + ".jpg")
