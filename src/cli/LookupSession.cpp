@@ -51,26 +51,11 @@ std::pair<std::string, std::string> artistAndAlbum(const std::string& text) {
 void useKeptNames(ExportOptions& options, const lookup::KeptNames& names, const QByteArray& cover) {
     options.artist = names.artist;
     options.album = names.album;
-    const bool typed = !options.titles.empty();
-    options.trackNumbers.clear();
-    options.releaseTags.clear();
-    for (const lookup::KeptTrack& t : names.tracks) {
-        if (!typed)
+    if (options.titles.empty())
+        for (const lookup::KeptTrack& t : names.tracks)
             options.titles.push_back(t.title);
-        options.trackNumbers.push_back(t.number);
-        ReleaseTags tags;
-        if (t.artist != names.artist)
-            tags.artist = t.artist;
-        tags.albumArtist = names.artist;
-        tags.date = names.date;
-        tags.discNumber = names.discNumber;
-        tags.releaseId = names.releaseId;
-        tags.recordingId = t.recordingId;
-        tags.releaseTrackId = t.trackId;
-        tags.albumArtistId = names.artistId;
-        tags.frontCover = cover.toStdString();
-        options.releaseTags.push_back(std::move(tags));
-    }
+    options.trackNumbers = lookup::trackNumbersOf(names);
+    options.releaseTags = lookup::releaseTagsOf(names, cover);
 }
 
 } // namespace waxline::cli

@@ -106,6 +106,33 @@ void forgetNames(const std::string& folder) {
     QFile::remove(q(folder) + kCoverFile);
 }
 
+std::vector<std::string> trackNumbersOf(const KeptNames& names) {
+    std::vector<std::string> numbers;
+    for (const KeptTrack& t : names.tracks)
+        numbers.push_back(t.number);
+    return numbers;
+}
+
+std::vector<ReleaseTags> releaseTagsOf(const KeptNames& names, const QByteArray& cover) {
+    std::vector<ReleaseTags> all;
+    for (const KeptTrack& t : names.tracks) {
+        ReleaseTags tags;
+        // A track's own credit (a guest, a compilation) goes into ARTIST; the album keeps its own.
+        if (t.artist != names.artist)
+            tags.artist = t.artist;
+        tags.albumArtist = names.artist;
+        tags.date = names.date;
+        tags.discNumber = names.discNumber;
+        tags.releaseId = names.releaseId;
+        tags.recordingId = t.recordingId;
+        tags.releaseTrackId = t.trackId;
+        tags.albumArtistId = names.artistId;
+        tags.frontCover = cover.toStdString();
+        all.push_back(std::move(tags));
+    }
+    return all;
+}
+
 QByteArray coverForTags(const QByteArray& picture, int maxPixels) {
     QImage image;
     if (!image.loadFromData(picture))

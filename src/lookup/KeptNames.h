@@ -2,6 +2,7 @@
 
 #include "lookup/Listing.h"
 #include "lookup/ListingFit.h"
+#include "tagging/ReleaseTags.h"
 
 #include <QByteArray>
 
@@ -42,6 +43,11 @@ std::optional<KeptNames> keptNames(const std::string& folder);
 QByteArray keptCover(const std::string& folder);
 // Forgets them (a new recording, or names typed by hand).
 void forgetNames(const std::string& folder);
+
+// Per kept track: the number to tag (its place on its medium) and the release's further tags,
+// the cover's JPEG bytes included.
+std::vector<std::string> trackNumbersOf(const KeptNames& names);
+std::vector<ReleaseTags> releaseTagsOf(const KeptNames& names, const QByteArray& cover);
 
 // The cover as it goes into the tags: at most `maxPixels` on its longer edge, as JPEG.
 // Empty when the bytes are no picture.

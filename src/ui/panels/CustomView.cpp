@@ -96,6 +96,7 @@ const char* const knownActions[] = {
     "doBackButton10:",
     "doNextButton10:",
     "doReviewSplits:",
+    "doFindAlbum:",
     "doReturnToRecording:",
     "doRetryExport:",
     "doKeepForLater:",
@@ -487,6 +488,9 @@ void CustomView::doNextButton10(QObject* sender) {
 
 void CustomView::doReviewSplits(QObject* sender) {
     forward(&PanelController::doReviewSplits, sender);
+}
+void CustomView::doFindAlbum(QObject* sender) {
+    forward(&PanelController::doFindAlbum, sender);
 }
 void CustomView::doReturnToRecording(QObject* sender) {
     forward(&PanelController::doReturnToRecording, sender);
