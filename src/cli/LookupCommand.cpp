@@ -19,6 +19,8 @@ namespace {
 
 // Search hits read and fitted to the side: one a second under the service's rule.
 constexpr int kReadForList = 5;
+// Below this score a listing does not describe the side at all.
+constexpr double kNoFit = 0.3;
 
 int recordedTracks(const std::string& folder) {
     std::error_code ec;
@@ -46,7 +48,9 @@ void printCandidates(const std::vector<LookupRun::Candidate>& list, bool fitted)
         std::string sides = "-";
         if (c.release)
             sides = sidesText(*c.release);
-        if (c.fit) {
+        if (c.fit && c.fit->score < kNoFit) {
+            fit = "no fit";
+        } else if (c.fit) {
             char text[256];
             std::snprintf(text, sizeof text, "%3.0f %% %s%s", c.fit->score * 100,
                           fitText(*c.release, *c.fit).c_str(),
