@@ -160,7 +160,8 @@ std::optional<Release> LookupRun::read(const std::string& releaseId, std::string
 
 std::vector<LookupRun::Candidate> LookupRun::candidates(const std::vector<ReleaseSummary>& found,
                                                         const Side* side, int readAtMost,
-                                                        const std::string& onlySide) {
+                                                        const std::string& onlySide,
+                                                        bool untilConfident) {
     std::vector<Candidate> list;
     for (const ReleaseSummary& s : found)
         list.push_back({s, std::nullopt, std::nullopt});
@@ -177,6 +178,8 @@ std::vector<LookupRun::Candidate> LookupRun::candidates(const std::vector<Releas
         const auto fits = fitRelease(*list[i].release, side->shape, onlySide);
         if (!fits.empty())
             list[i].fit = fits.front();
+        if (untilConfident && list[i].fit && list[i].fit->confident)
+            break;
     }
     std::stable_sort(list.begin(), list.end(), [](const Candidate& a, const Candidate& b) {
         return (a.fit ? a.fit->score : -1) > (b.fit ? b.fit->score : -1);
@@ -192,7 +195,8 @@ std::optional<std::pair<Release, ListingFit>> LookupRun::bestRelease(const std::
         artistAlbumQuery(QString::fromStdString(artist), QString::fromStdString(album)), why);
     if (!found)
         return std::nullopt;
-    const auto list = candidates(*found, &side, kReadForDigitize);
+    // Usually the first record found fits: a lookup with its cover then costs four requests.
+    const auto list = candidates(*found, &side, kReadForDigitize, {}, true);
     if (list.empty() || !list.front().fit) {
         why = "no listing found fits the recorded side";
         return std::nullopt;

@@ -40,10 +40,12 @@ public:
         std::optional<lookup::Release> release; // read to fit it
         std::optional<lookup::ListingFit> fit;
     };
-    // Records and tapes first; the first `readAtMost` of them read and fitted to the side.
+    // Records and tapes first; the first `readAtMost` of them read and fitted to the side, or
+    // (`untilConfident`) only until one fits it confidently.
     std::vector<Candidate> candidates(const std::vector<lookup::ReleaseSummary>& found,
                                       const Side* side, int readAtMost,
-                                      const std::string& onlySide = {});
+                                      const std::string& onlySide = {},
+                                      bool untilConfident = false);
 
     // Searches artist and album and returns the best fitting release with its fit.
     std::optional<std::pair<lookup::Release, lookup::ListingFit>>

@@ -76,6 +76,9 @@ TEST(LookupCommand, digitizeLooksTheSideUpAndNamesEveryTrack) {
     }
     writeReleaseFixture(dir.path(), kRelease, "Harbour Lights", "Night Ferry", "1", "HL 1",
                         {{"12\" Vinyl", listing}});
+    // The same album on CD, found first: records go before it, and the first fits.
+    writeReleaseFixture(dir.path(), "0000cd00-0000-4000-8000-000000000001", "Harbour Lights",
+                        "Night Ferry", "2", "HLCD 1", {{"CD", listing}});
     std::filesystem::create_directories(dir.file("covers"));
     std::string output;
     ASSERT_EQ(runCommand("ffmpeg -loglevel error -f lavfi -i color=red:s=1600x1000 -frames:v 1 " +
@@ -94,7 +97,7 @@ TEST(LookupCommand, digitizeLooksTheSideUpAndNamesEveryTrack) {
         output);
     ASSERT_EQ(status, 0) << output;
     EXPECT_NE(output.find("side B (B1-B4)"), std::string::npos) << output;
-    // One search, one release, the cover's redirect and the picture.
+    // One search, one release (the record, which fits), the cover's redirect and the picture.
     EXPECT_EQ(server.requests().size(), 4u);
 
     // The export again, now without a name typed: the names the lookup kept are taken.
