@@ -20,15 +20,6 @@ QString q(const std::string& s) {
     return QString::fromStdString(s);
 }
 
-int sidesOf(const Release& release) {
-    int sides = 0;
-    for (const Medium& m : release.media) {
-        const size_t letters = m.sideLetters().size();
-        sides += static_cast<int>(letters ? letters : (m.isVinyl() || m.isCassette() ? 2 : 1));
-    }
-    return sides;
-}
-
 } // namespace
 
 QString lookupFailureText(LookupProblem problem, int httpStatus) {
@@ -184,10 +175,10 @@ ui::AlbumCandidate AlbumLookup::candidateOf(const Row& row) const {
                     .arg(q(row.summary.formatText()),
                          row.summary.country.empty() ? unknown : q(row.summary.country),
                          row.summary.year().empty() ? unknown : q(row.summary.year()),
-                         row.release ? QString::number(sidesOf(*row.release)) : unknown);
+                         row.release ? QString::number(row.release->sideCount()) : unknown);
     if (row.fit) {
         const int percent = static_cast<int>(std::lround(row.fit->score * 100));
-        c.fit = row.fit->score < 0.3 ? catalogueText("IDS_FIND_FIT_NONE")
+        c.fit = row.fit->score < kNoFit ? catalogueText("IDS_FIND_FIT_NONE")
                 : row.fit->side.empty()
                     ? catalogueText("IDS_FIND_FIT_WHOLE").arg(percent)
                     : catalogueText("IDS_FIND_FIT").arg(q(row.fit->side)).arg(percent);

@@ -19,8 +19,6 @@ namespace {
 
 // Search hits read and fitted to the side: one a second under the service's rule.
 constexpr int kReadForList = 5;
-// Below this score a listing does not describe the side at all.
-constexpr double kNoFit = 0.3;
 
 int recordedTracks(const std::string& folder) {
     std::error_code ec;
@@ -47,7 +45,7 @@ void printCandidates(const std::vector<LookupRun::Candidate>& list, bool fitted)
         std::string fit = "-";
         std::string sides = "-";
         if (c.release)
-            sides = sidesText(*c.release);
+            sides = std::to_string(c.release->sideCount());
         if (c.fit && c.fit->score < kNoFit) {
             fit = "no fit";
         } else if (c.fit) {

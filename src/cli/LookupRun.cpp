@@ -64,15 +64,6 @@ std::string describe(LookupProblem problem, int httpStatus) {
     return {};
 }
 
-std::string sidesText(const Release& release) {
-    int sides = 0;
-    for (const Medium& m : release.media) {
-        const size_t letters = m.sideLetters().size();
-        sides += static_cast<int>(letters ? letters : (m.isVinyl() || m.isCassette() ? 2 : 1));
-    }
-    return std::to_string(sides);
-}
-
 std::string fitText(const Release& release, const ListingFit& fit) {
     const Medium& medium = release.media[static_cast<size_t>(fit.medium)];
     std::string where = fit.side.empty() ? "whole " + medium.format : "side " + fit.side;

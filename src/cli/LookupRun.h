@@ -63,9 +63,6 @@ private:
     std::unique_ptr<lookup::LookupClient> client;
 };
 
-// The count of sides of the release's media: lettered ones counted, two for a record or tape.
-std::string sidesText(const lookup::Release& release);
-
 // "A (B1-B5, 33 at 45, 1.2 % fast)": which part of which medium, and how fast it ran.
 std::string fitText(const lookup::Release& release, const lookup::ListingFit& fit);
 

@@ -61,6 +61,15 @@ std::string ReleaseSummary::formatText() const {
     return text;
 }
 
+int Release::sideCount() const {
+    int sides = 0;
+    for (const Medium& m : media) {
+        const size_t letters = m.sideLetters().size();
+        sides += static_cast<int>(letters ? letters : (m.isVinyl() || m.isCassette() ? 2 : 1));
+    }
+    return sides;
+}
+
 bool ReleaseSummary::hasAnalogueMedium() const {
     return std::any_of(formats.begin(), formats.end(), [](const std::string& f) {
         return contains(f, "vinyl") || contains(f, "cassette") || contains(f, "shellac");

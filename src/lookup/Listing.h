@@ -52,6 +52,9 @@ struct Release {
     std::string artistId; // the first credited artist's MBID, for the album artist id
     std::vector<Medium> media;
     bool hasFrontCover = false;
+
+    // Sides over all media: lettered ones counted, else two for a record or tape, one for a CD.
+    int sideCount() const;
 };
 
 // The side letter of a printed track number ("B2" → "B", "AA1" → "AA"); empty for "7".

@@ -17,6 +17,9 @@ struct SideShape {
     std::vector<double> boundaries; // where tracks 2..N were found to start, rising
 };
 
+// Below this score a listing does not describe the side at all.
+constexpr double kNoFit = 0.3;
+
 struct ListingFit {
     int medium = -1;       // index into Release::media
     std::string side;      // "A", "B"... or empty for the whole medium
