@@ -160,12 +160,13 @@ TEST(LookupClient, keepsTheServicesRules) {
         EXPECT_EQ(client.requestsSent(), row.sent);
         const auto requests = replay.server->requests();
         ASSERT_EQ(static_cast<int>(requests.size()), row.sent);
-        // The server answers 503 itself to anything sooner than a second after the one before.
+        // The server answers 503 itself to anything sooner than a second after the one before
+        // (less a tenth for the way there; the pacer's own test holds the second exactly).
         int refused = 0;
         for (size_t i = 0; i < requests.size(); ++i) {
             refused += requests[i].status == 503;
             if (i > 0) {
-                EXPECT_GE(requests[i].seconds - requests[i - 1].seconds, 0.95);
+                EXPECT_GE(requests[i].seconds - requests[i - 1].seconds, 0.9);
             }
         }
         EXPECT_EQ(refused, std::min(row.busy, row.sent));

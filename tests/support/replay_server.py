@@ -7,9 +7,9 @@ FIXTURES holds releases/<id>.json (a release as the service's lookup answers it,
 recordings, artist credits and labels) and covers/<id>.jpg. Searches are answered from those
 releases in the service's search shape. Like the real services it refuses a request without
 a User-Agent, answers 503 with Retry-After to a database request less than a second after the
-one before (and to the first N with --busy), and answers a cover request with a 307 redirect
-to the image. Prints "PORT <n>" once listening; one log line per request:
-"<seconds> <status> <path>".
+one before (0.9 s, allowing for the time a request spends on its way) and to the first N with
+--busy, and answers a cover request with a 307 redirect to the image. Prints "PORT <n>" once
+listening; one log line per request: "<seconds> <status> <path>".
 """
 import json
 import os
@@ -91,7 +91,7 @@ class Handler(BaseHTTPRequestHandler):
         url = urllib.parse.urlsplit(self.path)
         if url.path.startswith("/ws/2/"):
             now = time.monotonic()
-            too_soon = state["last"] is not None and now - state["last"] < 0.95
+            too_soon = state["last"] is not None and now - state["last"] < 0.9
             state["last"] = now
             if state["busy"] > 0 or too_soon:
                 state["busy"] = max(0, state["busy"] - 1)
