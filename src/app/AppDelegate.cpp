@@ -93,7 +93,9 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
           [](const std::string& key) { return localizedPlainText(key).toStdString(); },
           std::move(libraryFolder))
     , folderClaim(alerts)
-    , review(audio, alerts, &window) {
+    , review(audio, alerts, &window)
+    , finder(audio, _multipleNibTabView, review, &window,
+             lookup::ServiceConfig::fromEnvironment()) {
     openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
     machine.processAudioFiles = [this] {
         // A re-cut a kill interrupted is put right before the export reads the tracks.
@@ -325,6 +327,9 @@ void AppDelegate::doNextButton10(QObject*) {
 }
 void AppDelegate::doReviewSplits(QObject*) {
     review.review();
+}
+void AppDelegate::doFindAlbum(QObject*) {
+    finder.find();
 }
 void AppDelegate::setRecordingGainDb(float gainDb) {
     recordingControl.setRecordingGainDb(gainDb);

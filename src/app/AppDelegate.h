@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AlbumLookup.h"
 #include "app/Alerts.h"
 #include "app/ExportDriver.h"
 #include "app/FolderClaim.h"
@@ -79,6 +80,7 @@ public:
     void doBackButton10(QObject* sender) override;
     void doNextButton10(QObject* sender) override;
     void doReviewSplits(QObject* sender) override;
+    void doFindAlbum(QObject* sender) override;
     void doReturnToRecording(QObject* sender) override;
     void doRetryExport(QObject* sender) override;
     void doKeepForLater(QObject* sender) override;
@@ -96,6 +98,7 @@ public:
     PanelTabs& tabs() { return _multipleNibTabView; }
     RecordingControl& recording() { return recordingControl; }
     ExportDriver& exporter() { return exportDriver; }
+    AlbumLookup& albumLookup() { return finder; }
     SplitReview& splitReview() { return review; }
 
 protected:
@@ -125,6 +128,7 @@ private:
     ExportDriver exportDriver;
     FolderClaim folderClaim;
     SplitReview review;
+    AlbumLookup finder;
     bool closing = false;
     // A recovered recording was named without a deck checked: another side starts at panel 1.
     bool deviceUnchecked = false;

@@ -4,6 +4,7 @@
 #include "app/MessageBoxAlerts.h"
 #include "app/PanelMachine.h"
 #include "exporting/LibraryImporter.h"
+#include "lookup/KeptNames.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -75,6 +76,7 @@ void ExportDriver::processAudioFiles() {
     request.numRecordedTracks = [n] { return n; };
     request.jobs = 0;
     request.text = text;
+    request.tagText = tagText;
     if (early)
         request.beforeEncoding = [encoder = early](int track) { encoder->settle(track); };
     for (int track = 1; track <= n; ++track) {
@@ -88,6 +90,14 @@ void ExportDriver::processAudioFiles() {
     if (n == 0) {
         request.artist = names.artist;
         request.album = names.album;
+    }
+    // Names a lookup filled in carry their numbers, ids and cover while the panel still shows
+    // that release; changed by hand, the side is tagged as typed.
+    const auto kept = lookup::keptNames(request.exportFolder);
+    if (kept && kept->artist == names.artist && kept->album == names.album &&
+        static_cast<int>(kept->tracks.size()) == n) {
+        request.trackNumbers = lookup::trackNumbersOf(*kept);
+        request.releaseTags = lookup::releaseTagsOf(*kept, lookup::keptCover(request.exportFolder));
     }
     lastRequest = request;
     // Done again, the missing tracks keep the numbers this export gives them.

@@ -56,6 +56,8 @@ public:
     // The encoder that made MP3s while recording: each export lets it finish or give up a
     // track before encoding that track itself. None: only what it left is taken.
     void setEarlyEncoder(exporting::EarlyEncoder* encoder) { early = encoder; }
+    // How the tags take the names: Latin-1 bytes, as the window always stored them, or text.
+    void setTagText(TagText text) { tagText = text; }
 
     void processAudioFiles();
     // Panel 6's Try again: the tracks of the last export that are not in the library, under the
@@ -96,6 +98,7 @@ private:
     exporting::TextLookup text;
     std::string library;
     exporting::EarlyEncoder* early = nullptr;
+    TagText tagText = TagText::Latin1Bytes;
 
     exporting::ExportNumbering numbering; // _saveTrackArtist, _saveTrackAlbum, _saveTracks
     std::vector<exporting::TrackOutcome> outcomes;

@@ -57,6 +57,10 @@ public:
     const RecordedSide& side() const { return recorded; }
     // The splitter's proposal; empty until Ready, and when it found no music.
     const std::vector<Sonra::Audio::Filters::SplitBoundary>& proposal() const { return proposed; }
+    // The side's analysis once Ready (for fitting a listing to it); null before.
+    std::shared_ptr<const Sonra::Audio::Filters::SideSplitter> sideSplitter() const {
+        return current == State::Ready ? splitter : nullptr;
+    }
     // Whether the proposal is sure enough to replace the live splits (the notice and the
     // review's markers); otherwise its new boundaries are only suggested.
     bool proposalTrusted() const { return current == State::Ready && trusted; }

@@ -1,5 +1,5 @@
 // waxline: the desktop application. main only wires the parts together.
-//     waxline [--virtual-device SETUP]
+//     waxline [--virtual-device SETUP] [--unicode-tags]
 //     waxline --screenshot-panels DIR [--locale de] [--scale 2]
 
 #include "app/AppDelegate.h"
@@ -23,7 +23,12 @@
 
 int main(int argc, char** argv) {
     std::string screenshots, locale, scale, setup;
+    bool unicodeTags = false;
     for (int i = 1; i < argc; ++i) {
+        if (!std::strcmp(argv[i], "--unicode-tags")) {
+            unicodeTags = true;
+            continue;
+        }
         const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
         std::string* option = !std::strcmp(argv[i], "--screenshot-panels") ? &screenshots
                               : !std::strcmp(argv[i], "--locale")          ? &locale
@@ -31,7 +36,7 @@ int main(int argc, char** argv) {
                               : !std::strcmp(argv[i], "--virtual-device")  ? &setup
                                                                            : nullptr;
         if (!option || !value) {
-            std::fputs("usage: waxline [--virtual-device SETUP]\n"
+            std::fputs("usage: waxline [--virtual-device SETUP] [--unicode-tags]\n"
                        "       waxline --screenshot-panels DIR [--locale de] [--scale 2]\n",
                        stderr);
             return 2;
@@ -73,6 +78,8 @@ int main(int argc, char** argv) {
     waxline::Audio audio(platform);
     waxline::app::AppDelegate controller(audio, window, alerts, waxline::exporting::musicFolder());
     controller.helpLanguage = language;
+    if (unicodeTags)
+        controller.exporter().setTagText(waxline::TagText::Unicode);
     controller.awakeFromNib();
     window.show();
     // Once panel 1 is on screen: a recording a crash cut off is offered back.

@@ -1,5 +1,6 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
+#include "cli/LookupSession.h"
 #include "cli/RecordSession.h"
 #include "cli/SplitsSession.h"
 #include "cli/Terminal.h"
@@ -7,13 +8,18 @@
 #include "exporting/EarlyEncoder.h"
 
 #include <cstdio>
+#include <tuple>
 
 namespace waxline::cli {
 
 int digitizeCommand(Arguments& args) {
-    ExportOptions exportOptions = exportNamingOptions(args);
+    const std::optional<std::string> lookupText = args.option("--lookup");
+    ExportOptions exportOptions = exportNamingOptions(args, lookupText.has_value());
     const RecordOptions record = recordOptionsFrom(args);
     const SplitsRequest splits = splitsRequestFrom(args, false);
+    if (lookupText && splits.given())
+        throw UsageError("--lookup cuts the side to the listing found: give it without --tracks "
+                         "or --durations");
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
 
@@ -57,6 +63,17 @@ int digitizeCommand(Arguments& args) {
         if (const int failed = applyRequestAfterRecording(exportFolderOf(record), tracks, splits,
                                                           "digitize", tracks))
             return failed;
+    }
+    if (lookupText) {
+        early.cancelAndWait();
+        lock.setUse(FolderUse::Recutting);
+        const std::string folder = exportFolderOf(record);
+        if (lookupAfterRecording(folder, tracks, *lookupText, tracks)) {
+            if (!exportOptions.namesTyped)
+                useKeptNames(exportOptions, *lookup::keptNames(folder), lookup::keptCover(folder));
+        } else if (!exportOptions.namesTyped) {
+            std::tie(exportOptions.artist, exportOptions.album) = artistAndAlbum(*lookupText);
+        }
     }
     std::fprintf(userOut(), "\n");
     exportOptions.tracks = tracks;

@@ -1,16 +1,21 @@
 #include "cli/Commands.h"
 #include "cli/ExportSession.h"
+#include "cli/LookupSession.h"
+#include "exportfolder/ExportFolder.h"
 
 namespace waxline::cli {
 
-ExportOptions exportNamingOptions(Arguments& args) {
+ExportOptions exportNamingOptions(Arguments& args, bool namesKept) {
     ExportOptions options;
     auto artist = args.option("--artist");
     auto album = args.option("--album");
-    if (!artist || !album)
-        throw UsageError("--artist and --album are needed (they may be empty: \"\")");
-    options.artist = *artist;
-    options.album = *album;
+    if ((!artist || !album) && !(namesKept && !artist && !album))
+        throw UsageError(namesKept ? "give both --artist and --album, or neither to take the "
+                                     "names the lookup kept"
+                                   : "--artist and --album are needed (they may be empty: \"\")");
+    options.namesTyped = artist.has_value();
+    options.artist = artist.value_or("");
+    options.album = album.value_or("");
     options.titles = args.options("--title");
     options.libraryDir = args.option("--library").value_or("");
     options.normalise = args.flag("--normalise");
@@ -20,9 +25,15 @@ ExportOptions exportNamingOptions(Arguments& args) {
 }
 
 int exportCommand(Arguments& args) {
-    ExportOptions options = exportNamingOptions(args);
+    const std::string exportDir = args.option("--export-dir").value_or("");
+    const std::string folder = exportDir.empty() ? defaultExportFolder() : exportDir;
+    const auto kept = lookup::keptNames(folder);
+    ExportOptions options = exportNamingOptions(args, kept.has_value());
+    // Names typed for the export are the user's word over what a lookup found.
+    if (kept && !options.namesTyped)
+        useKeptNames(options, *kept, lookup::keptCover(folder));
     options.tracks = static_cast<int>(args.integerOption("--tracks", 1, 1000).value_or(-1));
-    options.exportDir = args.option("--export-dir").value_or("");
+    options.exportDir = exportDir;
     if (!args.positional().empty())
         throw UsageError("unexpected argument '" + args.positional().front() + "'");
     return exportRecording(options);

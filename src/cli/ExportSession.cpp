@@ -305,6 +305,8 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     request.jobs = options.jobs;
     request.text = exportText;
     request.tagText = options.unicodeTags ? TagText::Unicode : TagText::Latin1Bytes;
+    request.trackNumbers = options.trackNumbers;
+    request.releaseTags = options.releaseTags;
     if (options.early)
         request.beforeEncoding = [early = options.early](int track) { early->settle(track); };
     ExportNumbering numbering;

@@ -3,6 +3,7 @@
 #include "cli/CommandLine.h"
 #include "exportfolder/ExportFolderLock.h"
 #include "exporting/ExportProblem.h"
+#include "tagging/ReleaseTags.h"
 
 #include <string>
 #include <vector>
@@ -26,6 +27,10 @@ struct ExportOptions {
     // The background encoder of the recording just made (digitize): the export lets it finish
     // or give up each track before encoding it itself. None: only what it left is taken.
     exporting::EarlyEncoder* early = nullptr;
+    // From names a lookup kept: per track, the number to tag and the release's further tags.
+    std::vector<std::string> trackNumbers;
+    std::vector<ReleaseTags> releaseTags;
+    bool namesTyped = false; // --artist and --album were given
 };
 
 // Exports the tracks of the last recording into the music library, printing a line per track
@@ -56,6 +61,7 @@ std::string exportText(const std::string& key);
 
 // The naming options shared by export and digitize: --artist, --album, --title..., --library,
 // --normalise, --jobs, --unicode-tags.
-ExportOptions exportNamingOptions(Arguments& args);
+// With `namesKept` (a lookup left names to use), --artist and --album may be left out.
+ExportOptions exportNamingOptions(Arguments& args, bool namesKept = false);
 
 } // namespace waxline::cli

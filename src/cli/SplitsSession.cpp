@@ -5,6 +5,7 @@
 #include "filters/SideAnalyser.h"
 #include "filters/SideSplitter.h"
 #include "filters/SleeveTimes.h"
+#include "lookup/KeptNames.h"
 
 #include <cmath>
 #include <cstdio>
@@ -239,6 +240,8 @@ int applySplits(const RecordedSide& side, const SplitsPlan& plan, const char* co
                      describe(result).c_str());
         return -1;
     }
+    // Names a lookup kept were for the old cut; a lookup that re-cuts keeps its own afterwards.
+    lookup::forgetNames(side.folder);
     std::vector<double> starts;
     for (int64_t b : plan.boundaries)
         starts.push_back(static_cast<double>(b) / side.sampleRate);

@@ -37,7 +37,7 @@ const Command kCommands[] = {
     {"record", waxline::cli::recordCommand,
      "record [--virtual-device SETUP] [--input INPUT] [--preset auto|none|riaa|chrome|brightspin] "
      "[--split auto|off] [--gain DB] [--max-seconds N] [--export-dir DIR] [--discard] [--verbose] "
-     "[--tracks N | --durations LIST] [--no-early-encoding]",
+     "[--tracks N | --durations LIST | --lookup \"ARTIST - ALBUM\"] [--no-early-encoding]",
      "Records one side into the export folder, a WAV per track, and encodes each closed track\n"
      "to MP3 behind the recording (at idle priority), so that the export only tags them.\n"
      "  --input INPUT    record this input instead of the detected USB device\n"
@@ -75,10 +75,28 @@ const Command kCommands[] = {
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
      "[--normalise] "
      "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose] "
-     "[--tracks N | --durations LIST] [--no-early-encoding]",
+     "[--tracks N | --durations LIST | --lookup \"ARTIST - ALBUM\"] [--no-early-encoding]",
      "Records one side, then exports it: the options of record and export together.\n"
+     "With --lookup \"Artist - Album\" (instead of --artist and --album) the side is looked up\n"
+     "as waxline-cli lookup does, re-cut to the listing that fits it and named after it.\n"
      "With --tracks N or --durations LIST the side is re-cut as record does before the export.\n"
      "Interrupted (Ctrl-C), it keeps the tracks but exports nothing and exits 130.\n"},
+    {"lookup", waxline::cli::lookupCommand,
+     "lookup (--artist A --album B | --barcode CODE | --catno NUMBER) [--export-dir DIR]\n"
+     "       waxline-cli lookup --release ID [--side S] [--apply] [--export-dir DIR]",
+     "Finds the record in the MusicBrainz database and fits its listing to the recorded side.\n"
+     "  --artist A --album B   search by names (either may be left out)\n"
+     "  --barcode CODE   search by the barcode on the sleeve\n"
+     "  --catno NUMBER   search by the label's catalogue number on the sleeve\n"
+     "  --release ID     one release (its id from the list): its listing and its fit\n"
+     "  --side S         fit that side only (A, B, ...)\n"
+     "  --apply          re-cuts the side to the listing's tracks and keeps their names, the\n"
+     "                   release's tags and its front cover for the export, which then needs\n"
+     "                   no --artist, --album or --title\n"
+     "Candidates list records and tapes first, each with its format, country, year, sides and\n"
+     "how well it fits the side (which side, how fast the deck ran). The service allows one\n"
+     "request a second, so fitting five candidates takes a few seconds. $WAXLINE_MUSICBRAINZ_URL\n"
+     "and $WAXLINE_COVERART_URL replace the public services.\n"},
     {"splits", waxline::cli::splitsCommand,
      "splits [--export-dir DIR] [--tracks N | --durations LIST | --at TIMES] [--apply]",
      "Shows the last recording's live splits beside the whole-side splitter's proposal, with\n"

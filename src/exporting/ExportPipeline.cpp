@@ -158,7 +158,12 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
     const std::map<int, std::string> saved =
         request.skipSaved ? savedTracks(request.exportFolder) : std::map<int, std::string>{};
     auto count = [&] { return request.numRecordedTracks ? request.numRecordedTracks() : 0; };
-    auto numberOf = [&](int i) { return std::to_string(offset + static_cast<uint32_t>(i)); };
+    auto numberOf = [&](int i) {
+        const auto at = static_cast<size_t>(i) - 1;
+        if (at < request.trackNumbers.size() && !request.trackNumbers[at].empty())
+            return request.trackNumbers[at];
+        return std::to_string(offset + static_cast<uint32_t>(i));
+    };
     auto namesOf = [&](int i) {
         const std::string title = static_cast<size_t>(i) <= request.titles.size()
                                       ? request.titles[static_cast<size_t>(i) - 1]
@@ -202,9 +207,15 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             const std::string wav = trackFileName(request.exportFolder, track);
             if (request.beforeEncoding)
                 request.beforeEncoding(track);
-            return legacy ? legacyEncode(wav, trackNames(track), numberOf(track), request.normalise,
-                                         peak)
-                          : encodeAndTag(wav, trackNames(track), numberOf(track));
+            EncodedTrack encoded = legacy ? legacyEncode(wav, trackNames(track), numberOf(track),
+                                                         request.normalise, peak)
+                                          : encodeAndTag(wav, trackNames(track), numberOf(track));
+            const auto at = static_cast<size_t>(track) - 1;
+            if (!encoded.problem.failed() && at < request.releaseTags.size() &&
+                !request.releaseTags[at].empty() &&
+                !writeReleaseTags(encoded.mp3Path, request.releaseTags[at], request.tagText))
+                encoded.problem = {ExportProblem::Kind::CannotTag, encoded.mp3Path};
+            return encoded;
         },
         cost);
 

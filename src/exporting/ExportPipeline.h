@@ -5,6 +5,7 @@
 #include "exporting/ExportProblem.h"
 #include "exporting/LibraryImporter.h"
 #include "exporting/UnknownNames.h"
+#include "tagging/ReleaseTags.h"
 
 #include <functional>
 #include <optional>
@@ -49,6 +50,11 @@ struct ExportRequest {
     // The numbers' offset when the numbering was taken by an earlier run over the same side
     // (its missing tracks done again): the numbering is then left as it is.
     std::optional<uint32_t> numberOffset;
+    // From a looked-up release, per track (track i at i - 1): the number to tag instead of the
+    // running count (its position on its medium), and the further tags and cover. Empty or
+    // short: the running count and the four tags.
+    std::vector<std::string> trackNumbers;
+    std::vector<ReleaseTags> releaseTags;
 };
 
 // What became of one track.

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string>
 
 namespace waxline {
 
@@ -33,6 +34,10 @@ public:
     void setArtist(const char* artist);
     void setAlbumName(const char* album);
     void setTrackNumber(const char* number);
+
+    // Replaces the front-cover picture with `picture` (`mime`: "image/jpeg" or "image/png").
+    // False when the file's format cannot carry one here. Defined in TaglibTaggerCover.cpp.
+    bool setFrontCover(const std::string& picture, const char* mime);
 
 private:
     // TagLib fills some of its tables lazily and without a lock, and the export tags from

@@ -43,6 +43,8 @@ public:
     virtual void doNextButton10(QObject* sender) = 0;
     // Panels 4 and 7: review the splits of the side just recorded.
     virtual void doReviewSplits(QObject* sender) = 0;
+    // Panels 4 and 7: look the record up and fill the names from its listing.
+    virtual void doFindAlbum(QObject* sender) = 0;
     // Panel 2 while a recording goes on: back to panel 3.
     virtual void doReturnToRecording(QObject* sender) = 0;
     // Panel 6 when tracks are missing: export them again, or keep the side for another time.

@@ -215,4 +215,24 @@ TEST(ExportDriver, AnUnwritableLibraryIsAskedAboutAndTriedAgainOrChangedFor) {
     }
 }
 
+// waxline --unicode-tags: the window's names are stored as the text they are.
+TEST(ExportDriver, TagsTakeTheNamesAsTheWindowWasToldTo) {
+    const std::string cafe = "Caf\xC3\xA9";
+    struct Row {
+        waxline::TagText text;
+        std::string stored;
+    };
+    for (const Row& row :
+         {Row{waxline::TagText::Latin1Bytes, waxline::test::latin1BytesAsUtf8(cafe)},
+          Row{waxline::TagText::Unicode, cafe}}) {
+        Exporter e;
+        e.driver.setTagText(row.text);
+        e.record(1);
+        e.name("Band", "Album", {QString::fromStdString(cafe)});
+        ASSERT_TRUE(e.exportAndWait());
+        const auto tags = waxline::test::probeTags(e.library + "/Band/Album/01 " + cafe + ".mp3");
+        EXPECT_EQ(tags.at("title"), row.stored);
+    }
+}
+
 } // namespace

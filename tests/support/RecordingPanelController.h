@@ -58,6 +58,7 @@ public:
     void doBackButton10(QObject* s) override { add("doBackButton10", s); }
     void doNextButton10(QObject* s) override { add("doNextButton10", s); }
     void doReviewSplits(QObject* s) override { add("doReviewSplits", s); }
+    void doFindAlbum(QObject* s) override { add("doFindAlbum", s); }
     void doReturnToRecording(QObject* s) override { add("doReturnToRecording", s); }
     void doRetryExport(QObject* s) override { add("doRetryExport", s); }
     void doKeepForLater(QObject* s) override { add("doKeepForLater", s); }

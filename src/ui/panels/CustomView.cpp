@@ -43,6 +43,7 @@ QLabel[textStyle="notice"] { font-size: 12px; color: #8A3A22; }
 QLabel[textStyle="card"] { font-size: 13px; font-weight: bold; color: #2B1F17; }
 QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #3B2A20; }
 QLabel#caption { font-size: 14px; font-weight: bold; color: #2B1F17; }
+*#findAlbumButton > QLabel#caption { font-size: 12px; }
 *[image="btn_WideDefault"] > QLabel#caption { color: #2B1F17; }
 *[image="btn_Record"] > QLabel#caption, *[image="btn_Stop"] > QLabel#caption { color: #FFF7EC; }
 QLineEdit { background: #FFFDF8; color: #1E1B19; border: 1px solid #B9A283; border-radius: 6px;
@@ -96,6 +97,7 @@ const char* const knownActions[] = {
     "doBackButton10:",
     "doNextButton10:",
     "doReviewSplits:",
+    "doFindAlbum:",
     "doReturnToRecording:",
     "doRetryExport:",
     "doKeepForLater:",
@@ -487,6 +489,9 @@ void CustomView::doNextButton10(QObject* sender) {
 
 void CustomView::doReviewSplits(QObject* sender) {
     forward(&PanelController::doReviewSplits, sender);
+}
+void CustomView::doFindAlbum(QObject* sender) {
+    forward(&PanelController::doFindAlbum, sender);
 }
 void CustomView::doReturnToRecording(QObject* sender) {
     forward(&PanelController::doReturnToRecording, sender);

@@ -91,6 +91,7 @@ public Q_SLOTS:
     void doBackButton10(QObject* sender);
     void doNextButton10(QObject* sender);
     void doReviewSplits(QObject* sender);
+    void doFindAlbum(QObject* sender);
     void doReturnToRecording(QObject* sender);
     void doRetryExport(QObject* sender);
     void doKeepForLater(QObject* sender);

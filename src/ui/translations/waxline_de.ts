@@ -738,5 +738,120 @@
         <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
         <translation>Das Audiosystem dieses Computers antwortet nicht mehr, deshalb endete die Aufnahme. Die bis dahin aufgenommenen Titel bleiben erhalten. Prüfen Sie, ob der Ton funktioniert, und nehmen Sie dann erneut auf.</translation>
     </message>
+    <message>
+        <source>IDS_BUTTON_FIND_ALBUM</source>
+        <extracomment>Panels 4 and 7: looks the record up in the music database; a button caption, at most 15 characters</extracomment>
+        <translation>Album suchen…</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_TITLE</source>
+        <extracomment>The lookup dialog's title; a title: at most about 40 characters</extracomment>
+        <translation>Album suchen</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_ARTIST</source>
+        <extracomment>Lookup dialog: the artist field's label</extracomment>
+        <translation>Interpret</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_ALBUM</source>
+        <extracomment>Lookup dialog: the album field's label</extracomment>
+        <translation>Album</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_BARCODE</source>
+        <extracomment>Lookup dialog: the barcode field's label (the number under the bars on the sleeve)</extracomment>
+        <translation>Strichcode</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_SEARCH</source>
+        <extracomment>Lookup dialog: starts the search; a button caption</extracomment>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_USE</source>
+        <extracomment>Lookup dialog: fills the names from the chosen release; a button caption</extracomment>
+        <translation>Namen übernehmen</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_CLOSE</source>
+        <extracomment>Lookup dialog: closes it; a button caption</extracomment>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_NOTHING_TYPED</source>
+        <extracomment>Lookup dialog: nothing to search for; a status line</extracomment>
+        <translation>Geben Sie Interpret und Album oder den Strichcode ein.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_SEARCHING</source>
+        <extracomment>Lookup dialog while it asks the database; a status line</extracomment>
+        <translation>Die MusicBrainz-Datenbank wird durchsucht…</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FOUND</source>
+        <extracomment>Lookup dialog; %1 = releases found; a status line</extracomment>
+        <translation>%1 Veröffentlichungen gefunden. Wählen Sie die aufgenommene und dann „Namen übernehmen“.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_DETAILS</source>
+        <extracomment>Lookup dialog, one release: %1 = format (12" Vinyl), %2 = country, %3 = year, %4 = number of sides</extracomment>
+        <translation>%1 · %2 · %3 · Seiten: %4</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT</source>
+        <extracomment>Lookup dialog, one release: %1 = side letter, %2 = how well its listing fits the recording in percent</extracomment>
+        <translation>Passt zu Seite %1 der Aufnahme: %2 %</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT_WHOLE</source>
+        <extracomment>Lookup dialog, one release recorded in one go (a cassette); %1 = fit in percent</extracomment>
+        <translation>Passt zur ganzen Kassette: %1 %</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT_NONE</source>
+        <extracomment>Lookup dialog, one release whose listing does not match the recording</extracomment>
+        <translation>Passt nicht zur aufgenommenen Seite</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED</source>
+        <extracomment>Lookup dialog after choosing; %1 = tracks named; a status line</extracomment>
+        <translation>Die Namen von %1 Titeln sind eingetragen.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED_RECUT</source>
+        <extracomment>Lookup dialog after choosing and re-cutting; %1 = tracks now; a status line</extracomment>
+        <translation>Die Seite wurde wie im Verzeichnis in %1 Titel geteilt, und ihre Namen sind eingetragen.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED_UNSURE</source>
+        <extracomment>Lookup dialog after choosing a release that does not fit closely; a status line</extracomment>
+        <translation>Die Namen sind eingetragen. Das Verzeichnis passt nicht genau zur Aufnahme, deshalb bleiben die Titel wie geteilt: Prüfen Sie die Namen vor dem Speichern.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_NONETWORK</source>
+        <extracomment>Lookup dialog: no connection; a status line</extracomment>
+        <translation>Die MusicBrainz-Datenbank ist nicht erreichbar. Prüfen Sie die Internetverbindung, oder geben Sie die Namen ein.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_TIMEOUT</source>
+        <extracomment>Lookup dialog: no answer within 10 seconds; a status line</extracomment>
+        <translation>Die MusicBrainz-Datenbank hat nicht rechtzeitig geantwortet. Versuchen Sie es später, oder geben Sie die Namen ein.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_BUSY</source>
+        <extracomment>Lookup dialog: the service is overloaded; a status line</extracomment>
+        <translation>Die MusicBrainz-Datenbank ist ausgelastet. Versuchen Sie es in einer Minute, oder geben Sie die Namen ein.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_SERVICE</source>
+        <extracomment>Lookup dialog: the service answered an error; %1 = its HTTP status; a status line</extracomment>
+        <translation>Die MusicBrainz-Datenbank hat mit einem Fehler (%1) geantwortet. Versuchen Sie es später, oder geben Sie die Namen ein.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_NOMATCH</source>
+        <extracomment>Lookup dialog: nothing found; a status line</extracomment>
+        <translation>Nichts gefunden. Prüfen Sie die Schreibweise, oder geben Sie die Namen ein.</translation>
+    </message>
 </context>
 </TS>

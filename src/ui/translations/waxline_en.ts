@@ -738,5 +738,120 @@
         <extracomment>The sound server stopped while recording; an alert text, Qt rich text</extracomment>
         <translation>The sound system of this computer stopped answering, so the recording stopped. The tracks recorded up to then are kept. Check that the sound works, then record again.</translation>
     </message>
+    <message>
+        <source>IDS_BUTTON_FIND_ALBUM</source>
+        <extracomment>Panels 4 and 7: looks the record up in the music database; a button caption, at most 15 characters</extracomment>
+        <translation>Find the album…</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_TITLE</source>
+        <extracomment>The lookup dialog's title; a title: at most about 40 characters</extracomment>
+        <translation>Find the album</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_ARTIST</source>
+        <extracomment>Lookup dialog: the artist field's label</extracomment>
+        <translation>Artist</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_ALBUM</source>
+        <extracomment>Lookup dialog: the album field's label</extracomment>
+        <translation>Album</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_BARCODE</source>
+        <extracomment>Lookup dialog: the barcode field's label (the number under the bars on the sleeve)</extracomment>
+        <translation>Barcode</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_SEARCH</source>
+        <extracomment>Lookup dialog: starts the search; a button caption</extracomment>
+        <translation>Search</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_USE</source>
+        <extracomment>Lookup dialog: fills the names from the chosen release; a button caption</extracomment>
+        <translation>Use these names</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_CLOSE</source>
+        <extracomment>Lookup dialog: closes it; a button caption</extracomment>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_NOTHING_TYPED</source>
+        <extracomment>Lookup dialog: nothing to search for; a status line</extracomment>
+        <translation>Type the artist and the album, or the barcode.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_SEARCHING</source>
+        <extracomment>Lookup dialog while it asks the database; a status line</extracomment>
+        <translation>Searching the MusicBrainz database…</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FOUND</source>
+        <extracomment>Lookup dialog; %1 = releases found; a status line</extracomment>
+        <translation>%1 releases found. Choose the one you recorded and select Use these names.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_DETAILS</source>
+        <extracomment>Lookup dialog, one release: %1 = format (12" Vinyl), %2 = country, %3 = year, %4 = number of sides</extracomment>
+        <translation>%1 · %2 · %3 · sides: %4</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT</source>
+        <extracomment>Lookup dialog, one release: %1 = side letter, %2 = how well its listing fits the recording in percent</extracomment>
+        <translation>Fits side %1 of the recording: %2 %</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT_WHOLE</source>
+        <extracomment>Lookup dialog, one release recorded in one go (a cassette); %1 = fit in percent</extracomment>
+        <translation>Fits the whole tape: %1 %</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FIT_NONE</source>
+        <extracomment>Lookup dialog, one release whose listing does not match the recording</extracomment>
+        <translation>Does not fit the recorded side</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED</source>
+        <extracomment>Lookup dialog after choosing; %1 = tracks named; a status line</extracomment>
+        <translation>The names of %1 tracks are filled in.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED_RECUT</source>
+        <extracomment>Lookup dialog after choosing and re-cutting; %1 = tracks now; a status line</extracomment>
+        <translation>The side was cut into %1 tracks as the listing has them, and their names are filled in.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FILLED_UNSURE</source>
+        <extracomment>Lookup dialog after choosing a release that does not fit closely; a status line</extracomment>
+        <translation>The names are filled in. The listing does not fit the recording closely, so the tracks stay as they were split: check the names before saving.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_NONETWORK</source>
+        <extracomment>Lookup dialog: no connection; a status line</extracomment>
+        <translation>The MusicBrainz database cannot be reached. Check the internet connection, or type the names.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_TIMEOUT</source>
+        <extracomment>Lookup dialog: no answer within 10 seconds; a status line</extracomment>
+        <translation>The MusicBrainz database did not answer in time. Try again later, or type the names.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_BUSY</source>
+        <extracomment>Lookup dialog: the service is overloaded; a status line</extracomment>
+        <translation>The MusicBrainz database is busy. Try again in a minute, or type the names.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_SERVICE</source>
+        <extracomment>Lookup dialog: the service answered an error; %1 = its HTTP status; a status line</extracomment>
+        <translation>The MusicBrainz database answered with an error (%1). Try again later, or type the names.</translation>
+    </message>
+    <message>
+        <source>IDS_FIND_FAIL_NOMATCH</source>
+        <extracomment>Lookup dialog: nothing found; a status line</extracomment>
+        <translation>Nothing was found. Check the spelling, or type the names.</translation>
+    </message>
 </context>
 </TS>

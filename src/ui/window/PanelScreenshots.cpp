@@ -1,6 +1,7 @@
 #include "ui/window/PanelScreenshots.h"
 
 #include "ui/Catalogue.h"
+#include "ui/lookup/FindAlbumPicture.h"
 #include "ui/panels/CustomView.h"
 #include "ui/panels/ImageForView.h"
 #include "ui/panels/PanelForms.h"
@@ -203,6 +204,14 @@ bool writePanelScreenshots(const QString& dir) {
     for (const auto& [name, reading] : reviews) {
         const QString file = QDir(dir).filePath(name);
         if (!grabSplitReview(reading, name == QStringLiteral("review-suggested.png")).save(file)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+            return false;
+        }
+    }
+    for (const bool chosen : {false, true}) {
+        const QString file = QDir(dir).filePath(chosen ? QStringLiteral("find-album-chosen.png")
+                                                       : QStringLiteral("find-album.png"));
+        if (!grabFindAlbum(chosen).save(file)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
             return false;
         }

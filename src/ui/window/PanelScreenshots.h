@@ -24,7 +24,8 @@ QImage grabPanel(CustomWindow& window, CustomView& view);
 QImage grabSplitReview(bool reading, bool suggested = false);
 
 // Writes DIR/panel-<n>.png for the twelve panels and DIR/review.png, DIR/review-reading.png,
-// DIR/review-suggested.png for the split review; false (and a line on standard error) when a panel
+// DIR/review-suggested.png for the split review, DIR/find-album.png and DIR/find-album-chosen.png
+// for the lookup; false (and a line on standard error) when a panel
 // cannot be loaded or a picture cannot be written.
 bool writePanelScreenshots(const QString& dir);
 

@@ -35,7 +35,7 @@
   2
   $ help digitize --help && explains --artist
   exit 0 Usage: waxline-cli digitize [-
-  1
+  2
   $ help splits -h && explains --apply
   exit 0 Usage: waxline-cli splits [--e
   2

@@ -247,14 +247,15 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
     Panel naming("WXL_Tab7");
     ASSERT_NE(showFocused(window, naming), nullptr);
     QStringList order;
-    for (int i = 0; i < 17; ++i) {
+    for (int i = 0; i < 18; ++i) {
         order << QApplication::focusWidget()->objectName();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
     QStringList expected{"artistField", "albumField"};
     for (int track = 1; track <= 10; ++track)
         expected << QStringLiteral("trackField%1").arg(track);
-    expected << QString::fromLatin1("nextButton backButton reviewButton helpButton closeButton")
+    expected << QString::fromLatin1(
+                    "nextButton backButton reviewButton findAlbumButton helpButton closeButton")
                     .split(QLatin1Char(' '));
     EXPECT_EQ(order, expected);
     QTest::keyClick(naming.child<QLineEdit>("trackField3"), Qt::Key_Return);
