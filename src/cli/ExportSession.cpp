@@ -133,6 +133,8 @@ std::string describe(const ExportProblem& p) {
         return "cannot write " + p.path + ": " + p.detail;
     case Kind::NormaliseCannotFinish:
         return "cannot finish " + p.path;
+    case Kind::CleaningFailed:
+        return "cannot clean " + fileName(p.path) + ": " + p.detail;
     case Kind::CannotTag:
         return "cannot open " + p.path + " to tag it";
     case Kind::ImportCannotMakeFolder:
