@@ -13,5 +13,6 @@ int recordCommand(Arguments& args);
 int exportCommand(Arguments& args);
 int digitizeCommand(Arguments& args);
 int splitsCommand(Arguments& args);
+int cleanCommand(Arguments& args);
 
 } // namespace waxline::cli

@@ -2,6 +2,7 @@
 
 #include "cli/CommandLine.h"
 #include "exportfolder/ExportFolderLock.h"
+#include "exporting/ExportChoices.h"
 #include "exporting/ExportProblem.h"
 
 #include <string>
@@ -26,6 +27,9 @@ struct ExportOptions {
     // The background encoder of the recording just made (digitize): the export lets it finish
     // or give up each track before encoding it itself. None: only what it left is taken.
     exporting::EarlyEncoder* early = nullptr;
+    // Formats, cleaning, loudness and sheets: --format, --clean, --clean-flac, --loudness,
+    // --sheets.
+    exporting::ExportChoices choices;
 };
 
 // Exports the tracks of the last recording into the music library, printing a line per track
@@ -50,12 +54,14 @@ std::string titleMismatch(const std::vector<std::string>& titles, int tracks, bo
 // The command line's words for what went wrong with a track, and for a warning about one.
 std::string describe(const exporting::ExportProblem& problem);
 std::string describe(const exporting::TrackWarning& warning);
+std::string describe(const restoration::HumProfile& hum);
 
 // The command line's texts for the names that stand in for missing ones.
 std::string exportText(const std::string& key);
 
 // The naming options shared by export and digitize: --artist, --album, --title..., --library,
-// --normalise, --jobs, --unicode-tags.
+// --normalise, --jobs, --unicode-tags, and the archive's --format, --clean, --clean-flac,
+// --loudness, --sheets.
 ExportOptions exportNamingOptions(Arguments& args);
 
 } // namespace waxline::cli

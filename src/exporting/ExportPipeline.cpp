@@ -88,8 +88,9 @@ EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
     }
     if (choices.clean.any()) {
         cleaned = recorded;
-        restoration::cleanAudio(cleaned.samples, cleaned.channels, cleaned.rate, choices.clean,
-                                choices.sideHum ? &*choices.sideHum : nullptr);
+        encoded.cleaning =
+            restoration::cleanAudio(cleaned.samples, cleaned.channels, cleaned.rate, choices.clean,
+                                    choices.sideHum ? &*choices.sideHum : nullptr);
         if (!writeTrackAudio(cleanedPath, cleaned)) {
             encoded.problem = {ExportProblem::Kind::CleaningFailed, cleanedPath, cleaned.error};
             std::error_code ec;
@@ -139,6 +140,7 @@ void ExportPipeline::importEncoded(const EncodedTrack& encoded, const TrackNames
     outcome.mp3Path = encoded.mp3Path;
     outcome.flacPath = encoded.flacPath;
     outcome.loudness = encoded.loudness;
+    outcome.cleaning = encoded.cleaning;
     outcome.encodedEarly = encoded.early;
     outcome.warnings.insert(outcome.warnings.end(), encoded.warnings.begin(),
                             encoded.warnings.end());

@@ -64,7 +64,8 @@ struct TrackOutcome {
     std::string flacPath;        // the lossless copy, when one is made beside an MP3 or alone
     std::string libraryPath;     // where it sits in the music library, when it got there
     std::string flacLibraryPath; // where its FLAC sits there, when one was made
-    std::vector<TrackLoudness> loudness; // of the files made, in the order above, when measured
+    std::vector<TrackLoudness> loudness;  // of the files made, in the order above, when measured
+    restoration::CleaningReport cleaning; // what cleaning repaired, when asked for
     bool ok = false;
     ExportProblem problem; // why it failed
     std::vector<TrackWarning> warnings;
