@@ -13,6 +13,16 @@ namespace {
 
 // Samples a stretch is widened by on each side: a click's faint edges lie below the threshold.
 constexpr size_t kMargin = 2;
+// Samples over which the prediction error's spread is taken, and the least share of the block's
+// spread a quiet stretch keeps.
+constexpr size_t kLocal = 256;
+constexpr double kFloor = 0.25;
+// The farthest apart the two edges of one long click lie.
+constexpr size_t kLongestStepPair = 120;
+// A span grows by at most kGrowth samples a side while the error stays above kLow times the
+// threshold.
+constexpr size_t kGrowth = 16;
+constexpr double kLow = 0.5;
 
 double robustSpread(std::vector<double>& magnitudes) {
     if (magnitudes.empty())
@@ -22,8 +32,21 @@ double robustSpread(std::vector<double>& magnitudes) {
     return *middle / 0.6745;
 }
 
-// The clicks of block [begin, end) of x under `model`: flags from both prediction errors,
-// grouped while they lie within `order` samples of each other.
+// A group of flagged samples: where the forward error first and the backward error last stood
+// out. A click shows both around itself (first forward <= last backward); a step, the edge of a
+// click longer than the model sees at once or a musical onset, shows the backward error before
+// it and the forward error after it.
+struct FlagGroup {
+    size_t firstForward = std::numeric_limits<size_t>::max();
+    size_t lastBackward = 0;
+    bool hasForward() const { return firstForward != std::numeric_limits<size_t>::max(); }
+    bool isClick() const { return hasForward() && lastBackward >= firstForward; }
+    bool isStep() const { return hasForward() && lastBackward < firstForward; }
+};
+
+// The clicks of block [begin, end) of x under `model`: flags from both prediction errors, each
+// against the robust spread of the forward error around it, grouped while they lie within
+// `order` samples of each other. Two steps close together are the edges of one long click.
 void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const ArModel& model,
                  const ClickSettings& settings, std::vector<ClickSpan>& spans) {
     const auto p = static_cast<size_t>(model.order());
@@ -31,47 +54,69 @@ void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const Ar
     const size_t to = std::min(end, x.size() - p);
     if (from >= to)
         return;
-    std::vector<double> forward(to - from), backward(to - from);
+    const size_t length = to - from;
+    std::vector<double> forward(length), backward(length);
     for (size_t n = from; n < to; ++n) {
         forward[n - from] = model.forwardError(x.data(), n);
         backward[n - from] = model.backwardError(x.data(), n);
     }
-    std::vector<double> magnitudes(forward.size());
+    // The spread in stretches of kLocal samples, so that loud passages raise the bar only
+    // where they are; never below a fraction of the whole block's.
+    std::vector<double> magnitudes(length);
     std::transform(forward.begin(), forward.end(), magnitudes.begin(),
                    [](double e) { return std::abs(e); });
-    const double limit = settings.threshold * robustSpread(magnitudes);
-    if (!(limit > 0))
+    std::vector<double> all(magnitudes);
+    const double blockSpread = robustSpread(all);
+    if (!(blockSpread > 0))
         return;
+    std::vector<double> limit(length);
+    for (size_t s = 0; s < length; s += kLocal) {
+        const size_t e = std::min(length, s + kLocal);
+        std::vector<double> local(magnitudes.begin() + static_cast<std::ptrdiff_t>(s),
+                                  magnitudes.begin() + static_cast<std::ptrdiff_t>(e));
+        const double spread = std::max(robustSpread(local), kFloor * blockSpread);
+        std::fill(limit.begin() + static_cast<std::ptrdiff_t>(s),
+                  limit.begin() + static_cast<std::ptrdiff_t>(e), settings.threshold * spread);
+    }
 
+    std::vector<FlagGroup> groups;
     size_t groupEnd = 0;
-    bool open = false;
-    constexpr size_t kNone = std::numeric_limits<size_t>::max();
-    size_t firstForward = kNone;
-    size_t lastBackward = 0;
-    auto close = [&] {
-        if (firstForward != kNone && lastBackward >= firstForward &&
-            lastBackward - firstForward < settings.longestClick)
-            spans.push_back({firstForward, lastBackward});
-        firstForward = kNone;
-        lastBackward = 0;
-        open = false;
-    };
     for (size_t n = from; n < to; ++n) {
-        const bool f = std::abs(forward[n - from]) > limit;
-        const bool b = std::abs(backward[n - from]) > limit;
+        const bool f = std::abs(forward[n - from]) > limit[n - from];
+        const bool b = std::abs(backward[n - from]) > limit[n - from];
         if (!f && !b)
             continue;
-        if (open && n > groupEnd + p)
-            close();
-        open = true;
+        if (groups.empty() || n > groupEnd + p)
+            groups.emplace_back();
         groupEnd = n;
         if (f)
-            firstForward = std::min(firstForward, n);
+            groups.back().firstForward = std::min(groups.back().firstForward, n);
         if (b)
-            lastBackward = std::max(lastBackward, n);
+            groups.back().lastBackward = std::max(groups.back().lastBackward, n);
     }
-    if (open)
-        close();
+    // A click's faint start and tail lie below the threshold: the span grows while the error
+    // that sees them from the clean side (forward before, backward after) is still raised.
+    auto grown = [&](size_t first, size_t last) {
+        for (size_t k = 0; k < kGrowth && first > from && first - 1 >= from &&
+                           std::abs(forward[first - 1 - from]) > kLow * limit[first - 1 - from];
+             ++k)
+            --first;
+        for (size_t k = 0; k < kGrowth && last + 1 < to &&
+                           std::abs(backward[last + 1 - from]) > kLow * limit[last + 1 - from];
+             ++k)
+            ++last;
+        return ClickSpan{first, last};
+    };
+    for (size_t g = 0; g < groups.size(); ++g) {
+        const FlagGroup& group = groups[g];
+        if (group.isClick() && group.lastBackward - group.firstForward < settings.longestClick) {
+            spans.push_back(grown(group.firstForward, group.lastBackward));
+        } else if (group.isStep() && g + 1 < groups.size() && groups[g + 1].isStep() &&
+                   groups[g + 1].lastBackward - group.firstForward < kLongestStepPair) {
+            spans.push_back(grown(group.firstForward, groups[g + 1].lastBackward));
+            ++g;
+        }
+    }
 }
 
 std::vector<ClickSpan> widenedAndMerged(std::vector<ClickSpan> spans, size_t length, size_t p) {
