@@ -364,29 +364,52 @@ void clickFigures(const std::vector<std::vector<float>>& pieces) {
 }
 
 void humFigures(const std::vector<std::vector<float>>& pieces) {
-    std::printf("Hum (-40 dBFS fundamental, harmonics 2 to 5 falling 4 dB each):\n");
+    std::printf(
+        "Hum (-40 dBFS fundamental wandering by 0.02 Hz, harmonics 2 to 5 falling 4 dB each; "
+        "4 s of lead-in and run-out):\n");
     double worstReduction = 1e9, worstChange = 0;
     unsigned seed = 0;
-    for (const auto& clean : pieces) {
-        const double mains = seed++ % 2 ? 59.98 : 50.02;
-        std::vector<float> x = clean;
+    for (const auto& piece : pieces) {
+        // Off any search grid, and wandering by 0.02 Hz over half a minute, as mains does.
+        const double mains = seed % 2 ? 59.977 : 50.023;
+        // The piece as a side has it: a lead-in and a run-out of surface noise (-60 dBFS)
+        // either side, where the hum shows.
+        std::mt19937 random(seed++);
+        std::normal_distribution<double> surface(0, 0.001);
+        std::vector<float> clean(static_cast<size_t>(kRate * 4));
+        for (float& v : clean)
+            v = static_cast<float>(surface(random));
+        clean.insert(clean.end(), piece.begin(), piece.end());
+        clean.insert(clean.end(), clean.begin(), clean.begin() + static_cast<long>(kRate * 4));
+        std::vector<float> hummed(clean.size());
+        std::vector<double> phase(clean.size());
+        double turns = 0;
+        for (size_t i = 0; i < phase.size(); ++i) {
+            phase[i] = turns;
+            const double t = static_cast<double>(i) / kRate;
+            turns += (mains + 0.02 * std::sin(2 * std::numbers::pi * t / 30)) / kRate;
+        }
         for (int h = 1; h <= 5; ++h)
-            for (size_t i = 0; i < x.size(); ++i)
-                x[i] += static_cast<float>(0.01 * std::pow(10, -4.0 * (h - 1) / 20) *
-                                           std::sin(2 * std::numbers::pi * mains * h * i / kRate));
+            for (size_t i = 0; i < hummed.size(); ++i)
+                hummed[i] += static_cast<float>(0.01 * std::pow(10, -4.0 * (h - 1) / 20) *
+                                                std::sin(2 * std::numbers::pi * h * phase[i]));
+        std::vector<float> x = clean;
+        for (size_t i = 0; i < x.size(); ++i)
+            x[i] += hummed[i];
         const auto hum = restoration::findHum(restoration::quietStretches(x, kRate), kRate,
                                               restoration::HumChoice::Auto);
-        std::vector<float> y = x;
-        restoration::removeHum(y, kRate, hum);
-        // The hum left: the output less the music, at each harmonic, past the notches' start.
+        // The hum left: the notches are linear, so what they make of the hum alone is what is
+        // left of it in the music; measured past their settling at the ends.
+        std::vector<float> left = hummed;
+        restoration::removeHum(left, kRate, hum);
         double worst = 1e9;
         for (int h = 1; h <= 5; ++h) {
             double re0 = 0, im0 = 0, re1 = 0, im1 = 0;
             for (size_t i = static_cast<size_t>(kRate); i + static_cast<size_t>(kRate) < x.size();
                  ++i) {
-                const double w = 2 * std::numbers::pi * mains * h * i / kRate;
-                re0 += (x[i] - clean[i]) * std::cos(w), im0 += (x[i] - clean[i]) * std::sin(w);
-                re1 += (y[i] - clean[i]) * std::cos(w), im1 += (y[i] - clean[i]) * std::sin(w);
+                const double w = 2 * std::numbers::pi * h * phase[i];
+                re0 += hummed[i] * std::cos(w), im0 += hummed[i] * std::sin(w);
+                re1 += left[i] * std::cos(w), im1 += left[i] * std::sin(w);
             }
             worst = std::min(
                 worst, 10 * std::log10((re0 * re0 + im0 * im0) / (re1 * re1 + im1 * im1 + 1e-30)));
@@ -410,7 +433,7 @@ void humFigures(const std::vector<std::vector<float>>& pieces) {
                 in += probe[i] * probe[i], out += passed[i] * passed[i];
             change = std::max(change, std::abs(10 * std::log10(out / in)));
         }
-        std::printf("  mains %.2f Hz: found %.2f Hz, %zu harmonics; hum %.1f dB less at the "
+        std::printf("  mains %.3f Hz: found %.3f Hz, %zu harmonics; hum %.1f dB less at the "
                     "worst harmonic; %.3f dB change elsewhere\n",
                     mains, hum.fundamental, hum.harmonics.size(), worst, change);
         worstReduction = std::min(worstReduction, worst);

@@ -9,31 +9,41 @@ namespace waxline::restoration {
 
 namespace {
 
-constexpr double kBlockSeconds = 0.25;
-constexpr double kNotchWidth = 3.0; // Hz, at -3 dB
-constexpr double kStandsOut = 12.0; // dB above the neighbouring spectrum
+// Quiet stretches are taken in blocks of four seconds: each is analysed on its own (their phases
+// do not join up, and mains frequency wanders over minutes); four seconds resolve the hum to a
+// quarter of a hertz and lift it well out of the music around it.
+constexpr double kBlockSeconds = 4.0;
+constexpr double kNotchWidth = 1.6; // Hz, at -3 dB
+constexpr double kStandsOut = 10.0; // dB above the neighbouring spectrum
 constexpr int kHighestHarmonic = 40;
 constexpr double kHighestHum = 4000; // Hz
 
-// The power of x at one frequency (Goertzel), per sample.
-double powerAt(const std::vector<float>& x, double frequency, double rate) {
+// The power of x at one frequency in each of its blocks of `block` samples (Goertzel), as a
+// share of that block's whole power, averaged over the blocks: the quietest blocks, where hum
+// stands out, count as much as the louder ones, where music hides it.
+double powerAt(const std::vector<float>& x, double frequency, double rate, size_t block) {
     const double w = 2 * std::numbers::pi * frequency / rate;
     const double coefficient = 2 * std::cos(w);
-    double s1 = 0, s2 = 0;
-    for (float v : x) {
-        const double s0 = v + coefficient * s1 - s2;
-        s2 = s1;
-        s1 = s0;
+    double sum = 0;
+    size_t blocks = 0;
+    for (size_t begin = 0; begin + block <= x.size(); begin += block, ++blocks) {
+        double s1 = 0, s2 = 0, energy = 1e-20;
+        for (size_t i = begin; i < begin + block; ++i) {
+            const double s0 = x[i] + coefficient * s1 - s2;
+            s2 = s1;
+            s1 = s0;
+            energy += static_cast<double>(x[i]) * x[i];
+        }
+        sum += (s1 * s1 + s2 * s2 - coefficient * s1 * s2) / energy;
     }
-    const double power = s1 * s1 + s2 * s2 - coefficient * s1 * s2;
-    return power / (static_cast<double>(x.size()) * static_cast<double>(x.size()));
+    return blocks ? sum / (static_cast<double>(block) * static_cast<double>(blocks)) : 0.0;
 }
 
 // The summed power of the first harmonics at f: their common peak marks the true fundamental.
-double harmonicPower(const std::vector<float>& x, double f, double rate) {
+double harmonicPower(const std::vector<float>& x, double f, double rate, size_t block) {
     double sum = 0;
     for (int h = 1; h <= 5; ++h)
-        sum += powerAt(x, f * h, rate);
+        sum += powerAt(x, f * h, rate, block);
     return sum;
 }
 
@@ -43,14 +53,14 @@ double db(double power) {
 
 // How far the harmonic stands out of the spectrum beside it (the median of eight readings
 // 4 to 10 Hz away), in dB.
-double prominence(const std::vector<float>& x, double frequency, double rate) {
+double prominence(const std::vector<float>& x, double frequency, double rate, size_t block) {
     std::vector<double> beside;
     for (double offset : {4.0, 6.0, 8.0, 10.0}) {
-        beside.push_back(powerAt(x, frequency - offset, rate));
-        beside.push_back(powerAt(x, frequency + offset, rate));
+        beside.push_back(powerAt(x, frequency - offset, rate, block));
+        beside.push_back(powerAt(x, frequency + offset, rate, block));
     }
     std::nth_element(beside.begin(), beside.begin() + 4, beside.end());
-    return db(powerAt(x, frequency, rate)) - db(beside[4]);
+    return db(powerAt(x, frequency, rate, block)) - db(beside[4]);
 }
 
 struct Notch {
@@ -93,7 +103,7 @@ std::vector<float> quietStretches(const std::vector<float>& x, double rate) {
         levels.emplace_back(sum, begin);
     }
     std::sort(levels.begin(), levels.end());
-    const size_t least = static_cast<size_t>(2.0 / kBlockSeconds);
+    const size_t least = 4;
     const size_t wanted = std::min(levels.size(), std::max(levels.size() / 10, least));
     std::vector<size_t> chosen;
     for (size_t i = 0; i < wanted; ++i)
@@ -109,7 +119,8 @@ std::vector<float> quietStretches(const std::vector<float>& x, double rate) {
 
 HumProfile findHum(const std::vector<float>& quiet, double rate, HumChoice choice) {
     HumProfile hum;
-    if (choice == HumChoice::Off || quiet.size() < static_cast<size_t>(rate))
+    const auto block = static_cast<size_t>(rate * kBlockSeconds);
+    if (choice == HumChoice::Off || block == 0 || quiet.size() < block)
         return hum;
     std::vector<double> mains;
     if (choice != HumChoice::Hz60)
@@ -121,16 +132,16 @@ HumProfile findHum(const std::vector<float>& quiet, double rate, HumChoice choic
         // Mains frequency wanders by a few tenths of a hertz; a coarse then a fine search.
         double best = nominal, power = -1;
         for (double f = nominal - 0.5; f <= nominal + 0.5; f += 0.05)
-            if (const double p = harmonicPower(quiet, f, rate); p > power)
+            if (const double p = harmonicPower(quiet, f, rate, block); p > power)
                 std::tie(best, power) = std::pair(f, p);
         const double centre = best;
-        for (double f = centre - 0.05; f <= centre + 0.05; f += 0.01)
-            if (const double p = harmonicPower(quiet, f, rate); p > power)
+        for (double f = centre - 0.05; f <= centre + 0.05; f += 0.005)
+            if (const double p = harmonicPower(quiet, f, rate, block); p > power)
                 std::tie(best, power) = std::pair(f, p);
         std::vector<int> harmonics;
         for (int h = 1; h <= kHighestHarmonic && best * h <= std::min(kHighestHum, rate / 2 - 20);
              ++h)
-            if (prominence(quiet, best * h, rate) >= kStandsOut)
+            if (prominence(quiet, best * h, rate, block) >= kStandsOut)
                 harmonics.push_back(h);
         // Mains hum always carries its fundamental or its first overtone; higher ones alone are
         // more likely music.
