@@ -8,7 +8,7 @@
 // the EBU test signals. Prints figures; it is a benchmark, not a test.
 //
 //   restoration_bench PIECE.wav... [--seconds S] [--no-adeclick] [--verbose]
-//                     [--threshold K] [--order P]
+//                     [--threshold K] [--confirmation K] [--order P]
 //
 // PIECE.wav: mono float files of real music (bench/restoration decodes them).
 #include "exporting/TrackAudio.h"
@@ -503,6 +503,10 @@ int main(int argc, char** argv) {
             settings.threshold = std::atof(argv[++i]);
             continue;
         }
+        if (arg == "--confirmation" && i + 1 < argc) {
+            settings.confirmation = std::atof(argv[++i]);
+            continue;
+        }
         if (arg == "--order" && i + 1 < argc) {
             settings.order = std::atoi(argv[++i]);
             continue;
@@ -529,7 +533,7 @@ int main(int argc, char** argv) {
     }
     if (pieces.empty()) {
         std::fprintf(stderr, "usage: restoration_bench PIECE.wav... [--seconds S] [--no-adeclick] "
-                             "[--verbose] [--threshold K] [--order P]\n");
+                             "[--verbose] [--threshold K] [--confirmation K] [--order P]\n");
         return 2;
     }
     clickFigures(pieces);

@@ -11,8 +11,6 @@ namespace waxline::restoration {
 
 namespace {
 
-// Samples a stretch is widened by on each side: a click's faint edges lie below the threshold.
-constexpr size_t kMargin = 2;
 // Samples over which the prediction error's spread is taken, and the least share of the block's
 // spread a quiet stretch keeps.
 constexpr size_t kLocal = 256;
@@ -22,6 +20,9 @@ constexpr size_t kLongestStepPair = 120;
 // A span grows by at most kGrowth samples a side while the error stays above kLow times the
 // threshold.
 constexpr size_t kGrowth = 16;
+// How far the error reduction of a stretch must stand above the music's own to make it a click
+// without a peak, in multiples of the spread.
+constexpr double kSure = 20.0;
 constexpr double kLow = 0.5;
 
 double robustSpread(std::vector<double>& magnitudes) {
@@ -30,6 +31,29 @@ double robustSpread(std::vector<double>& magnitudes) {
     auto middle = magnitudes.begin() + static_cast<std::ptrdiff_t>(magnitudes.size() / 2);
     std::nth_element(magnitudes.begin(), middle, magnitudes.end());
     return *middle / 0.6745;
+}
+
+// `times` the robust spread of the first `length` values in stretches of kLocal samples, so
+// that loud passages raise the bar only where they are; never below a share of the whole
+// block's spread. Empty when the block is silent.
+std::vector<double> localLimits(const std::vector<double>& values, size_t length, double times) {
+    std::vector<double> magnitudes(length);
+    std::transform(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(length),
+                   magnitudes.begin(), [](double e) { return std::abs(e); });
+    std::vector<double> all(magnitudes);
+    const double blockSpread = robustSpread(all);
+    if (!(blockSpread > 0))
+        return {};
+    std::vector<double> limit(length);
+    for (size_t s = 0; s < length; s += kLocal) {
+        const size_t e = std::min(length, s + kLocal);
+        std::vector<double> local(magnitudes.begin() + static_cast<std::ptrdiff_t>(s),
+                                  magnitudes.begin() + static_cast<std::ptrdiff_t>(e));
+        const double spread = std::max(robustSpread(local), kFloor * blockSpread);
+        std::fill(limit.begin() + static_cast<std::ptrdiff_t>(s),
+                  limit.begin() + static_cast<std::ptrdiff_t>(e), times * spread);
+    }
+    return limit;
 }
 
 // A group of flagged samples: where the forward error first and the backward error last stood
@@ -55,29 +79,57 @@ void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const Ar
     if (from >= to)
         return;
     const size_t length = to - from;
-    std::vector<double> forward(length), backward(length);
-    for (size_t n = from; n < to; ++n) {
+    // Forward errors run on by the model order, for the matched filter below.
+    const size_t ahead = std::min(to + p, x.size()) - from;
+    std::vector<double> forward(ahead), backward(length);
+    for (size_t n = from; n < from + ahead; ++n)
         forward[n - from] = model.forwardError(x.data(), n);
+    for (size_t n = from; n < to; ++n)
         backward[n - from] = model.backwardError(x.data(), n);
+    // The forward errors filtered by the model's error filter turned round: a sample added to
+    // the signal (a click) spreads over the next `order` errors by that filter and gathers back
+    // here at full strength, while a sudden change of the music itself (one large error) does
+    // not. Clicks are told from musical transients by this.
+    std::vector<double> matched(length);
+    for (size_t n = 0; n < length; ++n) {
+        double sum = forward[n];
+        for (size_t k = 1; k <= p && n + k < ahead; ++k)
+            sum -= model.a[k - 1] * forward[n + k];
+        matched[n] = sum;
     }
     // The spread in stretches of kLocal samples, so that loud passages raise the bar only
     // where they are; never below a fraction of the whole block's.
-    std::vector<double> magnitudes(length);
-    std::transform(forward.begin(), forward.end(), magnitudes.begin(),
-                   [](double e) { return std::abs(e); });
-    std::vector<double> all(magnitudes);
-    const double blockSpread = robustSpread(all);
-    if (!(blockSpread > 0))
+    const std::vector<double> limit = localLimits(forward, length, settings.threshold);
+    const std::vector<double> peakLimit = localLimits(matched, length, settings.confirmation);
+    if (limit.empty() || peakLimit.empty())
         return;
-    std::vector<double> limit(length);
-    for (size_t s = 0; s < length; s += kLocal) {
-        const size_t e = std::min(length, s + kLocal);
-        std::vector<double> local(magnitudes.begin() + static_cast<std::ptrdiff_t>(s),
-                                  magnitudes.begin() + static_cast<std::ptrdiff_t>(e));
-        const double spread = std::max(robustSpread(local), kFloor * blockSpread);
-        std::fill(limit.begin() + static_cast<std::ptrdiff_t>(s),
-                  limit.begin() + static_cast<std::ptrdiff_t>(e), settings.threshold * spread);
-    }
+    // A click shows as a peak of the matched values above their spread. A long smooth click
+    // may not, but filling it in lowers the summed squared prediction error far more than the
+    // music's own error would: u' M^-1 u, with u the matched values at the stretch and M its
+    // least-squares system, is about the spread squared times the length without a click.
+    const std::vector<double> R = errorFilterCorrelation(model);
+    auto confirmed = [&](const ClickSpan& span) {
+        const size_t m = span.last - span.first + 1;
+        std::vector<double> M(m * m), u(m);
+        for (size_t i = 0; i < m; ++i) {
+            u[i] = matched[span.first + i - from];
+            for (size_t j = 0; j < m; ++j) {
+                const size_t d = i > j ? i - j : j - i;
+                M[i * m + j] = d <= p ? R[d] : 0.0;
+            }
+        }
+        for (size_t n = span.first; n <= span.last; ++n)
+            if (std::abs(matched[n - from]) > peakLimit[n - from])
+                return true;
+        std::vector<double> y(u);
+        if (!solvePositiveDefinite(M, y, m))
+            return true;
+        double reduction = 0;
+        for (size_t i = 0; i < m; ++i)
+            reduction += u[i] * y[i];
+        const double spread = limit[span.first - from] / settings.threshold;
+        return reduction > spread * spread * (kSure * kSure + static_cast<double>(m));
+    };
 
     std::vector<FlagGroup> groups;
     size_t groupEnd = 0;
@@ -110,20 +162,24 @@ void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const Ar
     for (size_t g = 0; g < groups.size(); ++g) {
         const FlagGroup& group = groups[g];
         if (group.isClick() && group.lastBackward - group.firstForward < settings.longestClick) {
-            spans.push_back(grown(group.firstForward, group.lastBackward));
+            if (const ClickSpan span = grown(group.firstForward, group.lastBackward);
+                confirmed(span))
+                spans.push_back(span);
         } else if (group.isStep() && g + 1 < groups.size() && groups[g + 1].isStep() &&
                    groups[g + 1].lastBackward - group.firstForward < kLongestStepPair) {
-            spans.push_back(grown(group.firstForward, groups[g + 1].lastBackward));
+            if (const ClickSpan span = grown(group.firstForward, groups[g + 1].lastBackward);
+                confirmed(span))
+                spans.push_back(span);
             ++g;
         }
     }
 }
 
-std::vector<ClickSpan> widenedAndMerged(std::vector<ClickSpan> spans, size_t length, size_t p) {
+std::vector<ClickSpan> keptInsideAndMerged(std::vector<ClickSpan> spans, size_t length, size_t p) {
     std::vector<ClickSpan> merged;
     for (ClickSpan span : spans) {
-        span.first = span.first >= p + kMargin ? span.first - kMargin : p;
-        span.last = std::min(span.last + kMargin, length > p + 1 ? length - p - 1 : 0);
+        span.first = std::max(span.first, p);
+        span.last = std::min(span.last, length > p + 1 ? length - p - 1 : 0);
         if (span.first > span.last)
             continue;
         if (!merged.empty() && span.first <= merged.back().last + 1)
@@ -142,7 +198,7 @@ std::vector<ClickSpan> detectWith(const std::vector<float>& x, const ClickSettin
         findInBlock(x, begin, std::min(x.size(), begin + settings.blockLength), models[block],
                     settings, spans);
     }
-    return widenedAndMerged(std::move(spans), x.size(), static_cast<size_t>(settings.order));
+    return keptInsideAndMerged(std::move(spans), x.size(), static_cast<size_t>(settings.order));
 }
 
 std::vector<ArModel> fitBlocks(const std::vector<float>& x, const ClickSettings& settings) {

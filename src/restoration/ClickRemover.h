@@ -16,7 +16,12 @@ struct ClickSettings {
     size_t blockLength = 4096; // samples per model
     // A sample stands out when its prediction error exceeds this many times the block's
     // robust error spread (its median absolute error / 0.6745).
-    double threshold = 5.0;
+    double threshold = 4.0;
+    // A stretch found so is a click only when the forward error, filtered by the model's error
+    // filter turned round, peaks above this many times its own spread in it (or filling it in
+    // lowers the prediction error by far more than the music's own error would): a sudden
+    // change of the music itself, one large error, does neither.
+    double confirmation = 6.0;
     size_t longestClick = 400; // stretches flagged longer than this are left alone
 };
 
