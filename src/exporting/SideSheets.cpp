@@ -90,7 +90,11 @@ bool writeSideSheets(const std::vector<TrackOutcome>& outcomes, const std::strin
         if (!o.ok)
             continue;
         const std::string file = o.flacLibraryPath.empty() ? o.libraryPath : o.flacLibraryPath;
-        tracks.push_back({file, o.number, o.title, secondsOf(o.wavPath)});
+        // An untitled track goes by the name its file was given ("NN <name>").
+        const std::string stem = fs::path(file).stem().string();
+        const std::string title =
+            !o.title.empty() || stem.size() < 4 ? o.title : stem.substr(stem.find(' ') + 1);
+        tracks.push_back({file, o.number, title, secondsOf(o.wavPath)});
     }
     if (tracks.empty())
         return false;
