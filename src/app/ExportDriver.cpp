@@ -71,6 +71,14 @@ void ExportDriver::processAudioFiles() {
     ExportRequest request;
     request.exportFolder = capture.exportFolder();
     request.normalise = false;
+    // The naming panel's choices: cleaned MP3s, and the recording kept as FLAC beside them.
+    const unsigned namingPanel = n == 1 ? panel::nameOne : panel::nameFirstTen;
+    if (views.removeClicksAndHum(namingPanel))
+        request.choices.clean = {true, restoration::HumChoice::Auto};
+    if (views.keepLosslessCopy(namingPanel)) {
+        request.choices.format = ExportFormat::Both;
+        request.choices.sheets = true;
+    }
     // What an earlier run got into the library stays there; only the rest is exported.
     request.skipSaved = true;
     request.numRecordedTracks = [n] { return n; };

@@ -60,6 +60,7 @@ QString trackProblemText(const ExportProblem& problem) {
     case Kind::NormaliseCannotCreate:
     case Kind::NormaliseCannotWrite:
     case Kind::NormaliseCannotFinish:
+    case Kind::CleaningFailed:
         break;
     }
     return words("IDS_REASON_ENCODER_FAILED");

@@ -123,6 +123,16 @@ bool PanelTabs::automaticallySplitTracks() const {
     return v && v->getAutomaticallySplitTracks();
 }
 
+bool PanelTabs::removeClicksAndHum(unsigned panel) const {
+    const ui::CustomView* v = view(panel);
+    return v && v->getRemoveClicksAndHum();
+}
+
+bool PanelTabs::keepLosslessCopy(unsigned panel) const {
+    const ui::CustomView* v = view(panel);
+    return v && v->getKeepLosslessCopy();
+}
+
 void PanelTabs::setSplitButtonVisibility(bool visible) {
     if (ui::CustomView* v = view(recordingPanel))
         v->setSplitButtonVisibility(visible);

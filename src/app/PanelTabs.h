@@ -40,6 +40,8 @@ public:
     bool selectedDeviceIsTurntable() const override;
     bool selectedTapeIsChrome() const override;
     bool automaticallySplitTracks() const override;
+    bool removeClicksAndHum(unsigned panel) const override;
+    bool keepLosslessCopy(unsigned panel) const override;
     void setSplitButtonVisibility(bool visible) override;
     std::unique_ptr<QTimer> startMetering(unsigned panel) override;
     void stopMetering(unsigned panel) override;

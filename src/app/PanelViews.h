@@ -46,6 +46,10 @@ public:
 
     // Panels 4 and 7: the notice that the analysis proposes other splits.
     virtual void setSplitsNotice(bool shown) = 0;
+    // Panels 4 and 7: the export choices for this run, "Remove clicks and hum" and "Also keep
+    // a lossless copy (FLAC)".
+    virtual bool removeClicksAndHum(unsigned panel) const = 0;
+    virtual bool keepLosslessCopy(unsigned panel) const = 0;
 
     // Panel 5: the busy indicator and the progress level indicator (tag 31).
     virtual void setBusy(bool animating) = 0;

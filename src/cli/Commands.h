@@ -14,5 +14,6 @@ int exportCommand(Arguments& args);
 int digitizeCommand(Arguments& args);
 int splitsCommand(Arguments& args);
 int lookupCommand(Arguments& args);
+int cleanCommand(Arguments& args);
 
 } // namespace waxline::cli

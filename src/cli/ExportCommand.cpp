@@ -21,6 +21,25 @@ ExportOptions exportNamingOptions(Arguments& args, bool namesKept) {
     options.normalise = args.flag("--normalise");
     options.jobs = static_cast<unsigned>(args.integerOption("--jobs", 1, 64).value_or(0));
     options.unicodeTags = args.flag("--unicode-tags");
+    if (const auto format = args.option("--format")) {
+        const auto chosen = exporting::exportFormatNamed(*format);
+        if (!chosen)
+            throw BadValue("--format takes mp3, flac or both, not '" + *format + "'");
+        options.choices.format = *chosen;
+    }
+    if (const auto clean = args.option("--clean")) {
+        const auto chosen = restoration::cleaningNamed(*clean);
+        if (!chosen)
+            throw BadValue("--clean takes clicks, hum or clicks,hum, not '" + *clean + "'");
+        options.choices.clean = *chosen;
+    }
+    options.choices.cleanFlac = args.flag("--clean-flac");
+    if (options.choices.cleanFlac && !options.choices.clean.any())
+        throw UsageError("--clean-flac needs --clean");
+    options.choices.loudness = args.flag("--loudness");
+    // The archive always gets its sheets; MP3s alone when asked.
+    options.choices.sheets =
+        args.flag("--sheets") || options.choices.format != exporting::ExportFormat::Mp3;
     return options;
 }
 

@@ -62,7 +62,31 @@ std::string quotedList(const std::vector<std::string>& items) {
     return text;
 }
 
+// What cleaning and measuring found in a track, one indented line each.
+void printCleaning(const TrackOutcome& o, const ExportChoices& choices) {
+    if (choices.clean.clicks)
+        std::fprintf(userOut(), "  clicks repaired: %zu (%zu samples)\n", o.cleaning.clicks,
+                     o.cleaning.samplesRepaired);
+    if (choices.clean.hum != restoration::HumChoice::Off)
+        std::fprintf(userOut(), "  %s\n", describe(o.cleaning.hum).c_str());
+    if (!o.loudness.empty())
+        std::fprintf(userOut(), "  loudness: %.1f LUFS, ReplayGain %s\n", o.loudness[0].integrated,
+                     replayGainText(o.loudness[0].integrated).c_str());
+}
+
 } // namespace
+
+std::string describe(const restoration::HumProfile& hum) {
+    if (!hum.present())
+        return "hum: none found, nothing notched";
+    std::string harmonics;
+    for (int h : hum.harmonics)
+        harmonics += (harmonics.empty() ? "" : ", ") + std::to_string(h);
+    char text[96];
+    std::snprintf(text, sizeof text, "hum: %.2f Hz, notched at harmonic%s ", hum.fundamental,
+                  hum.harmonics.size() == 1 ? "" : "s");
+    return text + harmonics;
+}
 
 std::string folderInUse(const std::string& folder, const ExportFolderLock& lock) {
     const FolderLockHolder& holder = lock.holder();
@@ -133,6 +157,8 @@ std::string describe(const ExportProblem& p) {
         return "cannot write " + p.path + ": " + p.detail;
     case Kind::NormaliseCannotFinish:
         return "cannot finish " + p.path;
+    case Kind::CleaningFailed:
+        return "cannot clean " + fileName(p.path) + ": " + p.detail;
     case Kind::CannotTag:
         return "cannot open " + p.path + " to tag it";
     case Kind::ImportCannotMakeFolder:
@@ -276,7 +302,8 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         }
         std::fflush(userOut());
     };
-    pipeline.onTrackDone = [](const TrackOutcome& o, int total) {
+    const ExportChoices& choices = options.choices;
+    pipeline.onTrackDone = [&choices](const TrackOutcome& o, int total) {
         if (o.ok)
             std::fprintf(userOut(), "track %d/%d  #%s  %s%s\n", o.index, total, o.number.c_str(),
                          o.libraryPath.c_str(),
@@ -284,6 +311,10 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
         else
             std::fprintf(userOut(), "track %d/%d  #%s  FAILED: %s\n", o.index, total,
                          o.number.c_str(), describe(o.problem).c_str());
+        if (o.ok && !o.flacLibraryPath.empty() && o.flacLibraryPath != o.libraryPath)
+            std::fprintf(userOut(), "           %s\n", o.flacLibraryPath.c_str());
+        if (o.ok && !o.savedBefore)
+            printCleaning(o, choices);
         for (const auto& warning : o.warnings)
             std::fprintf(userOut(), "  warning: %s\n", describe(warning).c_str());
         std::fflush(userOut());
@@ -307,6 +338,7 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     request.tagText = options.unicodeTags ? TagText::Unicode : TagText::Latin1Bytes;
     request.trackNumbers = options.trackNumbers;
     request.releaseTags = options.releaseTags;
+    request.choices = options.choices;
     if (options.early)
         request.beforeEncoding = [early = options.early](int track) { early->settle(track); };
     ExportNumbering numbering;
@@ -317,7 +349,9 @@ int exportRecording(const ExportOptions& options, ExportFolderLock* heldLock) {
     for (const auto& o : outcomes) {
         if (o.ok)
             std::fprintf(userOut(), "  %s\n", o.libraryPath.c_str());
-        else
+        if (o.ok && !o.flacLibraryPath.empty() && o.flacLibraryPath != o.libraryPath)
+            std::fprintf(userOut(), "  %s\n", o.flacLibraryPath.c_str());
+        if (!o.ok)
             ++failed;
     }
     if (failed == 0)

@@ -2,6 +2,7 @@
 
 #include "cli/CommandLine.h"
 #include "exportfolder/ExportFolderLock.h"
+#include "exporting/ExportChoices.h"
 #include "exporting/ExportProblem.h"
 #include "tagging/ReleaseTags.h"
 
@@ -31,6 +32,9 @@ struct ExportOptions {
     std::vector<std::string> trackNumbers;
     std::vector<ReleaseTags> releaseTags;
     bool namesTyped = false; // --artist and --album were given
+    // Formats, cleaning, loudness and sheets: --format, --clean, --clean-flac, --loudness,
+    // --sheets.
+    exporting::ExportChoices choices;
 };
 
 // Exports the tracks of the last recording into the music library, printing a line per track
@@ -55,12 +59,14 @@ std::string titleMismatch(const std::vector<std::string>& titles, int tracks, bo
 // The command line's words for what went wrong with a track, and for a warning about one.
 std::string describe(const exporting::ExportProblem& problem);
 std::string describe(const exporting::TrackWarning& warning);
+std::string describe(const restoration::HumProfile& hum);
 
 // The command line's texts for the names that stand in for missing ones.
 std::string exportText(const std::string& key);
 
 // The naming options shared by export and digitize: --artist, --album, --title..., --library,
-// --normalise, --jobs, --unicode-tags.
+// --normalise, --jobs, --unicode-tags, and the archive's --format, --clean, --clean-flac,
+// --loudness, --sheets.
 // With `namesKept` (a lookup left names to use), --artist and --album may be left out.
 ExportOptions exportNamingOptions(Arguments& args, bool namesKept = false);
 

@@ -56,7 +56,8 @@ const Command kCommands[] = {
      "  --no-early-encoding  encode nothing while recording; the export encodes every track\n"},
     {"export", waxline::cli::exportCommand,
      "export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] "
-     "[--library DIR] [--jobs N] [--unicode-tags]",
+     "[--library DIR] [--jobs N] [--unicode-tags] [--format mp3|flac|both] [--clean clicks,hum] "
+     "[--clean-flac] [--loudness] [--sheets]",
      "Encodes the recorded tracks to MP3, tags them and files them in the music library.\n"
      "  --artist A --album B   the names (either may be empty: \"\")\n"
      "  --title T        one per track, in order\n"
@@ -67,13 +68,23 @@ const Command kCommands[] = {
      "  --jobs N         encodings at once (default: one per core)\n"
      "  --unicode-tags   tags hold the names as typed; without it each byte of a name is taken\n"
      "                   as a Latin-1 character, as the desktop application stores them\n"
+     "  --format F       mp3 (default), flac, or both: the FLAC is the archive, the recording\n"
+     "                   untouched, filed beside the MP3 under the same name\n"
+     "  --clean LIST     clicks, hum or clicks,hum: repairs clicks and crackle and notches mains\n"
+     "                   hum in the MP3s; the track files are never changed\n"
+     "  --clean-flac     cleans the FLACs too\n"
+     "  --loudness       measures each track and the side (EBU R128) and writes ReplayGain 2.0\n"
+     "                   tags; the audio keeps its level\n"
+     "  --sheets         a CUE sheet and a label file of the side beside the files (always with\n"
+     "                   FLAC)\n"
      "More titles than tracks exports every track but exits 1, naming the unused titles.\n"
      "MP3s that record made while recording are taken as they are when their track file is\n"
      "unchanged since; any other track is encoded anew.\n"},
     {"digitize", waxline::cli::digitizeCommand,
      "digitize [--virtual-device SETUP] [--input INPUT] --artist A --album B [--title T]... "
      "[--preset auto|none|riaa|chrome|brightspin] [--split auto|off] [--gain DB] [--max-seconds N] "
-     "[--normalise] "
+     "[--normalise] [--format mp3|flac|both] [--clean clicks,hum] [--clean-flac] [--loudness] "
+     "[--sheets] "
      "[--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--discard] [--verbose] "
      "[--tracks N | --durations LIST | --lookup \"ARTIST - ALBUM\"] [--no-early-encoding]",
      "Records one side, then exports it: the options of record and export together.\n"
@@ -107,6 +118,13 @@ const Command kCommands[] = {
      "  --at TIMES       boundaries typed by hand: 1:23.4,4:56 (m:ss.s or seconds)\n"
      "  --apply          re-cuts the track files at the proposed (or typed) boundaries; the\n"
      "                   side stays the same frame for frame, MP3s made before are removed\n"},
+    {"clean", waxline::cli::cleanCommand,
+     "clean IN.wav --output OUT.wav [--clicks] [--hum 50|60|auto]",
+     "Writes a cleaned copy of one sound file in its own format; the input is never changed.\n"
+     "  --clicks         finds clicks and crackle and fills them in from the music around them;\n"
+     "                   every other sample stays exactly as it was\n"
+     "  --hum 50|60|auto looks for mains hum in the quiet stretches and notches it and its\n"
+     "                   harmonics when it is there\n"},
 };
 
 const char* const kCommonHelp =

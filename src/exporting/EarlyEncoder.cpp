@@ -102,7 +102,7 @@ std::optional<TrackStamp> stampOf(const std::string& wavPath) {
 }
 
 std::string earlyMp3Path(const std::string& wavPath) {
-    return withSuffix(wavPath, "early.mp3");
+    return withSuffix(wavPath, ("early." + mp3Encoding().extension).c_str());
 }
 
 std::string earlyStampPath(const std::string& wavPath) {
@@ -111,7 +111,7 @@ std::string earlyStampPath(const std::string& wavPath) {
 
 std::string earlyPartialPath(const std::string& wavPath) {
     // ffmpeg picks the output format by the name's ending, so the partial name ends in .mp3 too.
-    return withSuffix(wavPath, "encoding.mp3");
+    return withSuffix(wavPath, ("encoding." + mp3Encoding().extension).c_str());
 }
 
 bool earlyMp3Ready(const std::string& wavPath) {
@@ -280,7 +280,7 @@ bool EarlyEncoder::encodeOne(int track) {
     const std::string partial = earlyPartialPath(wav);
     removeQuietly(partial);
 
-    const std::vector<std::string> words = encoderArguments(program, wav, partial);
+    const std::vector<std::string> words = encoderArguments(program, wav, partial, mp3Encoding());
     std::vector<char*> argv;
     for (const auto& word : words)
         argv.push_back(const_cast<char*>(word.c_str()));

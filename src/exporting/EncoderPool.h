@@ -1,6 +1,8 @@
 #pragma once
 
 #include "exporting/ExportProblem.h"
+#include "exporting/TrackLoudness.h"
+#include "restoration/Cleaning.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -15,10 +17,13 @@
 
 namespace waxline::exporting {
 
-// What a worker made of one track: its MP3, tagged, beside the track file.
+// What a worker made of one track: its MP3, its FLAC or both, tagged, beside the track file.
 struct EncodedTrack {
-    std::string mp3Path;
-    ExportProblem problem; // none when the MP3 is there and tagged
+    std::string mp3Path;  // the file the library gets first: the MP3, or the FLAC when alone
+    std::string flacPath; // the lossless copy, when one is made
+    std::vector<TrackLoudness> loudness;  // per file made, in the order above, when measured
+    restoration::CleaningReport cleaning; // what cleaning repaired, when asked for
+    ExportProblem problem;                // none when the MP3 is there and tagged
     std::vector<TrackWarning> warnings;
     bool early = false; // its MP3 was made behind the recording, only tagged here
     bool ok() const { return !problem.failed(); }

@@ -2,6 +2,7 @@
 
 #include "exportfolder/ExportFolder.h"
 #include "exportfolder/ExportFolderLock.h"
+#include "exporting/EncoderFormat.h"
 
 #include <QStandardPaths>
 #include <QString>
@@ -49,7 +50,7 @@ std::string trackFileName(const std::string& folder, int track) {
 }
 
 std::string mp3PathFor(const std::string& wavPath) {
-    return fs::path(wavPath).replace_extension("mp3").string();
+    return encodedPathFor(wavPath, mp3Encoding());
 }
 
 std::optional<int> countedTracks(const std::string& folder) {

@@ -2,8 +2,11 @@
 
 #include "exporting/EarlyEncoder.h"
 #include "exporting/ExportFolders.h"
+#include "exporting/HumOfSide.h"
 #include "exporting/Mp3Encoder.h"
 #include "exporting/Normaliser.h"
+#include "exporting/SideSheets.h"
+#include "exporting/TrackAudio.h"
 #include "exporting/TrackFileCheck.h"
 #include "tagging/TaglibTagger.h"
 
@@ -37,11 +40,33 @@ bool tagFiles(const std::string& path, const std::string& artist, const std::str
     return true;
 }
 
+namespace {
+
+std::string cleanedCopyPath(const std::string& wavPath) {
+    return fs::path(wavPath).replace_extension("cleaned.wav").string();
+}
+
+// The encoded file is there and not empty, or the problem that says it is not.
+ExportProblem madeFile(const std::string& path, const EncodeResult& result) {
+    if (!result.ok())
+        return encoderProblem(result);
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec) || fs::file_size(path, ec) == 0)
+        return {ExportProblem::Kind::EncoderMadeNoMp3, path, {}, result.command};
+    return {};
+}
+
+} // namespace
+
 // Worker thread: touches only its own track's files, so several can run at once.
 EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
-                          const std::string& number, const std::string& source) {
+                          const std::string& number, const std::string& source,
+                          const ExportChoices& choices) {
     EncodedTrack encoded;
-    encoded.mp3Path = mp3PathFor(wavPath);
+    const std::vector<const EncoderDescription*> encodings = encodingsOf(choices.format);
+    encoded.mp3Path = encodedPathFor(wavPath, *encodings.front());
+    if (encodings.back()->lossless)
+        encoded.flacPath = encodedPathFor(wavPath, *encodings.back());
     const TrackFileCheck check = inspectTrackFile(wavPath);
     if (!check.usable) {
         encoded.problem = check.problem;
@@ -49,25 +74,60 @@ EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
     }
     if (check.warning)
         encoded.warnings.push_back(*check.warning);
-    EncodeResult result;
-    if (source.empty() && takeEarlyMp3(wavPath, encoded.mp3Path)) {
-        encoded.early = true;
-        result.exitStatus = 0;
-    } else {
-        result = encodeToMp3(source.empty() ? wavPath : source, encoded.mp3Path);
+    const std::string input = source.empty() ? wavPath : source;
+
+    // The track as recorded, and the cleaned copy the MP3 is made from when cleaning is asked.
+    TrackAudio recorded, cleaned;
+    const std::string cleanedPath = cleanedCopyPath(wavPath);
+    if (choices.clean.any() || choices.loudness) {
+        recorded = readTrackAudio(input);
+        if (!recorded.error.empty()) {
+            encoded.problem = {ExportProblem::Kind::CleaningFailed, input, recorded.error};
+            return encoded;
+        }
     }
-    if (!result.ok()) {
-        encoded.problem = encoderProblem(result);
-        return encoded;
+    if (choices.clean.any()) {
+        cleaned = recorded;
+        encoded.cleaning =
+            restoration::cleanAudio(cleaned.samples, cleaned.channels, cleaned.rate, choices.clean,
+                                    choices.sideHum ? &*choices.sideHum : nullptr);
+        if (!writeTrackAudio(cleanedPath, cleaned)) {
+            encoded.problem = {ExportProblem::Kind::CleaningFailed, cleanedPath, cleaned.error};
+            std::error_code ec;
+            fs::remove(cleanedPath, ec);
+            return encoded;
+        }
+    }
+
+    for (const EncoderDescription* encoding : encodings) {
+        const std::string output = encodedPathFor(wavPath, *encoding);
+        const bool fromCleaned = choices.clean.any() && (!encoding->lossless || choices.cleanFlac);
+        EncodeResult result;
+        if (!encoding->lossless && !fromCleaned && source.empty() &&
+            takeEarlyMp3(wavPath, output)) {
+            encoded.early = true;
+            result.exitStatus = 0;
+        } else {
+            result = encodeFile(fromCleaned ? cleanedPath : input, output, *encoding);
+        }
+        encoded.problem = madeFile(output, result);
+        if (!encoded.ok())
+            break;
+        if (!tagFiles(output, names.artist, names.album, names.title, number, names.text)) {
+            encoded.problem = {ExportProblem::Kind::CannotTag, output};
+            break;
+        }
+        if (choices.loudness) {
+            const TrackAudio& heard = fromCleaned ? cleaned : recorded;
+            encoded.loudness.push_back(measureLoudness(heard.samples, heard.channels, heard.rate));
+            if (!writeReplayGain(output, encoded.loudness.back())) {
+                encoded.problem = {ExportProblem::Kind::CannotTag, output};
+                break;
+            }
+        }
     }
     std::error_code ec;
-    if (!fs::is_regular_file(encoded.mp3Path, ec) || fs::file_size(encoded.mp3Path, ec) == 0) {
-        encoded.problem = {
-            ExportProblem::Kind::EncoderMadeNoMp3, encoded.mp3Path, {}, result.command};
-        return encoded;
-    }
-    if (!tagFiles(encoded.mp3Path, names.artist, names.album, names.title, number, names.text))
-        encoded.problem = {ExportProblem::Kind::CannotTag, encoded.mp3Path};
+    fs::remove(cleanedPath, ec);
     return encoded;
 }
 
@@ -78,6 +138,9 @@ ExportPipeline::ExportPipeline(const LibraryImporter& importer)
 void ExportPipeline::importEncoded(const EncodedTrack& encoded, const TrackNames& names,
                                    TrackOutcome& outcome) const {
     outcome.mp3Path = encoded.mp3Path;
+    outcome.flacPath = encoded.flacPath;
+    outcome.loudness = encoded.loudness;
+    outcome.cleaning = encoded.cleaning;
     outcome.encodedEarly = encoded.early;
     outcome.warnings.insert(outcome.warnings.end(), encoded.warnings.begin(),
                             encoded.warnings.end());
@@ -92,6 +155,18 @@ void ExportPipeline::importEncoded(const EncodedTrack& encoded, const TrackNames
         return;
     }
     outcome.libraryPath = imported.path;
+    if (!encoded.flacPath.empty() && encoded.flacPath != encoded.mp3Path) {
+        const LibraryImporter::Result archived =
+            importer.importTrack(encoded.flacPath, names.artist, names.album, names.title,
+                                 std::atoi(outcome.number.c_str()));
+        if (!archived.ok) {
+            outcome.problem = archived.problem;
+            return;
+        }
+        outcome.flacLibraryPath = archived.path;
+    } else if (!encoded.flacPath.empty()) {
+        outcome.flacLibraryPath = imported.path;
+    }
     outcome.ok = true;
 }
 
@@ -116,7 +191,8 @@ namespace {
 
 // The older way's encoding half: names filled in, the track normalised first when asked.
 EncodedTrack legacyEncode(const std::string& path, const TrackNames& names,
-                          const std::string& number, bool normalise, float recordingPeak) {
+                          const std::string& number, bool normalise, float recordingPeak,
+                          const ExportChoices& choices = {}) {
     std::string source = path;
     std::error_code ec;
     if (normalise && fs::exists(path, ec) && fs::is_directory(fs::path(path).parent_path(), ec)) {
@@ -129,7 +205,28 @@ EncodedTrack legacyEncode(const std::string& path, const TrackNames& names,
         }
         source = normalised.path;
     }
-    return encodeAndTag(path, names, number, source);
+    return encodeAndTag(path, names, number, source, choices);
+}
+
+// The side's loudness over every track that got into the library, written beside each
+// track's own into the library files (per kind of file: the MP3s may be cleaned, the FLACs not).
+void tagSideLoudness(const std::vector<TrackOutcome>& outcomes) {
+    for (size_t file = 0; file < 2; ++file) {
+        std::vector<const TrackLoudness*> side;
+        double peak = 0;
+        for (const TrackOutcome& o : outcomes)
+            if (o.ok && !o.savedBefore && file < o.loudness.size()) {
+                side.push_back(&o.loudness[file]);
+                peak = std::max(peak, o.loudness[file].peak);
+            }
+        const std::optional<double> loudness = combinedLoudness(side);
+        if (!loudness)
+            continue;
+        for (const TrackOutcome& o : outcomes)
+            if (o.ok && !o.savedBefore && file < o.loudness.size())
+                writeReplayGain(file == 0 ? o.libraryPath : o.flacLibraryPath, o.loudness[file],
+                                loudness, peak);
+    }
 }
 
 } // namespace
@@ -189,6 +286,10 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
         return names;
     };
 
+    ExportChoices choices = request.choices;
+    if (choices.clean.hum != restoration::HumChoice::Off && !choices.sideHum)
+        choices.sideHum = humOfSide(request.exportFolder, count(), choices.clean.hum);
+
     EncoderPool::Cost cost;
     if (!legacy) {
         cost = [&](int track) {
@@ -207,14 +308,18 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             const std::string wav = trackFileName(request.exportFolder, track);
             if (request.beforeEncoding)
                 request.beforeEncoding(track);
-            EncodedTrack encoded = legacy ? legacyEncode(wav, trackNames(track), numberOf(track),
-                                                         request.normalise, peak)
-                                          : encodeAndTag(wav, trackNames(track), numberOf(track));
+            EncodedTrack encoded =
+                legacy ? legacyEncode(wav, trackNames(track), numberOf(track), request.normalise,
+                                      peak, choices)
+                       : encodeAndTag(wav, trackNames(track), numberOf(track), {}, choices);
             const auto at = static_cast<size_t>(track) - 1;
             if (!encoded.problem.failed() && at < request.releaseTags.size() &&
-                !request.releaseTags[at].empty() &&
-                !writeReleaseTags(encoded.mp3Path, request.releaseTags[at], request.tagText))
-                encoded.problem = {ExportProblem::Kind::CannotTag, encoded.mp3Path};
+                !request.releaseTags[at].empty()) {
+                for (const std::string& path : {encoded.mp3Path, encoded.flacPath})
+                    if (!path.empty() &&
+                        !writeReleaseTags(path, request.releaseTags[at], request.tagText))
+                        encoded.problem = {ExportProblem::Kind::CannotTag, path};
+            }
             return encoded;
         },
         cost);
@@ -280,6 +385,10 @@ std::vector<TrackOutcome> ExportPipeline::run(const ExportRequest& request,
             onTrackDone(outcome, count());
     }
     pool.stop();
+    if (request.choices.loudness)
+        tagSideLoudness(outcomes);
+    if (request.choices.sheets)
+        writeSideSheets(outcomes, request.artist, request.album);
     if (!outcomes.empty() &&
         std::all_of(outcomes.begin(), outcomes.end(), [](const TrackOutcome& o) { return o.ok; }))
         markExported(request.exportFolder);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "exporting/EncoderPool.h"
+#include "exporting/ExportChoices.h"
 #include "exporting/ExportNumbering.h"
 #include "exporting/ExportProblem.h"
 #include "exporting/LibraryImporter.h"
@@ -55,6 +56,8 @@ struct ExportRequest {
     // short: the running count and the four tags.
     std::vector<std::string> trackNumbers;
     std::vector<ReleaseTags> releaseTags;
+    // Formats, cleaning, loudness and sheets; the plain MP3 when left as it is.
+    ExportChoices choices;
 };
 
 // What became of one track.
@@ -63,8 +66,12 @@ struct TrackOutcome {
     std::string number; // the track number written into the tags
     std::string title;
     std::string wavPath;
-    std::string mp3Path;
-    std::string libraryPath; // where it sits in the music library, when it got there
+    std::string mp3Path;         // the file made first: the MP3, or the FLAC when only that is made
+    std::string flacPath;        // the lossless copy, when one is made beside an MP3 or alone
+    std::string libraryPath;     // where it sits in the music library, when it got there
+    std::string flacLibraryPath; // where its FLAC sits there, when one was made
+    std::vector<TrackLoudness> loudness;  // of the files made, in the order above, when measured
+    restoration::CleaningReport cleaning; // what cleaning repaired, when asked for
     bool ok = false;
     ExportProblem problem; // why it failed
     std::vector<TrackWarning> warnings;
@@ -123,11 +130,12 @@ private:
     const LibraryImporter& importer;
 };
 
-// The encoding half of a track, for a worker: the track file checked, encoded to the MP3
-// beside it (from `source` when that is set: the normalised copy), and tagged. Without a
-// `source`, an MP3 made behind the recording from the track file as it is now is taken
-// instead of encoding again.
+// The encoding half of a track, for a worker: the track file checked, encoded to the MP3 and
+// or the FLAC beside it (from `source` when that is set: the normalised copy), cleaned and
+// measured as `choices` say, and tagged. Without a `source` and without cleaning, an MP3 made
+// behind the recording from the track file as it is now is taken instead of encoding again.
 EncodedTrack encodeAndTag(const std::string& wavPath, const TrackNames& names,
-                          const std::string& number, const std::string& source = {});
+                          const std::string& number, const std::string& source = {},
+                          const ExportChoices& choices = {});
 
 } // namespace waxline::exporting

@@ -25,6 +25,7 @@ struct ExportProblem {
         NormaliseCannotCreate,  // path: "normalized.wav", detail
         NormaliseCannotWrite,   // path, detail
         NormaliseCannotFinish,  // path
+        CleaningFailed,         // path: the cleaned copy or the track file, detail
         CannotTag,              // path: the MP3
         ImportCannotMakeFolder, // path: the library folder, detail (may be empty)
         ImportCannotCreate,     // path: the library folder, detail

@@ -130,10 +130,11 @@ std::string LibraryImporter::safeComponent(const std::string& name, const std::s
 }
 
 std::string LibraryImporter::destinationFor(const std::string& artist, const std::string& album,
-                                            const std::string& title, int number) const {
+                                            const std::string& title, int number,
+                                            const std::string& fileType) const {
     char prefix[16];
     std::snprintf(prefix, sizeof prefix, "%02d ", number);
-    const std::string extension = ".mp3";
+    const std::string extension = "." + fileType;
     const size_t titleBytes = kMaxComponentBytes - std::strlen(prefix) - extension.size();
     const auto word = [&](const std::string& key) { return text ? text(key) : key; };
     return root + "/" + safeComponent(artist, word(kUnknownArtistKey)) + "/" +
@@ -146,7 +147,9 @@ LibraryImporter::Result LibraryImporter::importTrack(const std::string& mp3Path,
                                                      const std::string& album,
                                                      const std::string& title, int number) const {
     Result result;
-    result.path = destinationFor(artist, album, title, number);
+    const std::string fileType = fs::path(mp3Path).extension().string();
+    result.path = destinationFor(artist, album, title, number,
+                                 fileType.size() > 1 ? fileType.substr(1) : "mp3");
     const fs::path target(result.path);
     std::error_code ec;
     fs::create_directories(target.parent_path(), ec);

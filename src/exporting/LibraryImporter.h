@@ -34,14 +34,16 @@ public:
         ExportProblem problem; // why it failed
     };
 
-    // Copies the MP3 to its place in the library. An existing file there is replaced only by
-    // a complete copy: the data goes to a temporary name in the same folder first.
+    // Copies the encoded file (MP3 or FLAC) to its place in the library, under the file's own
+    // extension. An existing file there is replaced only by a complete copy: the data goes to
+    // a temporary name in the same folder first.
     Result importTrack(const std::string& mp3Path, const std::string& artist,
                        const std::string& album, const std::string& title, int number) const;
 
-    // Where importTrack puts a track.
+    // Where importTrack puts a track of the given extension (without the dot).
     std::string destinationFor(const std::string& artist, const std::string& album,
-                               const std::string& title, int number) const;
+                               const std::string& title, int number,
+                               const std::string& extension = "mp3") const;
 
     // One path component made safe: "/" becomes "-", control characters "_", leading dots "_",
     // surrounding blanks dropped, at most `maxBytes` bytes (cut on a UTF-8 character

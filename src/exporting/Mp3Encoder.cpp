@@ -138,25 +138,35 @@ EncodeResult runProgram(const std::vector<std::string>& argv) {
 }
 
 std::vector<std::string> encoderArguments(const std::string& program, const std::string& inputPath,
-                                          const std::string& mp3Path) {
+                                          const std::string& outputPath,
+                                          const EncoderDescription& encoding) {
     // The input is a file name argument, never a protocol or option: "file:" keeps a name
     // such as "-x.wav" or "a:b.wav" a plain path.
-    return {program,     "-nostdin", "-hide_banner",      "-loglevel", "error",
-            "-y",        "-i",       "file:" + inputPath, "-codec:a",  "libmp3lame",
-            "-qscale:a", "2",        "file:" + mp3Path};
+    std::vector<std::string> argv{program, "-nostdin", "-hide_banner", "-loglevel",
+                                  "error", "-y",       "-i",           "file:" + inputPath};
+    argv.insert(argv.end(), encoding.codecArguments.begin(), encoding.codecArguments.end());
+    argv.push_back("file:" + outputPath);
+    return argv;
 }
 
-EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path) {
+EncodeResult encodeFile(const std::string& inputPath, const std::string& outputPath,
+                        const EncoderDescription& encoding) {
     const std::string program = ffmpegProgram();
     if (program.empty()) {
         EncodeResult result;
         result.exitStatus = 127;
-        result.command = "ffmpeg -i " + quotedForLog(inputPath) +
-                         " -codec:a libmp3lame -qscale:a 2 " + quotedForLog(mp3Path);
+        result.command = "ffmpeg -i " + quotedForLog(inputPath);
+        for (const auto& word : encoding.codecArguments)
+            result.command += " " + word;
+        result.command += " " + quotedForLog(outputPath);
         result.launch = EncodeResult::Launch::NotFound;
         return result;
     }
-    return runProgram(encoderArguments(program, inputPath, mp3Path));
+    return runProgram(encoderArguments(program, inputPath, outputPath, encoding));
+}
+
+EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path) {
+    return encodeFile(inputPath, mp3Path, mp3Encoding());
 }
 
 ExportProblem encoderProblem(const EncodeResult& result) {
@@ -191,7 +201,7 @@ ExportProblem encoderProblem(const EncodeResult& result) {
 }
 
 EncodeResult encodeFileToMp3(const std::string& wavPath) {
-    return encodeToMp3(wavPath, mp3PathFor(wavPath));
+    return encodeToMp3(wavPath, encodedPathFor(wavPath, mp3Encoding()));
 }
 
 } // namespace waxline::exporting

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exporting/EncoderFormat.h"
 #include "exporting/ExportProblem.h"
 
 #include <string>
@@ -26,20 +27,25 @@ ExportProblem encoderProblem(const EncodeResult& result);
 // first executable "ffmpeg" on PATH; empty when there is none.
 std::string ffmpegProgram();
 
-// The export's encoder command: PROGRAM -i WAV -codec:a libmp3lame -qscale:a 2 MP3, with the
-// options that keep ffmpeg quiet and non-interactive. Every MP3 is made with exactly this.
+// The export's encoder command: PROGRAM -i WAV, the encoding's codec options, OUTPUT, with the
+// options that keep ffmpeg quiet and non-interactive. Every exported file is made with this.
 std::vector<std::string> encoderArguments(const std::string& program, const std::string& inputPath,
-                                          const std::string& mp3Path);
+                                          const std::string& outputPath,
+                                          const EncoderDescription& encoding = mp3Encoding());
 
 // Runs a program with an argument vector, no shell: standard input is /dev/null, standard
 // output and error are collected. Blocks the calling thread until the program ends.
 EncodeResult runProgram(const std::vector<std::string>& argv);
 
-// Encodes the track's WAV file to the MP3 beside it (same base name), overwriting it:
-// ffmpeg -i WAV -codec:a libmp3lame -qscale:a 2 MP3. Safe to call from several threads.
+// Encodes the track's WAV file to the MP3 beside it (same base name), overwriting it, with
+// mp3Encoding(). Safe to call from several threads.
 EncodeResult encodeFileToMp3(const std::string& wavPath);
 
 // Same, from any input file to a chosen output file.
 EncodeResult encodeToMp3(const std::string& inputPath, const std::string& mp3Path);
+
+// Any encoding, from any input file to a chosen output file, overwriting it.
+EncodeResult encodeFile(const std::string& inputPath, const std::string& outputPath,
+                        const EncoderDescription& encoding);
 
 } // namespace waxline::exporting

@@ -50,12 +50,14 @@ bool allDigits(const std::string& text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// "WXRTTmpFile.<n>.mp3" and what encoding behind the recording leaves ("<n>.early.mp3", its
+// "WXRTTmpFile.<n>.mp3" or ".flac" and what encoding behind the recording leaves ("<n>.early.mp3",
+// its
 // ".early.stamp", a half-made "<n>.encoding.mp3"): all made from an old track file.
 bool isMadeFromTrack(const std::string& name) {
     if (!startsWith(name, kMp3Prefix))
         return false;
-    for (const std::string suffix : {".mp3", ".early.mp3", ".early.stamp", ".encoding.mp3"}) {
+    for (const std::string suffix :
+         {".mp3", ".flac", ".early.mp3", ".early.stamp", ".encoding.mp3"}) {
         const size_t prefix = std::strlen(kMp3Prefix);
         if (name.size() > prefix + suffix.size() &&
             name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0 &&

@@ -47,12 +47,12 @@ bool isUtf8(const unsigned char* p) {
     return true;
 }
 
+} // namespace
+
 std::mutex& taglibUse() {
     static std::mutex use;
     return use;
 }
-
-} // namespace
 
 TaglibTagger::TaglibTagger(const char* path, TagText text)
     : exclusive(taglibUse())

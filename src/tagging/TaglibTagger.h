@@ -13,6 +13,9 @@ namespace waxline {
 
 class TagFileStream;
 
+// Held by whatever opens a file through TagLib: it fills some tables lazily without a lock.
+std::mutex& taglibUse();
+
 // Writes the four tags of one exported file through TagLib's format-neutral property map.
 // Made, set and destroyed as a local: the file is saved when the tagger goes.
 // Keys are always Latin-1; values are read as `text` says. Callers must not convert first.

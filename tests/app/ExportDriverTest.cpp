@@ -97,6 +97,38 @@ TEST(ExportDriver, OneTrackIsNamedFromPanelFourAndTheRunEndsOnPanelSix) {
     EXPECT_TRUE(e.alerts.shown.empty());
 }
 
+// The naming panel's two choices decide what the run files: MP3s alone, or with the FLACs of
+// the recording and the side's sheets beside them.
+TEST(ExportDriver, TheNamingPanelsChoicesDecideWhatIsFiled) {
+    const struct {
+        const char* name;
+        bool clean, lossless;
+        std::vector<std::string> files;
+    } rows[] = {
+        {"neither", false, false, {"A/B/01 x.mp3", "A/B/02 y.mp3"}},
+        {"cleaned only", true, false, {"A/B/01 x.mp3", "A/B/02 y.mp3"}},
+        {"both",
+         true,
+         true,
+         {"A/B/01 x.flac", "A/B/01 x.mp3", "A/B/01-02 B.cue", "A/B/01-02 B.txt", "A/B/02 y.flac",
+          "A/B/02 y.mp3"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Exporter e;
+        e.record(2);
+        e.name("A", "B", {"x", "y"});
+        e.views.cleanChoice = row.clean;
+        e.views.losslessChoice = row.lossless;
+        ASSERT_TRUE(e.exportAndWait());
+        EXPECT_EQ(e.libraryFiles(), row.files);
+        if (row.lossless) {
+            EXPECT_EQ(waxline::test::decodedPcm(e.library + "/A/B/01 x.flac"),
+                      waxline::test::decodedPcm(e.capture.fileNameForTrack(1)));
+        }
+    }
+}
+
 // Artist and album left empty and track 11 unnamed: the catalogue's words stand in.
 TEST(ExportDriver, SeveralTracksAreNamedFromPanelsSevenToTenWithProgressToTheEnd) {
     Exporter e;

@@ -20,6 +20,8 @@ public:
     bool chrome = false;
     bool split = false;
     bool splitButtonVisible = true;
+    bool cleanChoice = false;    // "Remove clicks and hum" on the naming panel
+    bool losslessChoice = false; // "Also keep a lossless copy (FLAC)"
     std::vector<unsigned> metersStarted;
     std::vector<unsigned> metersStopped;
     std::map<Field, QString> texts;
@@ -41,6 +43,8 @@ public:
     }
     bool selectedDeviceIsTurntable() const override { return turntable; }
     bool selectedTapeIsChrome() const override { return chrome; }
+    bool removeClicksAndHum(unsigned) const override { return cleanChoice; }
+    bool keepLosslessCopy(unsigned) const override { return losslessChoice; }
     bool automaticallySplitTracks() const override { return split; }
     void setSplitButtonVisibility(bool visible) override { splitButtonVisible = visible; }
     std::unique_ptr<QTimer> startMetering(unsigned panel) override {

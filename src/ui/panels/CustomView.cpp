@@ -159,6 +159,8 @@ void CustomView::connectOutlets() {
     selectDeviceOrbitDisc = findChild<SKShapedButton*>(QStringLiteral("selectDeviceOrbitDisc"));
     selectDeviceReelRunner = findChild<SKShapedButton*>(QStringLiteral("selectDeviceReelRunner"));
     automaticallySplitTracks = findChild<QCheckBox*>(QStringLiteral("automaticallySplitTracks"));
+    removeClicksAndHum = findChild<QCheckBox*>(QStringLiteral("removeClicksAndHum"));
+    keepLosslessCopy = findChild<QCheckBox*>(QStringLiteral("keepLosslessCopy"));
     normalTapeButton = findChild<SKShapedButton*>(QStringLiteral("normalTapeButton"));
     chromeTapeButton = findChild<SKShapedButton*>(QStringLiteral("chromeTapeButton"));
 }
@@ -360,6 +362,14 @@ bool CustomView::getSelectedTapeTypeIsChrome() const {
 
 bool CustomView::getAutomaticallySplitTracks() const {
     return automaticallySplitTracks && automaticallySplitTracks->isChecked();
+}
+
+bool CustomView::getRemoveClicksAndHum() const {
+    return removeClicksAndHum && removeClicksAndHum->isChecked();
+}
+
+bool CustomView::getKeepLosslessCopy() const {
+    return keepLosslessCopy && keepLosslessCopy->isChecked();
 }
 
 void CustomView::setSplitButtonVisibility(bool flag) {

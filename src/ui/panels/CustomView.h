@@ -46,6 +46,9 @@ public:
     bool getSelectedDeviceIsTurtable() const;
     bool getSelectedTapeTypeIsChrome() const;
     bool getAutomaticallySplitTracks() const;
+    // The naming panels' export choices for the run.
+    bool getRemoveClicksAndHum() const;
+    bool getKeepLosslessCopy() const;
     void setSplitButtonVisibility(bool flag);
 
     // Metering: the caller owns the returned repeating timer and deletes it to stop.
@@ -131,6 +134,8 @@ private:
     QPointer<SKShapedButton> selectDeviceOrbitDisc;
     QPointer<SKShapedButton> selectDeviceReelRunner;
     QPointer<QCheckBox> automaticallySplitTracks;
+    QPointer<QCheckBox> removeClicksAndHum;
+    QPointer<QCheckBox> keepLosslessCopy;
     QPointer<SKShapedButton> normalTapeButton;
     QPointer<SKShapedButton> chromeTapeButton;
 

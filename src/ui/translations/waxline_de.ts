@@ -853,5 +853,15 @@
         <extracomment>Lookup dialog: nothing found; a status line</extracomment>
         <translation>Nichts gefunden. Prüfen Sie die Schreibweise, oder geben Sie die Namen ein.</translation>
     </message>
+    <message>
+        <source>IDS_CLEAN_CHOICE</source>
+        <extracomment>Check box on the naming panels: the MP3s of this run are cleaned of clicks, crackle and mains hum (the recording itself is kept as it is); a label: at most 30 characters</extracomment>
+        <translation>Knackser und Brummen entfernen</translation>
+    </message>
+    <message>
+        <source>IDS_LOSSLESS_CHOICE</source>
+        <extracomment>Check box on the naming panels: each track is also saved as an untouched FLAC file beside its MP3; a label: at most 34 characters</extracomment>
+        <translation>Verlustfreie Kopie (FLAC) behalten</translation>
+    </message>
 </context>
 </TS>

@@ -853,5 +853,15 @@
         <extracomment>Lookup dialog: nothing found; a status line</extracomment>
         <translation>Nothing was found. Check the spelling, or type the names.</translation>
     </message>
+    <message>
+        <source>IDS_CLEAN_CHOICE</source>
+        <extracomment>Check box on the naming panels: the MP3s of this run are cleaned of clicks, crackle and mains hum (the recording itself is kept as it is); a label: at most 30 characters</extracomment>
+        <translation>Remove clicks and hum</translation>
+    </message>
+    <message>
+        <source>IDS_LOSSLESS_CHOICE</source>
+        <extracomment>Check box on the naming panels: each track is also saved as an untouched FLAC file beside its MP3; a label: at most 34 characters</extracomment>
+        <translation>Also keep a lossless copy (FLAC)</translation>
+    </message>
 </context>
 </TS>

@@ -159,7 +159,7 @@
   [2]
   $ fresh 1; waxline-cli export --export-dir "$ex" --album B --library Music; echo "[$?]"
   waxline-cli export: --artist and --album are needed (they may be empty: "")
-  Usage: waxline-cli export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags]
+  Usage: waxline-cli export --artist A --album B [--title T]... [--normalise] [--tracks N] [--export-dir DIR] [--library DIR] [--jobs N] [--unicode-tags] [--format mp3|flac|both] [--clean clicks,hum] [--clean-flac] [--loudness] [--sheets]
   [2]
 
 # Unicode names read back as typed with --unicode-tags, and as Latin-1 bytes read as UTF-8 without.
