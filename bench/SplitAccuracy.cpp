@@ -21,8 +21,9 @@
 // right when only segue boundaries are missing. A boundary "in music" lies inside a track
 // (further than 1 s from a segue point) or in a stretch where none may fall (lead-in, run-out,
 // tape leader, pianissimo).
+#include "GapContext.h"
+
 #include "filters/AudioFilter.h"
-#include "filters/GapContext.h"
 #include "filters/GapDetector.h"
 #include "filters/ProposalTrust.h"
 #include "filters/SideAnalyser.h"
@@ -450,7 +451,7 @@ int main(int argc, char** argv) {
     std::FILE* gapsFile = gapsPath.empty() ? nullptr : std::fopen(gapsPath.c_str(), "w");
     if (gapsFile)
         std::fprintf(gapsFile, "side,part,category,label,at,seconds,confidence,position,"
-                               "timbre,step,fade,attack,measured\n");
+                               "timbre,step,fade,attack,measured,novelty\n");
     for (const fs::path& truthPath : sides) {
         Truth truth;
         fs::path wav = truthPath;
@@ -487,9 +488,9 @@ int main(int argc, char** argv) {
         const SideSplitter splitter(std::move(scanned.features));
         const double learn = scanned.scanCpu + cpuSeconds() - t0;
         if (gapsFile) {
-            const double musicSeconds = static_cast<double>(splitter.propose().musicEnd -
-                                                            splitter.propose().musicStart) /
-                                        rate;
+            const double musicSeconds =
+                static_cast<double>(splitter.propose().musicEnd - splitter.propose().musicStart) /
+                rate;
             const double musicFrom = static_cast<double>(splitter.propose().musicStart) / rate;
             for (const SplitBoundary& b : splitter.quietStretches()) {
                 const double at = static_cast<double>(b.sample) / rate;
@@ -497,11 +498,12 @@ int main(int argc, char** argv) {
                 for (const Span& g : truth.gaps)
                     inGap = inGap || (at >= g.start && at <= g.end);
                 const GapContext c = GapContext::measure(splitter, b);
-                std::fprintf(gapsFile, "%s,%s,%s,%d,%.2f,%.2f,%.3f,%.3f,%.3f,%.3f,%.3f,%.3f,%.1f\n",
+                std::fprintf(gapsFile,
+                             "%s,%s,%s,%d,%.2f,%.2f,%.3f,%.3f,%.3f,%.3f,%.3f,%.3f,%.1f,%.3f\n",
                              truth.name.c_str(), truth.part.c_str(), truth.category.c_str(),
                              inGap ? 1 : 0, at, b.cleanSeconds, b.confidence,
                              (at - musicFrom) / musicSeconds, c.timbreDistance, c.levelStep,
-                             c.fadeBefore, c.attackAfter, c.shortestSide);
+                             c.fadeBefore, c.attackAfter, c.shortestSide, c.novelty);
             }
         }
         std::vector<int64_t> live;

@@ -40,8 +40,8 @@ constexpr double kDipSpacingSeconds = 5;
 constexpr size_t kMaxDips = 3 * SideSplitter::kMaxTracks;
 constexpr double kDipConfidence = 0.02;
 constexpr double kSegueReachSeconds = 3; // how far a quiet moment may lie from its cross-fade
-constexpr double kLowBandTopHz = 800; // soft music keeps its energy low; hiss and clicks do not
-constexpr size_t kLowBandReach = 5;   // frames either side of the median that steadies it
+constexpr double kLowBandTopHz = 800;    // soft music keeps its energy low; hiss and clicks do not
+constexpr size_t kLowBandReach = 5;      // frames either side of the median that steadies it
 
 float median(std::vector<float>& values) {
     if (values.empty())

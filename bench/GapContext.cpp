@@ -1,4 +1,4 @@
-#include "filters/GapContext.h"
+#include "GapContext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,6 +46,19 @@ Summary summarise(const SideSplitter& splitter, long start, long step, size_t ed
     return s;
 }
 
+// The mean absolute difference of two spectra in dB over the bins, their mean difference (a
+// loudness step, measured apart) taken out: how far their shapes differ.
+double shapeDistance(const std::vector<double>& a, const std::vector<double>& b) {
+    double mean = 0;
+    for (size_t i = 0; i < a.size(); ++i)
+        mean += b[i] - a[i];
+    mean /= static_cast<double>(a.size());
+    double distance = 0;
+    for (size_t i = 0; i < a.size(); ++i)
+        distance += std::fabs(b[i] - a[i] - mean);
+    return distance / static_cast<double>(a.size());
+}
+
 // The mean level over `count` frames walking from `start` by `step`, digital silence as floor.
 double meanLevel(const SideFeatures& side, long start, long step, size_t count) {
     const long n = static_cast<long>(side.frames());
@@ -71,18 +84,22 @@ GapContext GapContext::measure(const SideSplitter& splitter, const SplitBoundary
     const auto reach = static_cast<size_t>(kReachSeconds / frameSeconds);
     const Summary before = summarise(splitter, first - 1, -1, edge, reach);
     const Summary after = summarise(splitter, last, 1, edge, reach);
+    // The same piece either side differs across the quiet no more than within either side.
+    const Summary nearBefore = summarise(splitter, first - 1, -1, edge, reach / 2);
+    const Summary farBefore = summarise(splitter, first - 1, -1, edge + reach / 2, reach / 2);
+    const Summary nearAfter = summarise(splitter, last, 1, edge, reach / 2);
+    const Summary farAfter = summarise(splitter, last, 1, edge + reach / 2, reach / 2);
+    if (nearBefore.frames > 0 && farBefore.frames > 0 && nearAfter.frames > 0 &&
+        farAfter.frames > 0) {
+        const double across = shapeDistance(nearBefore.spectrum, nearAfter.spectrum);
+        const double within = 0.5 * (shapeDistance(nearBefore.spectrum, farBefore.spectrum) +
+                                     shapeDistance(nearAfter.spectrum, farAfter.spectrum));
+        c.novelty = across / std::max(within, 0.1);
+    }
     c.shortestSide = static_cast<double>(std::min(before.frames, after.frames)) * frameSeconds;
     if (before.frames == 0 || after.frames == 0)
         return c;
-    // Shape only: the mean difference over the bins is the loudness step, measured apart.
-    double mean = 0;
-    for (size_t b = 0; b < side.bins; ++b)
-        mean += after.spectrum[b] - before.spectrum[b];
-    mean /= static_cast<double>(side.bins);
-    double distance = 0;
-    for (size_t b = 0; b < side.bins; ++b)
-        distance += std::fabs(after.spectrum[b] - before.spectrum[b] - mean);
-    c.timbreDistance = distance / static_cast<double>(side.bins);
+    c.timbreDistance = shapeDistance(before.spectrum, after.spectrum);
     c.levelStep = after.level - before.level;
     const auto second = static_cast<size_t>(1.0 / frameSeconds);
     c.fadeBefore = before.level - meanLevel(side, first - 1, -1, second);

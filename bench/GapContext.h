@@ -4,7 +4,8 @@
 
 namespace Sonra::Audio::Filters {
 
-// What the music either side of a quiet stretch says about it. A rest inside a piece is
+// What the music either side of a quiet stretch says about it, for split_accuracy's --gaps
+// table, from which gap classifiers are fitted and compared. A rest inside a piece is
 // followed by more of the same piece: the same timbre, about the same loudness. A gap between
 // tracks usually follows a fade or a ringing-out and comes before a new sound.
 struct GapContext {
@@ -12,6 +13,7 @@ struct GapContext {
     double levelStep = 0;      // dB: the music after against the music before
     double fadeBefore = 0;     // dB: how far the last second before the quiet lies below the music
     double attackAfter = 0;    // dB: the same for the first second after it
+    double novelty = 0;        // the timbre change across the quiet over that within either side
     double shortestSide = 0;   // seconds of music measured on the shorter side
 
     // Seconds of music either side it compares, leaving out the edges next to the quiet.
