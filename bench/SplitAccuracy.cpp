@@ -6,6 +6,11 @@
 // the live splits when it is worse. Prints figures; it is a benchmark, not a test.
 //
 //   split_accuracy [--corpus DIR] [--part held-out|development|all] [--cache DIR] [--verbose]
+//                  [--gaps FILE]
+//
+// With --gaps, every quiet stretch the splitter considers is written to FILE as a CSV row: its
+// side, what the truth says it is (1 a gap between tracks, 0 anything else), and what the
+// splitter and GapContext measure of it, for fitting and checking a gap classifier.
 //
 // With --cache, what the audio yields (the side's features, the live splits, the track finder's
 // starts and their processor time) is kept per side in DIR and read back on later runs, so a
@@ -16,6 +21,8 @@
 // right when only segue boundaries are missing. A boundary "in music" lies inside a track
 // (further than 1 s from a segue point) or in a stretch where none may fall (lead-in, run-out,
 // tape leader, pianissimo).
+#include "GapContext.h"
+
 #include "filters/AudioFilter.h"
 #include "filters/GapDetector.h"
 #include "filters/ProposalTrust.h"
@@ -404,6 +411,7 @@ int main(int argc, char** argv) {
     std::string part = "held-out";
     std::string cache;
     bool verbose = false;
+    std::string gapsPath;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         if (a == "--corpus" && i + 1 < argc)
@@ -414,9 +422,12 @@ int main(int argc, char** argv) {
             cache = argv[++i];
         else if (a == "--verbose")
             verbose = true;
+        else if (a == "--gaps" && i + 1 < argc)
+            gapsPath = argv[++i];
         else {
             std::fprintf(stderr, "usage: split_accuracy [--corpus DIR] "
-                                 "[--part held-out|development|all] [--cache DIR] [--verbose]\n");
+                                 "[--part held-out|development|all] [--cache DIR] [--verbose] "
+                                 "[--gaps FILE]\n");
             return 2;
         }
     }
@@ -437,6 +448,10 @@ int main(int argc, char** argv) {
     }
 
     std::map<std::string, Tally[Methods]> tallies;
+    std::FILE* gapsFile = gapsPath.empty() ? nullptr : std::fopen(gapsPath.c_str(), "w");
+    if (gapsFile)
+        std::fprintf(gapsFile, "side,part,category,label,at,seconds,confidence,position,"
+                               "timbre,step,fade,attack,measured,novelty\n");
     for (const fs::path& truthPath : sides) {
         Truth truth;
         fs::path wav = truthPath;
@@ -472,6 +487,25 @@ int main(int argc, char** argv) {
         double t0 = cpuSeconds();
         const SideSplitter splitter(std::move(scanned.features));
         const double learn = scanned.scanCpu + cpuSeconds() - t0;
+        if (gapsFile) {
+            const double musicSeconds =
+                static_cast<double>(splitter.propose().musicEnd - splitter.propose().musicStart) /
+                rate;
+            const double musicFrom = static_cast<double>(splitter.propose().musicStart) / rate;
+            for (const SplitBoundary& b : splitter.quietStretches()) {
+                const double at = static_cast<double>(b.sample) / rate;
+                bool inGap = false;
+                for (const Span& g : truth.gaps)
+                    inGap = inGap || (at >= g.start && at <= g.end);
+                const GapContext c = GapContext::measure(splitter, b);
+                std::fprintf(gapsFile,
+                             "%s,%s,%s,%d,%.2f,%.2f,%.3f,%.3f,%.3f,%.3f,%.3f,%.3f,%.1f,%.3f\n",
+                             truth.name.c_str(), truth.part.c_str(), truth.category.c_str(),
+                             inGap ? 1 : 0, at, b.cleanSeconds, b.confidence,
+                             (at - musicFrom) / musicSeconds, c.timbreDistance, c.levelStep,
+                             c.fadeBefore, c.attackAfter, c.shortestSide, c.novelty);
+            }
+        }
         std::vector<int64_t> live;
         for (double s : scanned.liveSplits)
             live.push_back(static_cast<int64_t>(std::llround(s * rate)));
@@ -547,5 +581,7 @@ int main(int argc, char** argv) {
                    "right / all of them; worse*: notice shown for a proposal worse than the "
                    "live splits)",
                tallies);
+    if (gapsFile)
+        std::fclose(gapsFile);
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "filters/SideSplitter.h"
 
+#include "filters/CrossFade.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -37,8 +39,9 @@ constexpr double kMinTrackSeconds = 12;
 constexpr double kDipSpacingSeconds = 5;
 constexpr size_t kMaxDips = 3 * SideSplitter::kMaxTracks;
 constexpr double kDipConfidence = 0.02;
-constexpr double kLowBandTopHz = 800; // soft music keeps its energy low; hiss and clicks do not
-constexpr size_t kLowBandReach = 5;   // frames either side of the median that steadies it
+constexpr double kSegueReachSeconds = 3; // how far a quiet moment may lie from its cross-fade
+constexpr double kLowBandTopHz = 800;    // soft music keeps its energy low; hiss and clicks do not
+constexpr size_t kLowBandReach = 5;      // frames either side of the median that steadies it
 
 float median(std::vector<float>& values) {
     if (values.empty())
@@ -420,10 +423,33 @@ double SideSplitter::secondsOf(size_t frame) const {
     return (static_cast<double>(frame) + 0.5) * side.frameSeconds();
 }
 
+SideSplitter::Candidate SideSplitter::atCrossFade(const Candidate& c) const {
+    // A quiet moment in the music that the sleeve says ends a track is most likely the soft
+    // middle of a cross-fade; the boundary belongs where the one piece turns into the other.
+    if (c.seconds > 0)
+        return c;
+    // A quiet moment inside a long quiet stretch is a gap's, not a cross-fade's.
+    for (const Candidate& q : candidates)
+        if (c.quietest >= q.first && c.quietest < q.last)
+            return c;
+    const auto reach = static_cast<size_t>(kSegueReachSeconds / side.frameSeconds());
+    const size_t from = std::max(c.quietest >= reach ? c.quietest - reach : 0, musicFirst);
+    const size_t to = std::min(c.quietest + reach + 1, musicLast);
+    const size_t f = CrossFade::middle(side, from, to, c.quietest);
+    return {f, f + 1, f, c.confidence, 0};
+}
+
 SplitBoundary SideSplitter::boundaryAt(const Candidate& c, double confidence) const {
     return {sampleOf(c.quietest), static_cast<float>(confidence),
             std::min(static_cast<int64_t>(c.first * side.hop), side.inputFrames),
             std::min(static_cast<int64_t>(c.last * side.hop), side.inputFrames), c.seconds};
+}
+
+std::vector<SplitBoundary> SideSplitter::quietStretches() const {
+    std::vector<SplitBoundary> all;
+    for (const Candidate& c : candidates)
+        all.push_back(boundaryAt(c, c.confidence));
+    return all;
 }
 
 SplitProposal SideSplitter::emptyProposal() const {
@@ -607,7 +633,7 @@ SplitProposal SideSplitter::proposeDurations(const std::vector<double>& seconds)
         const double t = secondsOf(c.quietest);
         // A gap far from where the sleeve puts it is less certain than the gap alone.
         const double fit = std::exp(-0.5 * misfit(t - previous, i));
-        p.boundaries.push_back(boundaryAt(c, c.confidence * std::max(fit, 0.25)));
+        p.boundaries.push_back(boundaryAt(atCrossFade(c), c.confidence * std::max(fit, 0.25)));
         previous = t;
     }
     return p;

@@ -53,6 +53,8 @@ public:
     // Per analysis frame: tonal peaks above the groove noise, counted up to 3.
     const std::vector<uint8_t>& tonalPeaks() const { return tonal; }
     const SideFeatures& features() const { return side; }
+    // Every quiet stretch inside the music that could hold a boundary, clear or not, in order.
+    std::vector<SplitBoundary> quietStretches() const;
     // The lowest level above the groove noise, in dB, over side frames [from, to): how sure it
     // is that the stretch holds music throughout. Minus infinity outside the side.
     float musicMargin(int64_t from, int64_t to) const;
@@ -76,6 +78,7 @@ private:
     void findDips();
     SplitProposal emptyProposal() const;
     SplitBoundary boundaryAt(const Candidate& c, double confidence) const;
+    Candidate atCrossFade(const Candidate& c) const;
     int64_t sampleOf(size_t frame) const;
     double secondsOf(size_t frame) const;
 
