@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/SharedText.h"
 
 #include "exporting/ExportFolders.h"
 #include "splitting/SideRecut.h"
@@ -24,10 +25,6 @@ namespace {
 
 QString localizedPlainText(const std::string& key) {
     return ui::plainTextOf(ui::localizedKey(QString::fromStdString(key)));
-}
-
-QString text(const std::string& value) {
-    return QString::fromStdString(value);
 }
 
 // The catalogue's words for a recording that ended by itself, with what they mention.

@@ -1,4 +1,5 @@
 #include "app/ExportReport.h"
+#include "app/SharedText.h"
 
 #include "app/MessageBoxAlerts.h"
 #include "exporting/EarlyEncoder.h"
@@ -15,10 +16,6 @@ namespace {
 
 QString words(const char* key, const QStringList& arguments = {}) {
     return alertText(QString::fromLatin1(key), arguments);
-}
-
-QString text(const std::string& value) {
-    return QString::fromStdString(value);
 }
 
 bool diskFull(const ExportProblem& problem) {

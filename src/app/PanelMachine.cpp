@@ -1,4 +1,5 @@
 #include "app/PanelMachine.h"
+#include "app/SharedText.h"
 
 #include "capture/RecordingSequence.h"
 
@@ -8,8 +9,6 @@
 namespace waxline::app {
 
 namespace {
-
-const QString warningKey = QStringLiteral("IDS_WARNING");
 
 // Panels 11 and 12 are reached only after the device check said a preset must be chosen.
 void requirePresetChoice(const CaptureControl& capture, const char* action) {

@@ -1,4 +1,5 @@
 #include "app/RecordingControl.h"
+#include "app/SharedText.h"
 
 #include "exporting/ExportFolders.h"
 
@@ -13,7 +14,6 @@ namespace waxline::app {
 namespace {
 
 constexpr std::chrono::seconds elapsedInterval{1};
-const QString warningKey = QStringLiteral("IDS_WARNING");
 
 } // namespace
 

@@ -1,4 +1,5 @@
 #include "app/SplitReview.h"
+#include "app/SharedText.h"
 
 #include "filters/ProposalTrust.h"
 #include "splitting/SideRecut.h"
@@ -21,12 +22,6 @@ using Sonra::Audio::Filters::SplitBoundary;
 using Sonra::Audio::Filters::SplitProposal;
 
 namespace {
-
-const QString warningKey = QStringLiteral("IDS_WARNING");
-
-QString text(const std::string& value) {
-    return QString::fromStdString(value);
-}
 
 // Analysis frames either side of a frame the quietness is averaged over (about a fifth of a
 // second in all), so a single quiet instant between two notes does not win.

@@ -68,7 +68,7 @@ void printCleaning(const TrackOutcome& o, const ExportChoices& choices) {
         std::fprintf(userOut(), "  clicks repaired: %zu (%zu samples)\n", o.cleaning.clicks,
                      o.cleaning.samplesRepaired);
     if (choices.clean.hum != restoration::HumChoice::Off)
-        std::fprintf(userOut(), "  %s\n", describe(o.cleaning.hum).c_str());
+        std::fprintf(userOut(), "  %s\n", cli::describe(o.cleaning.hum).c_str());
     if (!o.loudness.empty())
         std::fprintf(userOut(), "  loudness: %.1f LUFS, ReplayGain %s\n", o.loudness[0].integrated,
                      replayGainText(o.loudness[0].integrated).c_str());

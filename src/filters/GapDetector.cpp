@@ -7,7 +7,7 @@
 namespace Sonra::Audio::Filters {
 namespace {
 
-constexpr float kFrameSeconds = 0.5f;
+constexpr float kGapFrameSeconds = 0.5f;
 constexpr float kGapStartSeconds = 1.5f;  // silence longer than this starts a gap
 constexpr float kSoundReturnSeconds = 10; // sound longer than this ends the silence
 constexpr float kAlbumEndSeconds = 60;    // silence longer than this ends the side
@@ -118,7 +118,7 @@ bool GapDetector::ProcessFrameBuffer() {
 
     const float threshold = maxAAM < kClearlyPresentAAM ? maxAAM + 1 : kSilenceThresholdAAM;
     if (threshold > a) {
-        silentSeconds += kFrameSeconds;
+        silentSeconds += kGapFrameSeconds;
         soundSeconds = 0;
         if (silentSeconds > kGapStartSeconds)
             silence = true;
@@ -129,7 +129,7 @@ bool GapDetector::ProcessFrameBuffer() {
         return false;
     }
     // A sounding frame; a NaN level lands here too.
-    soundSeconds += kFrameSeconds;
+    soundSeconds += kGapFrameSeconds;
     if (soundSeconds > kSoundReturnSeconds) {
         silence = false;
         silentSeconds = 0;

@@ -2,13 +2,13 @@
 
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 
 namespace Sonra::Audio::Filters {
 namespace {
 
 constexpr double kQ13 = 8192;
 constexpr double kPi = 3.141592653589793;
-constexpr double kTwoPi = 6.283185307179586;
 
 // Conversion toward zero to a 64-bit integer as the hardware does it: a value out of range (or
 // NaN, as a zero sample rate gives) becomes INT64_MIN instead of undefined behaviour.
@@ -30,7 +30,8 @@ void GapDetector::SetFilter_BP(FilterParams* params, float centre, short halfWid
     // Doubled in 16-bit arithmetic: a half-width of 20000 wraps to -25536.
     const short width = static_cast<short>(2 * halfWidth);
     const double C = 1.0 / std::tan(static_cast<double>(width) * kPi / sampleRate);
-    const double D = 2.0 * std::cos(static_cast<double>(centre) * kTwoPi / sampleRate);
+    const double D =
+        2.0 * std::cos(static_cast<double>(centre) * 2 * std::numbers::pi / sampleRate);
     const double g = 1.0 / (C + 1.0);
     // 2g in Q13: the band-pass peaks at a gain of 2.
     params->b0 = truncate(g * kQ13 + g * kQ13);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <stdexcept>
 
 namespace Sonra::Audio::Filters {
@@ -12,7 +13,6 @@ constexpr double kAnalysisRate = 11025; // enough for the band the splitter look
 constexpr double kHighPassHz = 200;
 constexpr double kLowestBinHz = 150; // below: rumble, hum and bass, which say little
 constexpr double kHighestBinHz = 4500;
-constexpr double kTwoPi = 6.283185307179586;
 // The level is the lower third of |x| of the differenced signal; for Gaussian noise that
 // quantile is 0.4307 sigma, which turns it into an RMS.
 constexpr size_t kLevelRank = kFrameSize / 3;
@@ -36,7 +36,7 @@ SideAnalyser::SideAnalyser(unsigned sampleRate)
     result.firstBinHz = static_cast<double>(firstBin) * result.binHz;
 
     // Second-order Butterworth high-pass by the bilinear transform.
-    const double k = std::tan(kTwoPi * kHighPassHz / rate / 2);
+    const double k = std::tan(2 * std::numbers::pi * kHighPassHz / rate / 2);
     const double q = 1 / std::sqrt(2.0);
     const double norm = 1 / (1 + k / q + k * k);
     hp[0] = norm;
@@ -49,8 +49,9 @@ SideAnalyser::SideAnalyser(unsigned sampleRate)
     slopes.resize(kFrameSize);
     window.resize(kFrameSize);
     for (size_t i = 0; i < kFrameSize; ++i)
-        window[i] = static_cast<float>(0.5 - 0.5 * std::cos(kTwoPi * static_cast<double>(i) /
-                                                            static_cast<double>(kFrameSize)));
+        window[i] =
+            static_cast<float>(0.5 - 0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) /
+                                                    static_cast<double>(kFrameSize)));
     windowed.resize(kFrameSize);
     power.resize(kFrameSize / 2 + 1);
     magnitudes.resize(kFrameSize);

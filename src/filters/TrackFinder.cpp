@@ -11,7 +11,7 @@ using TrackItem = GapDetector::TrackItem;
 
 constexpr int32_t kSound = 0;
 constexpr int32_t kSilence = 1;
-constexpr float kFrameSeconds = 0.5f;
+constexpr float kFinderFrameSeconds = 0.5f;
 constexpr float kNoPreviousZone = 9999999;
 constexpr float kNoiseMinSeconds = 45; // sound this long is music, not lead-in or run-out noise
 constexpr float kShortGapSeconds = 1.5f;
@@ -74,7 +74,7 @@ void GapDetector::FindTracks(std::vector<TrackItem>& tracks) {
             zones.push_back({sound ? kSound : kSilence, clock, 0, 0});
             inSilence = !sound;
         }
-        clock += kFrameSeconds;
+        clock += kFinderFrameSeconds;
     }
     const float total = static_cast<float>(static_cast<double>(aamHistory.size()) * 0.5);
     zones.back().duration = clock - zones.back().start;

@@ -10,7 +10,7 @@ namespace waxline {
 
 namespace {
 
-constexpr size_t kBlockFrames = 16384;
+constexpr size_t kReadBlockFrames = 16384;
 
 } // namespace
 
@@ -73,7 +73,7 @@ SideOpen openRecordedSide(const std::string& folder, int tracks) {
 bool readSide(const RecordedSide& side,
               const std::function<void(const float* interleaved, size_t frames)>& consume,
               const std::atomic<bool>* cancel) {
-    std::vector<float> block(kBlockFrames * std::max(1u, side.channels));
+    std::vector<float> block(kReadBlockFrames * std::max(1u, side.channels));
     for (int t = 1; t <= side.tracks(); ++t) {
         SoundFile file(trackFilePath(side.folder, t));
         if (!file || static_cast<unsigned>(file.info().channels) != side.channels)
@@ -82,7 +82,7 @@ bool readSide(const RecordedSide& side,
         while (left > 0) {
             if (cancel && cancel->load(std::memory_order_relaxed))
                 return false;
-            const auto want = static_cast<sf_count_t>(std::min<int64_t>(left, kBlockFrames));
+            const auto want = static_cast<sf_count_t>(std::min<int64_t>(left, kReadBlockFrames));
             const sf_count_t got = sf_readf_float(file.get(), block.data(), want);
             if (got != want)
                 return false;

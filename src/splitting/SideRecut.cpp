@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr sf_count_t kBlockFrames = 16384;
+constexpr sf_count_t kCopyBlockFrames = 16384;
 // Headers, the journal and the count file, on top of the audio itself.
 constexpr uintmax_t kSpareBytes = 1 << 20;
 
@@ -328,7 +328,7 @@ RecutResult writeNewSet(const RecordedSide& side, const std::vector<int64_t>& bo
     format.samplerate = static_cast<int>(side.sampleRate);
     format.channels = static_cast<int>(side.channels);
     format.format = side.format;
-    std::vector<Sample> block(static_cast<size_t>(kBlockFrames) * side.channels);
+    std::vector<Sample> block(static_cast<size_t>(kCopyBlockFrames) * side.channels);
 
     std::vector<int64_t> ends = boundaries; // side frame where each new track ends
     ends.push_back(side.frames());
@@ -352,7 +352,7 @@ RecutResult writeNewSet(const RecordedSide& side, const std::vector<int64_t>& bo
                 sourceLeft = side.trackFrames[static_cast<size_t>(oldTrack - 1)];
                 continue;
             }
-            const sf_count_t want = std::min({kBlockFrames, sourceLeft, ends[n] - at});
+            const sf_count_t want = std::min({kCopyBlockFrames, sourceLeft, ends[n] - at});
             if (readFrames(source->get(), block.data(), want) != want)
                 return failure(RecutProblem::ReadFailed, side, trackFilePath(side.folder, oldTrack),
                                "the file ends early");

@@ -9,12 +9,6 @@ namespace waxline::platform {
 
 namespace {
 
-struct Listener {
-    AudioSystem::Notification notify;
-    bool formatListener = false;
-    AudioObjectID device = kNoDevice;
-};
-
 struct Collected {
     PulseConnection* connection;
     std::vector<DeviceInfo> list;
@@ -73,6 +67,11 @@ void signalSuccess(pa_context*, int, void* connection) {
 } // namespace
 
 struct PulseAudioSystem::Listeners {
+    struct Listener {
+        AudioSystem::Notification notify;
+        bool formatListener = false;
+        AudioObjectID device = kNoDevice;
+    };
     std::weak_ptr<PulseConnection> connection;
     std::mutex mutex;
     std::map<int, Listener> byToken;
@@ -288,7 +287,7 @@ std::unique_ptr<Stream> PulseAudioSystem::openOutput(AudioObjectID id, StreamFor
 AudioSystem::ListenerToken PulseAudioSystem::onDeviceListChanged(Notification notify) {
     std::lock_guard lock(listeners->mutex);
     const int token = listeners->nextToken++;
-    listeners->byToken[token] = Listener{std::move(notify), false, kNoDevice};
+    listeners->byToken[token] = Listeners::Listener{std::move(notify), false, kNoDevice};
     return token;
 }
 
@@ -305,7 +304,7 @@ AudioSystem::ListenerToken PulseAudioSystem::onStreamFormatChanged(AudioObjectID
         listeners->formats.try_emplace(input, format);
     }
     const int token = listeners->nextToken++;
-    listeners->byToken[token] = Listener{std::move(notify), true, input};
+    listeners->byToken[token] = Listeners::Listener{std::move(notify), true, input};
     return token;
 }
 
