@@ -65,6 +65,23 @@ struct Side {
     }
 };
 
+// An ffmpeg of our own first on PATH while it lives: `body` runs with the output file (the last
+// argument, "file:" taken off) in $out.
+struct StandInEncoder {
+    std::string savedPath;
+    StandInEncoder(const Side& side, const std::string& body) {
+        const std::string bin = side.dir.file("bin");
+        fs::create_directories(bin);
+        std::ofstream(bin + "/ffmpeg") << "#!/bin/sh\nfor out; do :; done\nout=${out#file:}\n"
+                                       << body << "\n";
+        fs::permissions(bin + "/ffmpeg", fs::perms::owner_all);
+        const char* path = std::getenv("PATH");
+        savedPath = path ? path : "";
+        ::setenv("PATH", (bin + ":" + savedPath).c_str(), 1);
+    }
+    ~StandInEncoder() { ::setenv("PATH", savedPath.c_str(), 1); }
+};
+
 std::vector<TrackOutcome> exportSide(const Side& side, int tracks, EarlyEncoder* early = nullptr) {
     const LibraryImporter importer(side.music);
     ExportPipeline pipeline(importer);
@@ -230,9 +247,10 @@ TEST(EarlyEncoder, WhatAKillLeavesIsNeverTakenForAFinishedMp3) {
 // returns, and so are its half-made files.
 TEST(EarlyEncoder, CancelKillsTheEncoderAndRemovesPartialFiles) {
     Side side;
-    // Long enough that it is still being encoded when cancelled, even on a fast machine.
-    ASSERT_TRUE(test::writeToneWav(side.track(1), 240, 0.4, 440));
-    ASSERT_TRUE(test::writeToneWav(side.track(2), 240, 0.4, 660));
+    ASSERT_TRUE(test::writeToneWav(side.track(1), 0.5, 0.4, 440));
+    ASSERT_TRUE(test::writeToneWav(side.track(2), 0.5, 0.4, 660));
+    // An encoder that has written part of its file and never ends by itself.
+    StandInEncoder never(side, "echo part > \"$out\"\nwhile :; do sleep 0.05; done");
     EarlyEncoder early;
     early.begin(side.exports);
     early.tracksClosed(2);
@@ -254,26 +272,16 @@ TEST(EarlyEncoder, CancelKillsTheEncoderAndRemovesPartialFiles) {
 TEST(EarlyEncoder, EncodesAtTheLowestProcessorAndDiskPriority) {
     Side side;
     ASSERT_TRUE(test::writeToneWav(side.track(1), 0.5, 0.4, 440));
-    const std::string bin = side.dir.file("bin");
-    fs::create_directories(bin);
     const std::string report = side.dir.file("priority.txt");
-    {
-        std::ofstream script(bin + "/ffmpeg");
-        script << "#!/bin/sh\n"
-               << "stat=$(cat /proc/$$/stat | sed 's/.*) //')\n"
-               << "nice=$(echo \"$stat\" | cut -d' ' -f17)\n"
-               << "policy=$(echo \"$stat\" | cut -d' ' -f39)\n"
-               << "echo \"$nice $policy $(ionice -p $$)\" > " << shellQuote(report) << "\n"
-               << "for last; do :; done\n"
-               << "echo mp3 > \"${last#file:}\"\n";
-    }
-    fs::permissions(bin + "/ffmpeg", fs::perms::owner_all);
-    const char* oldPath = std::getenv("PATH");
-    const std::string savedPath = oldPath ? oldPath : "";
-    ::setenv("PATH", (bin + ":" + savedPath).c_str(), 1);
     EarlyEncoder early;
-    side.encodeEarly(early, 1);
-    ::setenv("PATH", savedPath.c_str(), 1);
+    {
+        StandInEncoder reporting(side, "stat=$(cat /proc/$$/stat | sed 's/.*) //')\n"
+                                       "nice=$(echo \"$stat\" | cut -d' ' -f17)\n"
+                                       "policy=$(echo \"$stat\" | cut -d' ' -f39)\n"
+                                       "echo \"$nice $policy $(ionice -p $$)\" > " +
+                                           shellQuote(report) + "\necho mp3 > \"$out\"");
+        side.encodeEarly(early, 1);
+    }
 
     std::ifstream in(report);
     std::string line;
