@@ -1,6 +1,7 @@
 #include "exportfolder/ExportFolder.h"
 #include "exporting/EarlyEncoder.h"
 #include "support/MediaFiles.h"
+#include "support/StandInEncoder.h"
 #include "support/WizardRig.h"
 
 #include <QTest>
@@ -202,8 +203,9 @@ TEST(RecordingControl, RecordStopsTheBackgroundEncoderBeforeEmptyingTheFolder) {
     r.machine.setPanel(2);
     r.recording.doRecordButton(false, false);
     const std::string track1 = r.capture.fileNameForTrack(1);
-    // Long enough to be still encoding when Record comes, however fast the machine.
-    ASSERT_TRUE(waxline::test::writeToneWav(track1, 240, 0.4));
+    ASSERT_TRUE(waxline::test::writeToneWav(track1, 0.5, 0.4));
+    TempDir tools;
+    StandInEncoder never(tools.file("bin"), kEncoderThatNeverEnds);
     r.recording.doNewTrackButton();
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return std::filesystem::exists(waxline::exporting::earlyPartialPath(track1)); },

@@ -4,6 +4,7 @@
 #include "exporting/ExportPipeline.h"
 #include "support/MediaFiles.h"
 #include "support/Signals.h"
+#include "support/StandInEncoder.h"
 
 #include <gtest/gtest.h>
 
@@ -63,23 +64,6 @@ struct Side {
         return waitFor([&] { return fs::exists(earlyPartialPath(track(n))); },
                        std::chrono::seconds(20));
     }
-};
-
-// An ffmpeg of our own first on PATH while it lives: `body` runs with the output file (the last
-// argument, "file:" taken off) in $out.
-struct StandInEncoder {
-    std::string savedPath;
-    StandInEncoder(const Side& side, const std::string& body) {
-        const std::string bin = side.dir.file("bin");
-        fs::create_directories(bin);
-        std::ofstream(bin + "/ffmpeg") << "#!/bin/sh\nfor out; do :; done\nout=${out#file:}\n"
-                                       << body << "\n";
-        fs::permissions(bin + "/ffmpeg", fs::perms::owner_all);
-        const char* path = std::getenv("PATH");
-        savedPath = path ? path : "";
-        ::setenv("PATH", (bin + ":" + savedPath).c_str(), 1);
-    }
-    ~StandInEncoder() { ::setenv("PATH", savedPath.c_str(), 1); }
 };
 
 std::vector<TrackOutcome> exportSide(const Side& side, int tracks, EarlyEncoder* early = nullptr) {
@@ -250,7 +234,7 @@ TEST(EarlyEncoder, CancelKillsTheEncoderAndRemovesPartialFiles) {
     ASSERT_TRUE(test::writeToneWav(side.track(1), 0.5, 0.4, 440));
     ASSERT_TRUE(test::writeToneWav(side.track(2), 0.5, 0.4, 660));
     // An encoder that has written part of its file and never ends by itself.
-    StandInEncoder never(side, "echo part > \"$out\"\nwhile :; do sleep 0.05; done");
+    test::StandInEncoder never(side.dir.file("bin"), test::kEncoderThatNeverEnds);
     EarlyEncoder early;
     early.begin(side.exports);
     early.tracksClosed(2);
@@ -275,7 +259,8 @@ TEST(EarlyEncoder, EncodesAtTheLowestProcessorAndDiskPriority) {
     const std::string report = side.dir.file("priority.txt");
     EarlyEncoder early;
     {
-        StandInEncoder reporting(side, "stat=$(cat /proc/$$/stat | sed 's/.*) //')\n"
+        test::StandInEncoder reporting(side.dir.file("bin"),
+                                       "stat=$(cat /proc/$$/stat | sed 's/.*) //')\n"
                                        "nice=$(echo \"$stat\" | cut -d' ' -f17)\n"
                                        "policy=$(echo \"$stat\" | cut -d' ' -f39)\n"
                                        "echo \"$nice $policy $(ionice -p $$)\" > " +
