@@ -447,11 +447,9 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
     const uint64_t outputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
     if (outputXruns != mSeenOutputXruns) {
         mSeenOutputXruns = outputXruns;
-        if (mFetchedOnce) {
-            ZeroChannels(channels, channelCount, 0, frames);
-            ReAlign(t + frames, frames, false);
+        // This cycle already plays from the new place: nothing is lost beyond the excess.
+        if (mFetchedOnce && ReAlign(t, frames, false)) {
             mReAlignments.fetch_add(1, std::memory_order_relaxed);
-            return;
         }
     }
     if (!mVarispeed.load() && ClocksDiffer()) {
@@ -500,7 +498,7 @@ double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
                       static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
 }
 
-void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
     if (underrun && mFetchedOnce) {
         mReAlignments.fetch_add(1, std::memory_order_relaxed);
         // Start-up runs dry now and then while the streams find their pace, and so may a single
@@ -521,24 +519,40 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
     }
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
-    // After a pause the server asks for its whole queue at once: the data to play from must
-    // cover it as well as the fill to keep.
-    const double queue =
-        std::max<double>({static_cast<double>(frames), static_cast<double>(mSeenOutputQueue),
-                          static_cast<double>(mOutputPeriod)});
+    // The data to play from must cover what the server's queue lacks as well as the fill to
+    // keep: after a pause it asks for all of it at once. An underflow told only once the queue
+    // was full again costs nothing more, and assuming it empty would add the queue to the
+    // delay at every such notice.
+    const double held = mOutputStream ? mOutputStream->heldFrames() : 0.0;
+    const double queue = std::max<double>(
+        frames, std::max<double>(mSeenOutputQueue, mOutputPeriod) - std::max(0.0, held));
+    // Only a read that came up short goes back; otherwise the read skips ahead or stays, as
+    // going back would replay what was heard and add to the delay.
     if (mVarispeed.load()) {
-        const double needed = mTargetFill + queue * mInputDevice.mFormat.sampleRate /
-                                                mOutputDevice.mFormat.sampleRate;
-        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
+        // Skipping ahead, the read that follows at once must still leave the fill the
+        // resampler steers to.
+        const double fill = underrun ? mTargetFill : ResampledReference();
+        const double needed =
+            fill + queue * mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
+        const int64_t read =
+            std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
+        if (!underrun && read <= mReadPos) {
+            return false;
+        }
+        mReadPos = read;
         mResampling = false;
         src_reset(mResampler);
-        return;
+        return true;
     }
     // Straight play: the next read leaves the target fill behind it, however long the ring is.
     const int64_t read =
         std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(mTargetFill + queue)));
+    if (!underrun && read <= static_cast<int64_t>(nextOutputTime - mInToOutSampleOffset.load())) {
+        return false;
+    }
     mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
     mDistanceSamples = 0;
+    return true;
 }
 
 void CAPlayThrough::NoteGoodCycle(uint32_t frames) {

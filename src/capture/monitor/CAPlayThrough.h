@@ -105,7 +105,8 @@ private:
                          uint64_t hostTime);
     // After a failed read: the next read starts where the ring keeps its target fill behind the
     // newest input, never at the oldest data. `underrun` raises the target once playing settled.
-    void ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // Without `underrun` the read only skips ahead; false when it stays where it was.
+    bool ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
     // The fill the resampled path keeps after a read, measured at the interpolated write end.
     double ResampledReference() const;
     double WrittenPosition(int64_t end, uint64_t hostTime) const;

@@ -38,6 +38,7 @@ struct Stall {
     double at = -1, seconds = 0;
     bool output = true;     // the output's requests stop (else the input's deliveries)
     bool underflow = false; // the server reports the output's pause as an underflow
+    bool toldLate = false;  // ... only once the output refilled the server's queue
 };
 
 // Drives a monitor through its stream handlers. Input and output run on separate simulated
@@ -59,6 +60,12 @@ struct Session {
     std::vector<Stall> stalls;
     double outputPause = 0;
     std::vector<std::pair<double, double>> delays;
+    // A server that keeps `serverQueue` frames ahead of what it plays asks for all of them at
+    // once when it starts and after an underflow; a frame written then is heard once the
+    // frames the server holds before it have played.
+    uint32_t serverQueue = 0;
+    double notBefore = 0;       // a request waits for the end of the last stall
+    bool noticePending = false; // an underflow to tell once the burst is written
 
     void Run(double seconds) {
         std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
@@ -68,17 +75,29 @@ struct Session {
         for (;;) {
             // A block is delivered once its last frame was captured.
             double tIn = static_cast<double>(inTime + kBlock) / (44100.0 * inputClock);
-            double tOut = static_cast<double>(outTime) / outputRate + outputPause;
+            const double due =
+                static_cast<double>(outTime - static_cast<int64_t>(serverQueue)) / outputRate +
+                outputPause;
+            if (noticePending && due >= notBefore) {
+                noticePending = false;
+                ++system.lastOutputStream->xruns;
+            }
+            double tOut = std::max(due, notBefore);
             for (Stall& stall : stalls) {
                 const double resume = stall.at + stall.seconds;
                 if (!stall.output && tIn >= stall.at && tIn < resume) {
                     tIn = resume;
                 }
                 if (stall.output && stall.seconds > 0 && tOut >= stall.at && tOut < resume) {
-                    outputPause += resume - tOut;
+                    // The server plays what it holds, then silence until the requests resume.
+                    outputPause += std::max(0.0, resume - tOut -
+                                                     static_cast<double>(serverQueue) / outputRate);
+                    notBefore = resume;
                     tOut = resume;
                     stall.seconds = 0;
-                    if (stall.underflow) {
+                    if (stall.underflow && stall.toldLate) {
+                        noticePending = true;
+                    } else if (stall.underflow) {
                         ++system.lastOutputStream->xruns;
                     }
                 }
@@ -96,11 +115,16 @@ struct Session {
                                                  static_cast<uint64_t>(tIn * 1e9));
                 inTime += kBlock;
             } else {
+                const double played = std::max(0.0, (tOut - outputPause) * outputRate);
+                const auto held = static_cast<uint32_t>(
+                    std::clamp(static_cast<double>(outTime) - played, 0.0, 1.0 * serverQueue));
+                system.lastOutputStream->held = held;
                 system.lastOutputHandler->onOutput(out, 2, kBlock, outTime,
                                                    static_cast<uint64_t>(tOut * 1e9));
                 outTime += kBlock;
                 if (ramp && outL[0] != 0.0f) {
-                    delays.emplace_back(tOut, static_cast<double>(inTime) - outL[0] / kRampStep);
+                    delays.emplace_back(tOut,
+                                        static_cast<double>(inTime) + held - outL[0] / kRampStep);
                 }
                 bool silent = true;
                 for (uint32_t i = 0; i < kBlock; ++i) {
@@ -317,6 +341,7 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
         std::vector<Stall> stalls;
         uint64_t reAlignments;
         int raises;
+        uint32_t serverQueue = 0; // frames
     };
     const Case cases[] = {
         {"drift: the input clock 0.2 % fast", 1.002, 44100, 44100, {}, 0, 0},
@@ -344,12 +369,21 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
          {{20, 0.03, true, true}},
          1,
          0},
+        {"growth: an underflow told once the server's queue was full again",
+         1.0,
+         44100,
+         44100,
+         {{20, 0.06, true, true, true}},
+         0,
+         0,
+         4 * kBlock},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         DeckAndSpeakers system;
         system.outputs[0].nominalSampleRate = system.outputs[0].actualSampleRate = c.outputRate;
         CAPlayThrough monitor(system, kDeck, kSpeakers);
+        system.lastOutputStream->queuedFrames = c.serverQueue;
         monitor.Start();
         Session session(system);
         session.inputClock = c.inputClock;
@@ -357,6 +391,7 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
         session.keepHeard = false;
         session.ramp = true;
         session.stalls = c.stalls;
+        session.serverQueue = c.serverQueue;
         // Events come at 20 s; a raised fill has held by 30 s and comes down again a step at a
         // time, one every 10 s without an underrun, so by 60 s it is back where it started.
         session.Run(30.0);
