@@ -356,7 +356,7 @@ private:
     pa_time_event* relaxTimer = nullptr;
     uint32_t initialLength = 0;
     static constexpr uint64_t kUnderflowWindowNanos = 2'000'000'000;
-    static constexpr double kMaxQueueSeconds = 0.05;
+    static constexpr double kMaxQueueSeconds = 0.02;
     pa_buffer_attr attr{};
     uint32_t fragment = 0;
     uint64_t underflows = 0;
