@@ -24,6 +24,10 @@ constexpr uint32_t kResamplerOutFrames = 1024;
 constexpr double kKp = 0.5;
 constexpr double kKi = kKp * kKp / 4.0;
 constexpr double kMaxCorrection = 0.005;
+// After the output paused, an excess up to kCatchUpSeconds is played out this much faster
+// (a third of a semitone, for well under a second) rather than skipped, so no audio is lost.
+constexpr double kCatchUpCorrection = 0.02;
+constexpr double kCatchUpSeconds = 0.015;
 constexpr int kReferenceCycles = 32;
 // Clock estimates further apart than this make straight play drift audibly within a minute.
 constexpr double kClockTolerance = 2e-4;
@@ -250,6 +254,7 @@ void CAPlayThrough::ResetTimes() {
     mReadFailed = false;
     mDistanceSamples = 0;
     mDistanceIntegral = 0;
+    mCatchingUp = false;
     mVarispeed = mRatesDiffer;
     mTargetFill = mInitialFill;
     mTargetReport = mInitialFill;
@@ -447,9 +452,8 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
     const uint64_t outputXruns = mOutputStream ? mOutputStream->xrunCount() : 0;
     if (outputXruns != mSeenOutputXruns) {
         mSeenOutputXruns = outputXruns;
-        // This cycle already plays from the new place: nothing is lost beyond the excess.
-        if (mFetchedOnce && ReAlign(t, frames, false)) {
-            mReAlignments.fetch_add(1, std::memory_order_relaxed);
+        if (mFetchedOnce) {
+            RecoverFromPause(t, frames);
         }
     }
     if (!mVarispeed.load() && ClocksDiffer()) {
@@ -498,7 +502,33 @@ double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
                       static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
 }
 
+void CAPlayThrough::RecoverFromPause(double t, uint32_t frames) {
+    if (!mVarispeed.load()) {
+        SwitchToVarispeed(static_cast<int64_t>(t - mInToOutSampleOffset.load()));
+    }
+    AudioRingBuffer::SampleTime start = 0, end = 0;
+    mBuffer->GetTimeBounds(start, end);
+    const double held = mOutputStream ? mOutputStream->heldFrames() : 0.0;
+    const double queue = std::max<double>(
+        frames, std::max<double>(mSeenOutputQueue, mOutputPeriod) - std::max(0.0, held));
+    const double inPerOut = mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
+    const double excess =
+        static_cast<double>(end - mReadPos) - (ResampledReference() + queue * inPerOut);
+    if (excess <= 0) {
+        return;
+    }
+    if (excess <= kCatchUpSeconds * mInputDevice.mFormat.sampleRate) {
+        mCatchingUp = true;
+        return;
+    }
+    // This cycle already plays from the new place: nothing is lost beyond the excess.
+    if (ReAlign(t, frames, false)) {
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
 bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+    mCatchingUp = false;
     if (underrun && mFetchedOnce) {
         mReAlignments.fetch_add(1, std::memory_order_relaxed);
         // Start-up runs dry now and then while the streams find their pace, and so may a single
@@ -663,6 +693,14 @@ void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
     // reference. Estimates from the callbacks' host times are thrown off by servers that ask
     // for a few frames at a time, and would push the fill away.
     const double error = mDistanceAvg - ResampledReference();
+    if (mCatchingUp && error < mInputPeriod / 2.0) {
+        mCatchingUp = false;
+    }
+    if (mCatchingUp) {
+        // The excess of a pause is no clock difference: the integral is left as it was.
+        mSrcRatio = (outRate / inRate) / (1.0 + kCatchUpCorrection);
+        return;
+    }
     const double integralLimit = kMaxCorrection * inRate / kKi;
     mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
     const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,

@@ -107,6 +107,9 @@ private:
     // newest input, never at the oldest data. `underrun` raises the target once playing settled.
     // Without `underrun` the read only skips ahead; false when it stays where it was.
     bool ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // The server told of an output underflow: the input went on meanwhile. A small excess is
+    // played out faster by the resampler, a larger one skipped.
+    void RecoverFromPause(double t, uint32_t frames);
     // The fill the resampled path keeps after a read, measured at the interpolated write end.
     double ResampledReference() const;
     double WrittenPosition(int64_t end, uint64_t hostTime) const;
@@ -155,6 +158,7 @@ private:
     double mDistanceRef = 0;           // straight play: the distance the first cycles show
     int mDistanceSamples = 0;          // successful cycles measured since the last alignment
     double mDistanceIntegral = 0;      // integral term of the distance controller
+    bool mCatchingUp = false;          // playing out a pause's excess faster
     bool mFetchedOnce = false;         // a fetch succeeded since Start
     bool mResampling = false;          // the resampler has enough input buffered and plays
     double mTargetFill = 0;            // frames kept in the ring beyond each read
