@@ -283,6 +283,10 @@ platform::Status CAPlayThrough::Start() {
     // Stream state is reset while no callback can run; the first times again after the start,
     // so buffers delivered before the output runs do not fix the offset.
     ResetTimes();
+    mSkips = 0;
+    mSkippedFrames = 0;
+    mXrunsAtStart = mOutputStream ? mOutputStream->xrunCount() : 0;
+    mOverflowsAtStart = mInputOverflows.load();
     platform::Status status = mInputStream->start();
     if (status != platform::kNoError) {
         PrintError(status, __LINE__);
@@ -341,6 +345,16 @@ double CAPlayThrough::LatencyMilliseconds() const {
 
 uint64_t CAPlayThrough::DroppedBufferCount() const {
     return mInputOverflows.load() + mStoreErrors.load() + mReAlignments.load();
+}
+
+MonitorDrops CAPlayThrough::Drops() const {
+    const double rate = mInputDevice.mFormat.sampleRate;
+    MonitorDrops drops;
+    drops.skips = mSkips.load();
+    drops.skippedMs = rate > 0 ? static_cast<double>(mSkippedFrames.load()) * 1000.0 / rate : 0.0;
+    drops.outputUnderflows = (mOutputStream ? mOutputStream->xrunCount() : 0) - mXrunsAtStart;
+    drops.inputOverflows = mInputOverflows.load() - mOverflowsAtStart;
+    return drops;
 }
 
 void CAPlayThrough::Cleanup() {
@@ -527,6 +541,13 @@ void CAPlayThrough::RecoverFromPause(double t, uint32_t frames) {
     }
 }
 
+void CAPlayThrough::NoteSkip(int64_t frames) {
+    if (frames > 0) {
+        mSkips.fetch_add(1, std::memory_order_relaxed);
+        mSkippedFrames.fetch_add(static_cast<uint64_t>(frames), std::memory_order_relaxed);
+    }
+}
+
 bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
     mCatchingUp = false;
     if (underrun && mFetchedOnce) {
@@ -569,6 +590,7 @@ bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
         if (!underrun && read <= mReadPos) {
             return false;
         }
+        NoteSkip(read - mReadPos);
         mReadPos = read;
         mResampling = false;
         src_reset(mResampler);
@@ -577,9 +599,11 @@ bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
     // Straight play: the next read leaves the target fill behind it, however long the ring is.
     const int64_t read =
         std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(mTargetFill + queue)));
-    if (!underrun && read <= static_cast<int64_t>(nextOutputTime - mInToOutSampleOffset.load())) {
+    const auto current = static_cast<int64_t>(nextOutputTime - mInToOutSampleOffset.load());
+    if (!underrun && read <= current) {
         return false;
     }
+    NoteSkip(read - current);
     mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
     mDistanceSamples = 0;
     return true;
