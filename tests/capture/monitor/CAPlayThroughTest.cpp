@@ -111,9 +111,8 @@ struct Session {
                 inTime += kBlock;
             } else {
                 const double played = std::max(0.0, (tOut - outputPause) * outputRate);
-                const auto held = static_cast<uint32_t>(
+                const uint32_t held = system.lastOutputStream->held = static_cast<uint32_t>(
                     std::clamp(static_cast<double>(outTime) - played, 0.0, 1.0 * serverQueue));
-                system.lastOutputStream->held = held;
                 system.lastOutputHandler->onOutput(out, 2, kBlock, outTime,
                                                    static_cast<uint64_t>(tOut * 1e9));
                 outTime += kBlock;

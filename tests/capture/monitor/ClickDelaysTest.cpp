@@ -18,10 +18,9 @@ std::vector<float> Heard(double rate, const std::vector<double>& delays, int unh
     const auto burst = static_cast<std::size_t>(kClickSeconds * rate);
     for (std::size_t i = 0; i < train.size(); ++i)
         heard[i] += train[i];
-    if (unheard >= 0) {
-        const std::size_t from = lead + static_cast<std::size_t>(unheard * rate);
-        std::fill_n(heard.begin() + static_cast<std::ptrdiff_t>(from), burst, 0.0f);
-    }
+    if (unheard >= 0)
+        std::fill_n(heard.begin() + static_cast<std::ptrdiff_t>(lead + unheard * rate), burst,
+                    0.0f);
     for (std::size_t k = 0; k < delays.size(); ++k) {
         if (delays[k] < 0)
             continue;
