@@ -261,8 +261,18 @@ void Audio::startPlayThru() {
 }
 
 void Audio::stopPlayThru() {
-    if (_playThru)
-        _playThru->Stop();
+    if (!_playThru)
+        return;
+    _playThru->Stop();
+    const MonitorDrops drops = _playThru->Drops();
+    if (drops.skips || drops.outputUnderflows || drops.inputOverflows)
+        std::fprintf(stderr,
+                     "CAPlayThrough: to hold its latency the monitor skipped %.1f ms of input in "
+                     "%llu places; the output ran dry %llu times, the input overflowed %llu "
+                     "times\n",
+                     drops.skippedMs, static_cast<unsigned long long>(drops.skips),
+                     static_cast<unsigned long long>(drops.outputUnderflows),
+                     static_cast<unsigned long long>(drops.inputOverflows));
 }
 
 std::string Audio::fileNameForTrack(int track) const {

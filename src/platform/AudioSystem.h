@@ -81,6 +81,9 @@ public:
     // An output's queue on the server side as it stands, in frames (0 when it has none): it may
     // grow while the stream runs when the server cannot keep a short one fed. Any thread.
     virtual uint32_t queuedFramesTarget() const { return 0; }
+    // An output's frames the server still holds, not yet played, ahead of what the callback
+    // now running writes (0 where unknown). Read on the output's callback thread.
+    virtual uint32_t heldFrames() const { return 0; }
     // The frames the device delivers or takes at a time, whatever the stream asked for (0 when
     // the stream gets what it asked for). Any thread.
     virtual uint32_t periodFrames() const { return 0; }

@@ -33,10 +33,13 @@ public:
     platform::StreamFormat format() const override { return streamFormat; }
     uint64_t xrunCount() const override { return xruns; }
     uint32_t queuedFramesTarget() const override { return queuedFrames; }
+    uint32_t heldFrames() const override { return held; }
 
-    // What a test scripts: the server's underflows so far and the queue it keeps.
+    // What a test scripts: the server's underflows so far, the queue it keeps and how much of
+    // it it holds when the output is asked for more.
     uint64_t xruns = 0;
     uint32_t queuedFrames = 0;
+    uint32_t held = 0;
 
 private:
     platform::StreamFormat streamFormat;

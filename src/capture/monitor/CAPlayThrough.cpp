@@ -24,6 +24,10 @@ constexpr uint32_t kResamplerOutFrames = 1024;
 constexpr double kKp = 0.5;
 constexpr double kKi = kKp * kKp / 4.0;
 constexpr double kMaxCorrection = 0.005;
+// After the output paused, an excess up to kCatchUpSeconds is played out this much faster
+// (a third of a semitone, for well under a second) rather than skipped, so no audio is lost.
+constexpr double kCatchUpCorrection = 0.02;
+constexpr double kCatchUpSeconds = 0.015;
 constexpr int kReferenceCycles = 32;
 // Clock estimates further apart than this make straight play drift audibly within a minute.
 constexpr double kClockTolerance = 2e-4;
@@ -250,6 +254,7 @@ void CAPlayThrough::ResetTimes() {
     mReadFailed = false;
     mDistanceSamples = 0;
     mDistanceIntegral = 0;
+    mCatchingUp = false;
     mVarispeed = mRatesDiffer;
     mTargetFill = mInitialFill;
     mTargetReport = mInitialFill;
@@ -278,6 +283,10 @@ platform::Status CAPlayThrough::Start() {
     // Stream state is reset while no callback can run; the first times again after the start,
     // so buffers delivered before the output runs do not fix the offset.
     ResetTimes();
+    mSkips = 0;
+    mSkippedFrames = 0;
+    mXrunsAtStart = mOutputStream ? mOutputStream->xrunCount() : 0;
+    mOverflowsAtStart = mInputOverflows.load();
     platform::Status status = mInputStream->start();
     if (status != platform::kNoError) {
         PrintError(status, __LINE__);
@@ -336,6 +345,16 @@ double CAPlayThrough::LatencyMilliseconds() const {
 
 uint64_t CAPlayThrough::DroppedBufferCount() const {
     return mInputOverflows.load() + mStoreErrors.load() + mReAlignments.load();
+}
+
+MonitorDrops CAPlayThrough::Drops() const {
+    const double rate = mInputDevice.mFormat.sampleRate;
+    MonitorDrops drops;
+    drops.skips = mSkips.load();
+    drops.skippedMs = rate > 0 ? static_cast<double>(mSkippedFrames.load()) * 1000.0 / rate : 0.0;
+    drops.outputUnderflows = (mOutputStream ? mOutputStream->xrunCount() : 0) - mXrunsAtStart;
+    drops.inputOverflows = mInputOverflows.load() - mOverflowsAtStart;
+    return drops;
 }
 
 void CAPlayThrough::Cleanup() {
@@ -448,10 +467,7 @@ void CAPlayThrough::OutputProc(float* const* channels, uint32_t channelCount, ui
     if (outputXruns != mSeenOutputXruns) {
         mSeenOutputXruns = outputXruns;
         if (mFetchedOnce) {
-            ZeroChannels(channels, channelCount, 0, frames);
-            ReAlign(t + frames, frames, false);
-            mReAlignments.fetch_add(1, std::memory_order_relaxed);
-            return;
+            RecoverFromPause(t, frames);
         }
     }
     if (!mVarispeed.load() && ClocksDiffer()) {
@@ -500,7 +516,40 @@ double CAPlayThrough::WrittenPosition(int64_t end, uint64_t hostTime) const {
                       static_cast<double>(end), static_cast<double>(end + mLastInputFrames.load()));
 }
 
-void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+void CAPlayThrough::RecoverFromPause(double t, uint32_t frames) {
+    if (!mVarispeed.load()) {
+        SwitchToVarispeed(static_cast<int64_t>(t - mInToOutSampleOffset.load()));
+    }
+    AudioRingBuffer::SampleTime start = 0, end = 0;
+    mBuffer->GetTimeBounds(start, end);
+    const double held = mOutputStream ? mOutputStream->heldFrames() : 0.0;
+    const double queue = std::max<double>(
+        frames, std::max<double>(mSeenOutputQueue, mOutputPeriod) - std::max(0.0, held));
+    const double inPerOut = mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
+    const double excess =
+        static_cast<double>(end - mReadPos) - (ResampledReference() + queue * inPerOut);
+    if (excess <= 0) {
+        return;
+    }
+    if (excess <= kCatchUpSeconds * mInputDevice.mFormat.sampleRate) {
+        mCatchingUp = true;
+        return;
+    }
+    // This cycle already plays from the new place: nothing is lost beyond the excess.
+    if (ReAlign(t, frames, false)) {
+        mReAlignments.fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
+void CAPlayThrough::NoteSkip(int64_t frames) {
+    if (frames > 0) {
+        mSkips.fetch_add(1, std::memory_order_relaxed);
+        mSkippedFrames.fetch_add(static_cast<uint64_t>(frames), std::memory_order_relaxed);
+    }
+}
+
+bool CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underrun) {
+    mCatchingUp = false;
     if (underrun && mFetchedOnce) {
         mReAlignments.fetch_add(1, std::memory_order_relaxed);
         // Start-up runs dry now and then while the streams find their pace, and so may a single
@@ -521,24 +570,43 @@ void CAPlayThrough::ReAlign(double nextOutputTime, uint32_t frames, bool underru
     }
     AudioRingBuffer::SampleTime start = 0, end = 0;
     mBuffer->GetTimeBounds(start, end);
-    // After a pause the server asks for its whole queue at once: the data to play from must
-    // cover it as well as the fill to keep.
-    const double queue =
-        std::max<double>({static_cast<double>(frames), static_cast<double>(mSeenOutputQueue),
-                          static_cast<double>(mOutputPeriod)});
+    // The data to play from must cover what the server's queue lacks as well as the fill to
+    // keep: after a pause it asks for all of it at once. An underflow told only once the queue
+    // was full again costs nothing more, and assuming it empty would add the queue to the
+    // delay at every such notice.
+    const double held = mOutputStream ? mOutputStream->heldFrames() : 0.0;
+    const double queue = std::max<double>(
+        frames, std::max<double>(mSeenOutputQueue, mOutputPeriod) - std::max(0.0, held));
+    // Only a read that came up short goes back; otherwise the read skips ahead or stays, as
+    // going back would replay what was heard and add to the delay.
     if (mVarispeed.load()) {
-        const double needed = mTargetFill + queue * mInputDevice.mFormat.sampleRate /
-                                                mOutputDevice.mFormat.sampleRate;
-        mReadPos = std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
+        // Skipping ahead, the read that follows at once must still leave the fill the
+        // resampler steers to.
+        const double fill = underrun ? mTargetFill : ResampledReference();
+        const double needed =
+            fill + queue * mInputDevice.mFormat.sampleRate / mOutputDevice.mFormat.sampleRate;
+        const int64_t read =
+            std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(needed)));
+        if (!underrun && read <= mReadPos) {
+            return false;
+        }
+        NoteSkip(read - mReadPos);
+        mReadPos = read;
         mResampling = false;
         src_reset(mResampler);
-        return;
+        return true;
     }
     // Straight play: the next read leaves the target fill behind it, however long the ring is.
     const int64_t read =
         std::max<int64_t>(start, end - static_cast<int64_t>(std::lround(mTargetFill + queue)));
+    const auto current = static_cast<int64_t>(nextOutputTime - mInToOutSampleOffset.load());
+    if (!underrun && read <= current) {
+        return false;
+    }
+    NoteSkip(read - current);
     mInToOutSampleOffset = nextOutputTime - static_cast<double>(read);
     mDistanceSamples = 0;
+    return true;
 }
 
 void CAPlayThrough::NoteGoodCycle(uint32_t frames) {
@@ -649,6 +717,14 @@ void CAPlayThrough::UpdateRatio(uint32_t outputFrames) {
     // reference. Estimates from the callbacks' host times are thrown off by servers that ask
     // for a few frames at a time, and would push the fill away.
     const double error = mDistanceAvg - ResampledReference();
+    if (mCatchingUp && error < mInputPeriod / 2.0) {
+        mCatchingUp = false;
+    }
+    if (mCatchingUp) {
+        // The excess of a pause is no clock difference: the integral is left as it was.
+        mSrcRatio = (outRate / inRate) / (1.0 + kCatchUpCorrection);
+        return;
+    }
     const double integralLimit = kMaxCorrection * inRate / kKi;
     mDistanceIntegral = std::clamp(mDistanceIntegral + error * dt, -integralLimit, integralLimit);
     const double correction = std::clamp((kKp * error + kKi * mDistanceIntegral) / inRate,

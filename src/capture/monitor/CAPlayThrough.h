@@ -3,6 +3,7 @@
 #include "capture/devices/AudioDevice.h"
 #include "capture/monitor/AudioBufferList.h"
 #include "capture/monitor/AudioRingBuffer.h"
+#include "capture/monitor/MonitorHost.h"
 #include "platform/AudioSystem.h"
 
 #include <atomic>
@@ -82,6 +83,8 @@ public:
     uint64_t ReAlignmentCount() const { return mReAlignments.load(); }
     // Buffers lost or late: input overflows, failed stores and re-alignments.
     uint64_t DroppedBufferCount() const;
+    // Since the last Start: the input skipped to hold the latency, and the servers' xruns.
+    MonitorDrops Drops() const;
     bool VarispeedActive() const { return mVarispeed.load(); }
     // The resampler's current output/input frame ratio (1 when not resampling).
     double VarispeedRatio() const { return mSrcRatio.load(); }
@@ -105,7 +108,14 @@ private:
                          uint64_t hostTime);
     // After a failed read: the next read starts where the ring keeps its target fill behind the
     // newest input, never at the oldest data. `underrun` raises the target once playing settled.
-    void ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // Without `underrun` the read only skips ahead; false when it stays where it was.
+    bool ReAlign(double nextOutputTime, uint32_t frames, bool underrun);
+    // The server told of an output underflow: the input went on meanwhile. A small excess is
+    // played out faster by the resampler, a larger one skipped.
+    void RecoverFromPause(double t, uint32_t frames);
+    // Counts input frames a re-alignment passed over unplayed (a read that went back passes
+    // over none).
+    void NoteSkip(int64_t frames);
     // The fill the resampled path keeps after a read, measured at the interpolated write end.
     double ResampledReference() const;
     double WrittenPosition(int64_t end, uint64_t hostTime) const;
@@ -154,6 +164,7 @@ private:
     double mDistanceRef = 0;           // straight play: the distance the first cycles show
     int mDistanceSamples = 0;          // successful cycles measured since the last alignment
     double mDistanceIntegral = 0;      // integral term of the distance controller
+    bool mCatchingUp = false;          // playing out a pause's excess faster
     bool mFetchedOnce = false;         // a fetch succeeded since Start
     bool mResampling = false;          // the resampler has enough input buffered and plays
     double mTargetFill = 0;            // frames kept in the ring beyond each read
@@ -187,6 +198,10 @@ private:
     std::atomic<uint64_t> mReAlignments{0};
     std::atomic<uint64_t> mStoreErrors{0};
     std::atomic<uint64_t> mInputOverflows{0};
+    std::atomic<uint64_t> mSkips{0};
+    std::atomic<uint64_t> mSkippedFrames{0};
+    uint64_t mXrunsAtStart = 0;
+    uint64_t mOverflowsAtStart = 0;
 };
 
 } // namespace waxline

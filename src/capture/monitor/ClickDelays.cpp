@@ -89,16 +89,16 @@ std::vector<ClickDelay> findClickDelays(const std::vector<float>& mono, double r
             }
         }
         result.push_back(click);
-        if (!nextFound) {
+        if (!nextFound && i >= heard.size()) {
             // The train or the recording ended; a last click whose copy was cut off says
-            // nothing. Otherwise the train goes on from the next onset.
-            if (i >= heard.size()) {
-                if (result.back().lost)
-                    result.pop_back();
-                break;
-            }
-            next = static_cast<double>(heard[i++]);
+            // nothing.
+            if (result.back().lost)
+                result.pop_back();
+            break;
         }
+        // A straight click that never came (its path ran dry) leaves the train where it was:
+        // the next onset is then its copy, and taking that for the train would measure every
+        // later copy against the wrong click, a period less its true delay.
         straight = next;
     }
     return result;

@@ -24,6 +24,7 @@ struct ClickDelay {
 
 // The clicks heard in `mono` (one channel at `rate`), each with the delay of its copy. Copies
 // later than the period less a margin cannot be told from the next click and count as lost.
+// A straight click missing from the recording is placed where the train puts it.
 std::vector<ClickDelay> findClickDelays(const std::vector<float>& mono, double rate,
                                         double periodSeconds);
 

@@ -7,6 +7,15 @@
 
 namespace waxline {
 
+// What the monitor gave up to hold its latency since it was started: the places where it
+// skipped input and how much, and the underflows and overflows the server told of.
+struct MonitorDrops {
+    uint64_t skips = 0;
+    double skippedMs = 0;
+    uint64_t outputUnderflows = 0;
+    uint64_t inputOverflows = 0;
+};
+
 // What the capture controller needs of the play-through monitor host: start, stop, the input
 // gain in decibels. The real one wraps CAPlayThroughHost; tests may supply their own.
 class MonitorHost {
@@ -23,6 +32,7 @@ public:
     // True once after the monitor had to settle on a longer latency than it started with, and
     // held it; `ms` is that latency.
     virtual bool TakeSettledLatency(double& /*ms*/) { return false; }
+    virtual MonitorDrops Drops() { return {}; }
 };
 
 // Makes the host for (input, output), with InputProcCallback installed as its processing

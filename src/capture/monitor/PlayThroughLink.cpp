@@ -40,6 +40,10 @@ public:
         auto* monitor = host.PlayThrough();
         return monitor && monitor->TakeSettledLatency(ms);
     }
+    MonitorDrops Drops() override {
+        auto* monitor = host.PlayThrough();
+        return monitor ? monitor->Drops() : MonitorDrops{};
+    }
 
 private:
     platform::AudioSystem& mSystem;

@@ -300,6 +300,7 @@ public:
     uint32_t queuedFramesTarget() const override {
         return queuedFrames.load(std::memory_order_relaxed);
     }
+    uint32_t heldFrames() const override { return held; }
 
 private:
     uint32_t frameBytes() const { return channels * static_cast<uint32_t>(sizeof(float)); }
@@ -355,7 +356,7 @@ private:
     pa_time_event* relaxTimer = nullptr;
     uint32_t initialLength = 0;
     static constexpr uint64_t kUnderflowWindowNanos = 2'000'000'000;
-    static constexpr double kMaxQueueSeconds = 0.05;
+    static constexpr double kMaxQueueSeconds = 0.02;
     pa_buffer_attr attr{};
     uint32_t fragment = 0;
     uint64_t underflows = 0;
@@ -367,6 +368,9 @@ private:
     void write(pa_stream* s, size_t bytes) {
         const uint32_t bytesPerFrame = frameBytes();
         auto frames = static_cast<uint32_t>(bytes / bytesPerFrame);
+        // The server asks for what its queue lacks; the rest it still holds.
+        const uint32_t target = queuedFrames.load(std::memory_order_relaxed);
+        held = target > frames ? target - frames : 0;
         while (frames > 0) {
             void* data = nullptr;
             size_t size = static_cast<size_t>(std::min(frames, maxFrames)) * bytesPerFrame;
@@ -384,10 +388,12 @@ private:
                             PA_SEEK_RELATIVE);
             sampleTime += n;
             frames -= n;
+            held += n;
         }
     }
 
     OutputHandler* handler;
+    uint32_t held = 0; // main-loop thread only
 };
 
 } // namespace

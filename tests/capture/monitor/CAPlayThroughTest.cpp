@@ -59,6 +59,12 @@ struct Session {
     std::vector<Stall> stalls;
     double outputPause = 0;
     std::vector<std::pair<double, double>> delays;
+    // A server that keeps `serverQueue` frames ahead of what it plays asks for all of them at
+    // once when it starts and after an underflow, which it tells of only after that burst; a
+    // frame written is heard once the frames the server holds before it have played.
+    uint32_t serverQueue = 0;
+    double notBefore = 0;       // a request waits for the end of the last stall
+    bool noticePending = false; // an underflow to tell once the burst is written
 
     void Run(double seconds) {
         std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
@@ -68,20 +74,28 @@ struct Session {
         for (;;) {
             // A block is delivered once its last frame was captured.
             double tIn = static_cast<double>(inTime + kBlock) / (44100.0 * inputClock);
-            double tOut = static_cast<double>(outTime) / outputRate + outputPause;
+            const double due =
+                static_cast<double>(outTime - static_cast<int64_t>(serverQueue)) / outputRate +
+                outputPause;
+            double tOut = std::max(due, notBefore);
             for (Stall& stall : stalls) {
                 const double resume = stall.at + stall.seconds;
                 if (!stall.output && tIn >= stall.at && tIn < resume) {
                     tIn = resume;
                 }
                 if (stall.output && stall.seconds > 0 && tOut >= stall.at && tOut < resume) {
-                    outputPause += resume - tOut;
+                    // The server plays what it holds, then silence until the requests resume.
+                    outputPause += std::max(0.0, resume - tOut -
+                                                     static_cast<double>(serverQueue) / outputRate);
+                    notBefore = resume;
                     tOut = resume;
                     stall.seconds = 0;
-                    if (stall.underflow) {
-                        ++system.lastOutputStream->xruns;
-                    }
+                    noticePending = stall.underflow;
                 }
+            }
+            if (noticePending && (due >= notBefore || serverQueue == 0)) {
+                noticePending = false;
+                ++system.lastOutputStream->xruns;
             }
             if (tIn >= end && tOut >= end) {
                 break;
@@ -96,11 +110,15 @@ struct Session {
                                                  static_cast<uint64_t>(tIn * 1e9));
                 inTime += kBlock;
             } else {
+                const double played = std::max(0.0, (tOut - outputPause) * outputRate);
+                const uint32_t held = system.lastOutputStream->held = static_cast<uint32_t>(
+                    std::clamp(static_cast<double>(outTime) - played, 0.0, 1.0 * serverQueue));
                 system.lastOutputHandler->onOutput(out, 2, kBlock, outTime,
                                                    static_cast<uint64_t>(tOut * 1e9));
                 outTime += kBlock;
                 if (ramp && outL[0] != 0.0f) {
-                    delays.emplace_back(tOut, static_cast<double>(inTime) - outL[0] / kRampStep);
+                    delays.emplace_back(tOut,
+                                        static_cast<double>(inTime) + held - outL[0] / kRampStep);
                 }
                 bool silent = true;
                 for (uint32_t i = 0; i < kBlock; ++i) {
@@ -317,6 +335,7 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
         std::vector<Stall> stalls;
         uint64_t reAlignments;
         int raises;
+        uint32_t serverQueue = 0; // frames
     };
     const Case cases[] = {
         {"drift: the input clock 0.2 % fast", 1.002, 44100, 44100, {}, 0, 0},
@@ -328,6 +347,13 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
          44100,
          {{20, 0.03, true, true}},
          1,
+         0},
+        {"underrun: a 20 ms pause played out faster",
+         1.0,
+         44100,
+         44100,
+         {{20, 0.02, true, true}},
+         0,
          0},
         {"underrun: the input comes 30 ms late", 1.0, 44100, 44100, {{20, 0.03, false}}, 1, 0},
         {"underruns that recur raise the fill",
@@ -344,12 +370,14 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
          {{20, 0.03, true, true}},
          1,
          0},
+        {"growth: underflow told late", 1.0, 44100, 44100, {{20, 0.06, true, true}}, 0, 0, 2048},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         DeckAndSpeakers system;
         system.outputs[0].nominalSampleRate = system.outputs[0].actualSampleRate = c.outputRate;
         CAPlayThrough monitor(system, kDeck, kSpeakers);
+        system.lastOutputStream->queuedFrames = c.serverQueue;
         monitor.Start();
         Session session(system);
         session.inputClock = c.inputClock;
@@ -357,6 +385,7 @@ TEST(CAPlayThroughTest, TroubleLeavesTheDelayWhereItWas) {
         session.keepHeard = false;
         session.ramp = true;
         session.stalls = c.stalls;
+        session.serverQueue = c.serverQueue;
         // Events come at 20 s; a raised fill has held by 30 s and comes down again a step at a
         // time, one every 10 s without an underrun, so by 60 s it is back where it started.
         session.Run(30.0);
