@@ -2,6 +2,7 @@
 
 #include "ui/Catalogue.h"
 #include "ui/PanelController.h"
+#include "ui/widgets/AccessibleValues.h"
 #include "ui/widgets/MeteringView.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/widgets/WXTextView.h"
@@ -122,7 +123,7 @@ QString buddyText(const QWidget* view, const QWidget* control) {
     const auto labels = view->findChildren<QLabel*>();
     for (const QLabel* label : labels)
         if (label->buddy() == control)
-            return plainTextOf(label->text());
+            return withoutMnemonic(plainTextOf(label->text()));
     return {};
 }
 
@@ -144,6 +145,7 @@ CustomView::CustomView(QWidget* parent)
     setStyleSheet(QString::fromLatin1(panelStyle));
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::ClickFocus);
+    installAccessibleValues();
 }
 
 CustomView::~CustomView() = default;
@@ -167,7 +169,7 @@ void CustomView::connectOutlets() {
 
 void CustomView::awakeFromNib() {
     if (o_gainDbSlider && o_gainValueText)
-        o_gainValueText->setText(QString::asprintf("%+.1f", o_gainDbSlider->value() / 100.0));
+        o_gainValueText->setText(formatDecibels(o_gainDbSlider->value() / 100.0));
     update();
     for (MeteringView* meter : {_MeteringViewL.data(), _MeteringViewR.data()}) {
         if (meter) {
@@ -271,18 +273,18 @@ void CustomView::updateAccessibleNames() {
     const auto buttons = findChildren<SKShapedButton*>();
     for (SKShapedButton* button : buttons) {
         const QString key = button->property("accessibleKey").toString();
-        QString name = key.isEmpty() ? QString() : plainTextOf(localizedKey(key));
+        QString name = key.isEmpty() ? QString() : withoutMnemonic(plainTextOf(localizedKey(key)));
         if (name.isEmpty() && button->caption())
-            name = plainTextOf(button->caption()->text());
+            name = withoutMnemonic(plainTextOf(button->caption()->text()));
         button->setAccessibleName(name);
     }
     const auto controls = findChildren<QWidget*>();
     for (QWidget* control : controls) {
         if (!qobject_cast<QLineEdit*>(control) && !qobject_cast<QCheckBox*>(control) &&
-            !qobject_cast<QSlider*>(control))
+            !qobject_cast<QSlider*>(control) && !qobject_cast<MeteringView*>(control))
             continue;
         const QString key = control->property("accessibleKey").toString();
-        QString name = key.isEmpty() ? QString() : plainTextOf(localizedKey(key));
+        QString name = key.isEmpty() ? QString() : withoutMnemonic(plainTextOf(localizedKey(key)));
         const QString buddy = buddyText(this, control);
         if (!buddy.isEmpty())
             name = name.isEmpty() ? buddy : name + QLatin1Char(' ') + buddy;
@@ -534,7 +536,7 @@ void CustomView::doGainSlider(QObject* sender) {
     // The slider counts hundredths of a decibel; the gain is rounded to a tenth.
     const double value = std::floor(slider->value() / 100.0 * 10.0 + 0.5) / 10.0;
     if (o_gainValueText)
-        o_gainValueText->setText(QString::asprintf("%+.1f", value));
+        o_gainValueText->setText(formatDecibels(value));
     if (_controller)
         _controller->setRecordingGainDb(float(value));
 }

@@ -1,12 +1,16 @@
 #include "ui/panels/CustomView.h"
 
+#include "ui/Catalogue.h"
+
 #include "support/RecordingPanelController.h"
+#include "ui/panels/PanelForms.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
 #include "ui/widgets/MeteringView.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/window/CustomWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
@@ -17,6 +21,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 
 using namespace waxline::ui;
@@ -265,15 +270,89 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
     window.setContentView(nullptr);
 }
 
-TEST(CustomView, AccessibleNamesComeFromTheLocalisedTexts) {
-    Panel naming("WXL_Tab7");
-    ASSERT_TRUE(naming.view);
-    naming.view->updateAccessibleNames();
-    auto text = [](const char* key) { return QCoreApplication::translate("Localizable", key); };
-    EXPECT_EQ(naming.button("closeButton")->accessibleName(), text("IDS_BUTTON_CLOSE"));
-    EXPECT_EQ(naming.button("helpButton")->accessibleName(), text("IDS_BUTTON_HELP"));
-    EXPECT_EQ(naming.button("nextButton")->accessibleName(), text("IDS_BUTTON_NEXT"));
-    EXPECT_EQ(naming.child<QLineEdit>("artistField")->accessibleName(), text("IDS_ARTIST_LABEL"));
-    EXPECT_EQ(naming.child<QLineEdit>("trackField3")->accessibleName(),
-              text("IDS_TRACKNAME_LABEL") + QStringLiteral(" 3."));
+// What a screen reader hears for each kind of control, in both languages: names without the
+// mnemonic mark, the slider and the meters in decibels with the language's decimal comma.
+TEST(CustomView, AssistiveToolsHearNamesAndValues) {
+    struct Row {
+        const char* language;
+        const char* nib;
+        const char* control;
+        const char* name;
+        const char* value; // empty: the control has no value
+    };
+    const Row rows[] = {
+        {"en", "WXL_Tab7", "closeButton", "Close", ""},
+        {"en", "WXL_Tab7", "nextButton", "Next", ""},
+        {"de", "WXL_Tab7", "nextButton", "Weiter", ""},
+        {"de", "WXL_Tab7", "reviewButton", "Trennstellen prüfen…", ""},
+        {"en", "WXL_Tab7", "artistField", "Artist", ""},
+        {"de", "WXL_Tab7", "trackField3", "Titelname 3.", ""},
+        {"en", "WXL_Tab7", "trackField10", "Title 10.", ""},
+        {"en", "WXL_Tab2", "automaticallySplitTracks", "New track at each gap", ""},
+        {"en", "WXL_Tab2", "o_gainDbSlider", "Level", "+1.5 dB"},
+        {"de", "WXL_Tab2", "o_gainDbSlider", "Pegel", "+1,5 dB"},
+        {"en", "WXL_Tab2", "_MeteringViewL", "Left channel level", "-12.0 dB"},
+        {"de", "WXL_Tab2", "_MeteringViewR", "Pegel rechter Kanal", "-12,0 dB"},
+        {"en", "WXL_SelectDeviceTab", "selectDeviceReelRunner", "Cassette", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.language) + " " + row.nib + " " + row.control);
+        installCatalogue(QLocale(QString::fromLatin1(row.language)));
+        Panel panel(row.nib);
+        ASSERT_TRUE(panel.view);
+        panel.view->updateAccessibleNames();
+        auto control = panel.child<QWidget>(row.control);
+        ASSERT_NE(control, nullptr);
+        // 150 hundredths of a decibel; a meter fed -12 dB on both bars.
+        if (auto slider = qobject_cast<QSlider*>(control))
+            slider->setValue(150);
+        if (auto meter = qobject_cast<MeteringView*>(control)) {
+            const float levels[2] = {-12.0f, -12.0f};
+            meter->updateMeters(levels);
+        }
+        QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(control);
+        ASSERT_NE(heard, nullptr);
+        EXPECT_EQ(heard->text(QAccessible::Name), QString::fromUtf8(row.name));
+        if (*row.value) {
+            EXPECT_EQ(heard->text(QAccessible::Value), QString::fromUtf8(row.value));
+            ASSERT_NE(heard->valueInterface(), nullptr);
+            EXPECT_NEAR(heard->valueInterface()->currentValue().toDouble(),
+                        QString::fromLatin1(row.value)
+                            .split(QLatin1Char(' '))[0]
+                            .replace(QLatin1Char(','), QLatin1Char('.'))
+                            .toDouble(),
+                        1e-9);
+        }
+    }
+    installCatalogue(QLocale(QLocale::English));
+}
+
+// Every captioned button and every label naming a control carries a mnemonic, and no two on a
+// panel share a letter, in either language.
+TEST(CustomView, EveryPanelHasUniqueMnemonics) {
+    for (const char* language : {"en", "de"}) {
+        installCatalogue(QLocale(QString::fromLatin1(language)));
+        for (unsigned number = 1; number <= 12; ++number) {
+            const QString nib = nibNameForPanel(number);
+            SCOPED_TRACE(std::string(language) + " " + nib.toStdString());
+            Panel panel(nib.toLatin1().constData());
+            ASSERT_TRUE(panel.view);
+            std::map<QString, QString> owners;
+            const auto labels = panel.view->findChildren<QLabel*>();
+            for (const QLabel* label : labels) {
+                if (!label->buddy() || !label->isVisibleTo(panel.view.get()))
+                    continue;
+                const QKeySequence key = QKeySequence::mnemonic(label->text());
+                EXPECT_FALSE(key.isEmpty()) << qPrintable(label->text()) << " has no mnemonic";
+                if (key.isEmpty())
+                    continue;
+                const QString letter = key.toString().toLower();
+                EXPECT_EQ(owners.count(letter), 0u)
+                    << qPrintable(label->text()) << " shares " << qPrintable(letter) << " with "
+                    << qPrintable(owners[letter]);
+                owners[letter] = label->text();
+            }
+        }
+    }
+    installCatalogue(QLocale(QLocale::English));
 }
