@@ -43,6 +43,7 @@ QLabel[textStyle="hint"] { font-size: 11px; color: #5E4A3B; }
 QLabel[textStyle="notice"] { font-size: 12px; color: #8A3A22; }
 QLabel[textStyle="card"] { font-size: 13px; font-weight: bold; color: #2B1F17; }
 QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #3B2A20; }
+QLabel[textStyle="peak"] { font-size: 11px; font-weight: bold; color: #3B2A20; }
 QLabel#caption { font-size: 14px; font-weight: bold; color: #2B1F17; }
 *#findAlbumButton > QLabel#caption { font-size: 12px; }
 *[image="btn_WideDefault"] > QLabel#caption { color: #2B1F17; }
@@ -157,6 +158,10 @@ void CustomView::connectOutlets() {
     o_gainValueText = findChild<QLabel*>(QStringLiteral("o_gainValueText"));
     _MeteringViewL = findChild<MeteringView*>(QStringLiteral("_MeteringViewL"));
     _MeteringViewR = findChild<MeteringView*>(QStringLiteral("_MeteringViewR"));
+    peakTextL = findChild<QLabel*>(QStringLiteral("meterPeakLeft"));
+    peakTextR = findChild<QLabel*>(QStringLiteral("meterPeakRight"));
+    if (auto scale = findChild<MeterScale*>(QStringLiteral("meterScale")))
+        scale->setMeter(_MeteringViewL);
     splitTracksButton = findChild<SKShapedButton*>(QStringLiteral("splitTracksButton"));
     selectDeviceOrbitDisc = findChild<SKShapedButton*>(QStringLiteral("selectDeviceOrbitDisc"));
     selectDeviceReelRunner = findChild<SKShapedButton*>(QStringLiteral("selectDeviceReelRunner"));
@@ -409,16 +414,19 @@ void CustomView::updateLevelMeterTimer() {
 }
 
 void CustomView::updateChannelLevel() {
-    auto feed = [](MeteringView* meter, const PeakReader& read) {
+    auto feed = [](MeteringView* meter, const PeakReader& read, PeakHold& hold, QLabel* figure) {
         if (!read)
             return;
         const float db = float(20.0 * std::log10(double(read())));
         const float values[2] = {db, db};
         if (meter)
             meter->updateMeters(values);
+        const double held = hold.update(double(db));
+        if (figure)
+            figure->setText(formatPeak(held));
     };
-    feed(_MeteringViewL, peakLeft);
-    feed(_MeteringViewR, peakRight);
+    feed(_MeteringViewL, peakLeft, peakHoldL, peakTextL);
+    feed(_MeteringViewR, peakRight, peakHoldR, peakTextR);
 }
 
 void CustomView::forward(void (PanelController::*action)(QObject*), QObject* sender) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/widgets/MeterScale.h"
 #include "ui/widgets/Picture.h"
 
 #include <QPointF>
@@ -141,6 +142,11 @@ private:
 
     PeakReader peakLeft;
     PeakReader peakRight;
+    // The figures under the meters hold a peak for about 1.5 s of 15 updates a second.
+    QPointer<QLabel> peakTextL;
+    QPointer<QLabel> peakTextR;
+    PeakHold peakHoldL{22};
+    PeakHold peakHoldR{22};
 };
 
 // Is this name an action a panel's control may carry ("doNextButton1:")?

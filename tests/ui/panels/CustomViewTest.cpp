@@ -191,7 +191,8 @@ TEST(CustomView, MeteringReadsEachChannelsPeakIntoItsMeter) {
     EXPECT_TRUE(left->hasClipIndicator());
     EXPECT_EQ(left->clipState(0), 1) << "full scale lights the left lamp";
     EXPECT_EQ(right->clipState(0), 0);
-    EXPECT_NEAR(right->meterValue(0), 0.5 / 0.9999 * 240, 0.01);
+    EXPECT_NEAR(right->meterValue(0), 0.5 / 0.9999 * 212, 0.01)
+        << "the panel's meters are 212 px tall";
     std::unique_ptr<QTimer> second = ready.view->startMetering();
     EXPECT_TRUE(timer->isActive()) << "the caller stops the first timer, not startMetering";
 }
