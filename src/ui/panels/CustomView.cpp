@@ -61,7 +61,8 @@ QSlider::handle:horizontal { width: 18px; height: 18px; margin: -7px 0; border-r
 QSlider::handle:horizontal:focus { border: 2px solid #2F8FA3; }
 QCheckBox::indicator { width: 18px; height: 18px; border: 1px solid #8C7358; border-radius: 4px;
                        background: #FFFDF8; }
-QCheckBox::indicator:checked { background: #D9892B; border: 1px solid #3B2A20; }
+QCheckBox::indicator:checked { background: #D9892B; border: 1px solid #3B2A20;
+                               image: url(:/waxline/artwork/box_Tick.svg); }
 QCheckBox::indicator:focus { border: 2px solid #2F8FA3; }
 )";
 
