@@ -91,6 +91,7 @@ const char* const knownActions[] = {
     "doNextButton6:",
     "doYesButton6:",
     "doNoButton6:",
+    "doFinishButton6:",
     "doBackButton7:",
     "doNextButton7:",
     "doBackButton8:",
@@ -529,6 +530,10 @@ void CustomView::doNextButton6(QObject* sender) {
         forward(&PanelController::doCloseApplication, sender);
     else
         forward(&PanelController::doNextButton6, sender);
+}
+
+void CustomView::doFinishButton6(QObject* sender) {
+    forward(&PanelController::doCloseApplication, sender);
 }
 
 void CustomView::doRecordButton(QObject*) {

@@ -84,6 +84,8 @@ public Q_SLOTS:
     void doNextButton5(QObject* sender);
     void doBackButton6(QObject* sender);
     void doNextButton6(QObject* sender);
+    // Panel 6's Finish: the side is saved, the application ends.
+    void doFinishButton6(QObject* sender);
     void doYesButton6(QObject* sender);
     void doNoButton6(QObject* sender);
     void doBackButton7(QObject* sender);

@@ -380,8 +380,8 @@
     </message>
     <message>
         <source>IDS_PANEL6_TEXT</source>
-        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
-        <translation>Ihre Titel liegen jetzt im Musikordner. Wählen Sie &lt;b&gt;Ja&lt;/b&gt;, um die andere Seite oder eine weitere Platte aufzunehmen (bei gleichem Interpreten und Album wird weitergezählt), oder &lt;b&gt;Nein&lt;/b&gt;, um Waxline zu beenden.</translation>
+        <extracomment>Record another side records more; Finish closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Ihre Titel liegen jetzt im Musikordner. Wählen Sie &lt;b&gt;Weitere Seite aufnehmen&lt;/b&gt; für die andere Seite oder eine weitere Platte (bei gleichem Interpreten und Album wird weitergezählt), oder &lt;b&gt;Beenden&lt;/b&gt;, um Waxline zu beenden.</translation>
     </message>
     <message>
         <source>IDS_PANEL7_TITLE</source>
@@ -872,6 +872,16 @@
         <source>IDS_METER_RIGHT_NAME</source>
         <extracomment>Accessible name of the right level meter</extracomment>
         <translation>Pegel rechter Kanal</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_ANOTHER_SIDE</source>
+        <extracomment>Panel 6: go on with the next side (the default button); a button caption, at most 24 characters</extracomment>
+        <translation>&amp;Weitere Seite aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_FINISH</source>
+        <extracomment>Panel 6: the side is saved, end the application; a button caption, at most 12 characters</extracomment>
+        <translation>&amp;Beenden</translation>
     </message>
 </context>
 </TS>

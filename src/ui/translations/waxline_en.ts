@@ -380,8 +380,8 @@
     </message>
     <message>
         <source>IDS_PANEL6_TEXT</source>
-        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
-        <translation>Your tracks are in your music folder. Choose &lt;b&gt;Yes&lt;/b&gt; to record the other side or another record (with the same artist and album, the track numbers carry on), or &lt;b&gt;No&lt;/b&gt; to close Waxline.</translation>
+        <extracomment>Record another side records more; Finish closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Your tracks are in your music folder. Choose &lt;b&gt;Record another side&lt;/b&gt; for the other side or another record (with the same artist and album, the track numbers carry on), or &lt;b&gt;Finish&lt;/b&gt; to close Waxline.</translation>
     </message>
     <message>
         <source>IDS_PANEL7_TITLE</source>
@@ -872,6 +872,16 @@
         <source>IDS_METER_RIGHT_NAME</source>
         <extracomment>Accessible name of the right level meter</extracomment>
         <translation>Right channel level</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_ANOTHER_SIDE</source>
+        <extracomment>Panel 6: go on with the next side (the default button); a button caption, at most 24 characters</extracomment>
+        <translation>&amp;Record another side</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_FINISH</source>
+        <extracomment>Panel 6: the side is saved, end the application; a button caption, at most 12 characters</extracomment>
+        <translation>&amp;Finish</translation>
     </message>
 </context>
 </TS>

@@ -140,7 +140,7 @@ std::unique_ptr<CustomView> loadPanelInTrouble(unsigned panel) {
                  localizedKey(QStringLiteral("IDS_TRACKS_NOT_SAVED")).arg(QStringLiteral("1–2")) +
                      QLatin1Char(' ') + noEncoder);
     if (panel == 6) {
-        for (const char* name : {"bodyText", "_yesButton6", "_noButton6", "doneArt", "nextButton"})
+        for (const char* name : {"bodyText", "finishButton", "doneArt", "nextButton"})
             setShown(*view, name, false);
         for (const char* name : {"missingText", "retryButton", "keepButton"})
             setShown(*view, name, true);
