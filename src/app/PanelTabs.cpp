@@ -7,6 +7,7 @@
 #include "ui/panels/PanelForms.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
+#include "ui/widgets/SKShapedButton.h"
 #include "ui/window/CustomWindow.h"
 
 #include <QLabel>
@@ -224,6 +225,16 @@ void PanelTabs::setRecordingLook(bool recording, int tracks) {
     for (const char* name : {"stopButton", "nextButton"})
         if (auto button = v->findChild<QWidget*>(QString::fromLatin1(name)))
             button->setVisible((QLatin1String(name) == QLatin1String("stopButton")) == recording);
+}
+
+void PanelTabs::setNextSaves(unsigned panel, bool saves) {
+    ui::CustomView* v = view(panel);
+    auto next = v ? v->findChild<ui::SKShapedButton*>(QStringLiteral("nextButton")) : nullptr;
+    if (!next)
+        return;
+    next->setCaptionKey(saves ? QStringLiteral("IDS_BUTTON_EXPORT")
+                              : QStringLiteral("IDS_BUTTON_NEXT"));
+    v->updateAccessibleNames();
 }
 
 void PanelTabs::setSplitsNotice(bool shown) {

@@ -52,6 +52,7 @@ public:
     void setShown(unsigned panel, int tag, bool shown) override;
     bool isShown(unsigned panel, int tag) const override;
     void setSplitsNotice(bool shown) override;
+    void setNextSaves(unsigned panel, bool saves) override;
     void setRecordingLook(bool recording, int tracks) override;
     void setBusy(bool animating) override;
     void setProgressRange(int maximum) override;

@@ -153,6 +153,13 @@ void SKShapedButton::awakeFromNib() {
     updateGeometry();
 }
 
+void SKShapedButton::setCaptionKey(const QString& key) {
+    if (key == text())
+        return;
+    setText(key);
+    awakeFromNib();
+}
+
 QRect SKShapedButton::captionFrame() const {
     QRect frame = rect();
     if (text().startsWith(QLatin1String("IDS_BUTTON_BOTTOM_")))

@@ -50,6 +50,8 @@ public:
 
     // Once the form has set its properties: the tint and the caption.
     void awakeFromNib();
+    // Shows the catalogue text of another "IDS_BUTTON_" key as the caption.
+    void setCaptionKey(const QString& key);
     bool graphiteTint() const;
     void controlTintChanged();
 
