@@ -221,8 +221,8 @@ TEST(PanelMachine, NamingPanelsNextSaysSaveOnTheLastPanelNeeded) {
         unsigned panel;
         bool saves;
     };
-    const Case cases[] = {{3, 7, true},   {10, 7, true},  {11, 7, false}, {13, 8, true},
-                          {21, 8, false}, {30, 9, true},  {31, 9, false}, {40, 10, true}};
+    const Case cases[] = {{3, 7, true},   {10, 7, true}, {11, 7, false}, {13, 8, true},
+                          {21, 8, false}, {30, 9, true}, {31, 9, false}, {40, 10, true}};
     for (const Case& c : cases) {
         WizardRig w;
         w.standOn(3, c.tracks);
