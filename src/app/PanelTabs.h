@@ -69,11 +69,14 @@ private:
     const TabItem* item(unsigned panel) const;
     QWidget* control(unsigned panel, int tag) const;
     ui::CustomView* viewFromNibWithName(const QString& nibName);
+    void showBusy();
 
     ui::CustomWindow& window;
     ui::PanelController& controller;
     std::vector<TabItem> items;
     bool splitsNotice = false;
+    bool busyNow = false;
+    int progressTotal = 0;
     unsigned selected = 0;
 };
 

@@ -883,5 +883,20 @@
         <extracomment>Panel 6: the side is saved, end the application; a button caption, at most 12 characters</extracomment>
         <translation>&amp;Finish</translation>
     </message>
+    <message>
+        <source>IDS_SAVING_TRACK</source>
+        <extracomment>Panel 5 progress bar while a track without a title is saved; %1 = its number, %2 = the number of tracks</extracomment>
+        <translation>Saving track %1 of %2</translation>
+    </message>
+    <message>
+        <source>IDS_SAVING_TRACK_TITLE</source>
+        <extracomment>Panel 5 progress bar while a track is saved; %1 = its number, %2 = the number of tracks, %3 = its title</extracomment>
+        <translation>Saving track %1 of %2 — %3</translation>
+    </message>
+    <message>
+        <source>IDS_SAVED_TRACKS</source>
+        <extracomment>Panel 5 progress bar once every track is saved; %1 = saved, %2 = all</extracomment>
+        <translation>%1 of %2 tracks saved</translation>
+    </message>
 </context>
 </TS>

@@ -4,6 +4,7 @@
 
 #include "support/RecordingPanelController.h"
 #include "ui/panels/PanelForms.h"
+#include "ui/panels/SavingProgress.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
 #include "ui/widgets/MeteringView.h"
@@ -15,6 +16,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QSlider>
 #include <QTest>
 #include <QTimer>
@@ -344,6 +346,34 @@ TEST(CustomView, EveryPanelHasUniqueMnemonics) {
                 owners[letter] = label->text();
             }
         }
+    }
+    installCatalogue(QLocale(QLocale::English));
+}
+
+// Panel 5's one bar says which track is being saved, in the window's language.
+TEST(CustomView, SavingProgressSaysWhichTrack) {
+    struct Row {
+        const char* language;
+        int saved;
+        int total;
+        const char* title;
+        const char* shown;
+    };
+    const Row rows[] = {
+        {"en", 1, 5, "Blue in Green", "Saving track 2 of 5 \u2014 Blue in Green"},
+        {"de", 0, 3, "So What", "Titel 1 von 3 wird gespeichert \u2014 So What"},
+        {"en", 2, 4, "  ", "Saving track 3 of 4"},
+        {"en", 0, 2, "100% Pure", "Saving track 1 of 2 \u2014 100% Pure"},
+        {"en", 0, 2, "50%minus", "Saving track 1 of 2 \u2014 50%\u2060minus"},
+        {"de", 4, 4, "", "4 von 4 Titeln gespeichert"},
+    };
+    for (const Row& row : rows) {
+        installCatalogue(QLocale(QString::fromLatin1(row.language)));
+        QProgressBar bar;
+        showSavingProgress(bar, row.saved, row.total, QString::fromUtf8(row.title));
+        EXPECT_EQ(bar.text(), QString::fromUtf8(row.shown)) << row.shown;
+        EXPECT_EQ(bar.value(), row.saved);
+        EXPECT_EQ(bar.maximum(), row.total);
     }
     installCatalogue(QLocale(QLocale::English));
 }
