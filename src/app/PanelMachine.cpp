@@ -78,6 +78,7 @@ void PanelMachine::offerTrackFields(unsigned namingPanel, bool empty) {
             views.setText(namingPanel, tag, QString());
         views.setFieldOffered(namingPanel, tag, track <= recorded);
     }
+    views.setNextSaves(namingPanel, namingPanel == panel::nameLast || recorded < first + 10);
 }
 
 void PanelMachine::startMetering(unsigned n) {

@@ -1,12 +1,16 @@
 #include "app/PanelTabs.h"
 
+#include "app/PanelMachine.h"
+
 #include "capture/chain/InputChain.h"
 #include "ui/Catalogue.h"
 #include "ui/panels/CustomView.h"
 #include "ui/panels/ImageForView.h"
 #include "ui/panels/PanelForms.h"
+#include "ui/panels/SavingProgress.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
+#include "ui/widgets/SKShapedButton.h"
 #include "ui/window/CustomWindow.h"
 
 #include <QLabel>
@@ -226,6 +230,16 @@ void PanelTabs::setRecordingLook(bool recording, int tracks) {
             button->setVisible((QLatin1String(name) == QLatin1String("stopButton")) == recording);
 }
 
+void PanelTabs::setNextSaves(unsigned panel, bool saves) {
+    ui::CustomView* v = view(panel);
+    auto next = v ? v->findChild<ui::SKShapedButton*>(QStringLiteral("nextButton")) : nullptr;
+    if (!next)
+        return;
+    next->setCaptionKey(saves ? QStringLiteral("IDS_BUTTON_EXPORT")
+                              : QStringLiteral("IDS_BUTTON_NEXT"));
+    v->updateAccessibleNames();
+}
+
 void PanelTabs::setSplitsNotice(bool shown) {
     splitsNotice = shown;
     for (unsigned panel : {4u, 7u})
@@ -235,25 +249,38 @@ void PanelTabs::setSplitsNotice(bool shown) {
 }
 
 void PanelTabs::setBusy(bool animating) {
+    busyNow = animating;
+    showBusy();
+}
+
+// The labelled bar counts the tracks; the busy indicator only runs when there is none to count.
+void PanelTabs::showBusy() {
     ui::CustomView* v = view(exportPanel);
     auto busy = v ? v->findChild<QProgressBar*>(QStringLiteral("_progressIndicator")) : nullptr;
     if (!busy)
         return;
     // A bar with no range is Qt's busy indicator; stopped, it is not shown.
     busy->setRange(0, 0);
-    busy->setVisible(animating);
+    busy->setVisible(busyNow && progressTotal == 0);
 }
 
 void PanelTabs::setProgressRange(int maximum) {
-    if (auto bar = qobject_cast<QProgressBar*>(control(exportPanel, progressTag))) {
-        bar->setMinimum(0);
-        bar->setMaximum(maximum);
-    }
+    progressTotal = maximum;
+    showBusy();
+    setProgressValue(0);
 }
 
 void PanelTabs::setProgressValue(int value) {
-    if (auto bar = qobject_cast<QProgressBar*>(control(exportPanel, progressTag)))
-        bar->setValue(value);
+    auto bar = qobject_cast<QProgressBar*>(control(exportPanel, progressTag));
+    if (!bar)
+        return;
+    // The track being saved is the one after those done; one track is named on panel 4.
+    const int track = value + 1;
+    const QString title = track > progressTotal ? QString()
+                          : progressTotal == 1
+                              ? text(panel::nameOne, panel::oneNameTag)
+                              : text(panel::namingPanelOf(track), panel::trackNameTag(track));
+    ui::showSavingProgress(*bar, value, progressTotal, title);
 }
 
 } // namespace waxline::app

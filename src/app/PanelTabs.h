@@ -52,6 +52,7 @@ public:
     void setShown(unsigned panel, int tag, bool shown) override;
     bool isShown(unsigned panel, int tag) const override;
     void setSplitsNotice(bool shown) override;
+    void setNextSaves(unsigned panel, bool saves) override;
     void setRecordingLook(bool recording, int tracks) override;
     void setBusy(bool animating) override;
     void setProgressRange(int maximum) override;
@@ -68,11 +69,14 @@ private:
     const TabItem* item(unsigned panel) const;
     QWidget* control(unsigned panel, int tag) const;
     ui::CustomView* viewFromNibWithName(const QString& nibName);
+    void showBusy();
 
     ui::CustomWindow& window;
     ui::PanelController& controller;
     std::vector<TabItem> items;
     bool splitsNotice = false;
+    bool busyNow = false;
+    int progressTotal = 0;
     unsigned selected = 0;
 };
 

@@ -44,6 +44,10 @@ public:
     // panel, as the recording it stopped: `tracks` of them, and Next to name them.
     virtual void setRecordingLook(bool recording, int tracks) = 0;
 
+    // Naming panels 7 to 10: whether Next saves the side (no later naming panel is needed);
+    // its caption then says Save.
+    virtual void setNextSaves(unsigned panel, bool saves) = 0;
+
     // Panels 4 and 7: the notice that the analysis proposes other splits.
     virtual void setSplitsNotice(bool shown) = 0;
     // Panels 4 and 7: the export choices for this run, "Remove clicks and hum" and "Also keep

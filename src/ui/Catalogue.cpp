@@ -4,6 +4,8 @@
 #include <QTextDocument>
 #include <QTranslator>
 
+#include <cmath>
+
 namespace waxline::ui {
 
 QString localizedKey(const QString& key) {
@@ -32,6 +34,8 @@ QString installCatalogue(const QLocale& locale) {
     }
     QCoreApplication::installTranslator(translator);
     installed = translator;
+    // Numbers follow the language the window speaks: "+0,0 dB" beside German words.
+    QLocale::setDefault(locale);
     return language;
 }
 
@@ -41,6 +45,25 @@ QString plainTextOf(const QString& richOrPlain) {
     QTextDocument document;
     document.setHtml(richOrPlain);
     return document.toPlainText().simplified();
+}
+
+QString withoutMnemonic(const QString& caption) {
+    QString plain;
+    plain.reserve(caption.size());
+    for (qsizetype i = 0; i < caption.size(); ++i) {
+        if (caption[i] == QLatin1Char('&') && i + 1 < caption.size())
+            ++i;
+        plain += caption[i];
+    }
+    return plain;
+}
+
+QString formatDecibels(double db) {
+    const QLocale locale;
+    // Rounded first, so that -0.04 reads "+0.0" and never "-0.0".
+    const double tenths = std::round(db * 10.0) / 10.0;
+    const QString digits = locale.toString(tenths == 0.0 ? 0.0 : tenths, 'f', 1);
+    return tenths >= 0.0 ? locale.positiveSign() + digits : digits;
 }
 
 } // namespace waxline::ui

@@ -17,4 +17,10 @@ QString installCatalogue(const QLocale& locale);
 // Plain text of a catalogue value, which may be Qt rich text.
 QString plainTextOf(const QString& richOrPlain);
 
+// A caption as a screen reader says it: the mnemonic marks ("&Next") taken out, "&&" kept as "&".
+QString withoutMnemonic(const QString& caption);
+
+// A level or gain in tenths of a decibel with its sign, in the default locale ("+1,5" in German).
+QString formatDecibels(double db);
+
 } // namespace waxline::ui

@@ -33,6 +33,7 @@ public:
     bool busy = false;
     int progressMaximum = -1;
     std::vector<int> progress;
+    std::map<unsigned, bool> nextSaves; // naming panel: whether its Next says Save
 
     bool selectPanel(unsigned panel) override {
         if (panel < 1 || panel > 12 || panel == shown)
@@ -67,6 +68,7 @@ public:
         return it != visible.end() && it->second;
     }
     void setSplitsNotice(bool on) override { splitsNotice = on; }
+    void setNextSaves(unsigned panel, bool saves) override { nextSaves[panel] = saves; }
     void setRecordingLook(bool on, int) override { recordingLook = on; }
     void setBusy(bool animating) override { busy = animating; }
     void setProgressRange(int maximum) override { progressMaximum = maximum; }

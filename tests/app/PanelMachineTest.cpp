@@ -214,5 +214,22 @@ TEST(PanelMachine, EnteringAPanelPreparesItsFields) {
         EXPECT_EQ(three.views.offered.at({7, tag}), tag <= 63) << tag;
 }
 
+// Next on a naming panel says Save when no later panel is needed for the tracks recorded.
+TEST(PanelMachine, NamingPanelsNextSaysSaveOnTheLastPanelNeeded) {
+    struct Case {
+        int tracks;
+        unsigned panel;
+        bool saves;
+    };
+    const Case cases[] = {{3, 7, true},   {10, 7, true}, {11, 7, false}, {13, 8, true},
+                          {21, 8, false}, {30, 9, true}, {31, 9, false}, {40, 10, true}};
+    for (const Case& c : cases) {
+        WizardRig w;
+        w.standOn(3, c.tracks);
+        w.machine.setPanel(c.panel);
+        EXPECT_EQ(w.views.nextSaves.at(c.panel), c.saves) << c.tracks << " on " << c.panel;
+    }
+}
+
 } // namespace
 } // namespace waxline::test

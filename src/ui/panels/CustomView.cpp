@@ -2,6 +2,7 @@
 
 #include "ui/Catalogue.h"
 #include "ui/PanelController.h"
+#include "ui/widgets/AccessibleValues.h"
 #include "ui/widgets/MeteringView.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/widgets/WXTextView.h"
@@ -42,6 +43,7 @@ QLabel[textStyle="hint"] { font-size: 11px; color: #5E4A3B; }
 QLabel[textStyle="notice"] { font-size: 12px; color: #8A3A22; }
 QLabel[textStyle="card"] { font-size: 13px; font-weight: bold; color: #2B1F17; }
 QLabel[textStyle="meter"] { font-size: 12px; font-weight: bold; color: #3B2A20; }
+QLabel[textStyle="peak"] { font-size: 11px; font-weight: bold; color: #3B2A20; }
 QLabel#caption { font-size: 14px; font-weight: bold; color: #2B1F17; }
 *#findAlbumButton > QLabel#caption { font-size: 12px; }
 *[image="btn_WideDefault"] > QLabel#caption { color: #2B1F17; }
@@ -59,7 +61,8 @@ QSlider::handle:horizontal { width: 18px; height: 18px; margin: -7px 0; border-r
 QSlider::handle:horizontal:focus { border: 2px solid #2F8FA3; }
 QCheckBox::indicator { width: 18px; height: 18px; border: 1px solid #8C7358; border-radius: 4px;
                        background: #FFFDF8; }
-QCheckBox::indicator:checked { background: #D9892B; border: 1px solid #3B2A20; }
+QCheckBox::indicator:checked { background: #D9892B; border: 1px solid #3B2A20;
+                               image: url(:/waxline/artwork/box_Tick.svg); }
 QCheckBox::indicator:focus { border: 2px solid #2F8FA3; }
 )";
 
@@ -88,6 +91,7 @@ const char* const knownActions[] = {
     "doNextButton6:",
     "doYesButton6:",
     "doNoButton6:",
+    "doFinishButton6:",
     "doBackButton7:",
     "doNextButton7:",
     "doBackButton8:",
@@ -122,7 +126,7 @@ QString buddyText(const QWidget* view, const QWidget* control) {
     const auto labels = view->findChildren<QLabel*>();
     for (const QLabel* label : labels)
         if (label->buddy() == control)
-            return plainTextOf(label->text());
+            return withoutMnemonic(plainTextOf(label->text()));
     return {};
 }
 
@@ -144,6 +148,7 @@ CustomView::CustomView(QWidget* parent)
     setStyleSheet(QString::fromLatin1(panelStyle));
     setAttribute(Qt::WA_TranslucentBackground);
     setFocusPolicy(Qt::ClickFocus);
+    installAccessibleValues();
 }
 
 CustomView::~CustomView() = default;
@@ -155,6 +160,10 @@ void CustomView::connectOutlets() {
     o_gainValueText = findChild<QLabel*>(QStringLiteral("o_gainValueText"));
     _MeteringViewL = findChild<MeteringView*>(QStringLiteral("_MeteringViewL"));
     _MeteringViewR = findChild<MeteringView*>(QStringLiteral("_MeteringViewR"));
+    peakTextL = findChild<QLabel*>(QStringLiteral("meterPeakLeft"));
+    peakTextR = findChild<QLabel*>(QStringLiteral("meterPeakRight"));
+    if (auto scale = findChild<MeterScale*>(QStringLiteral("meterScale")))
+        scale->setMeter(_MeteringViewL);
     splitTracksButton = findChild<SKShapedButton*>(QStringLiteral("splitTracksButton"));
     selectDeviceOrbitDisc = findChild<SKShapedButton*>(QStringLiteral("selectDeviceOrbitDisc"));
     selectDeviceReelRunner = findChild<SKShapedButton*>(QStringLiteral("selectDeviceReelRunner"));
@@ -167,7 +176,7 @@ void CustomView::connectOutlets() {
 
 void CustomView::awakeFromNib() {
     if (o_gainDbSlider && o_gainValueText)
-        o_gainValueText->setText(QString::asprintf("%+.1f", o_gainDbSlider->value() / 100.0));
+        o_gainValueText->setText(formatDecibels(o_gainDbSlider->value() / 100.0));
     update();
     for (MeteringView* meter : {_MeteringViewL.data(), _MeteringViewR.data()}) {
         if (meter) {
@@ -271,18 +280,18 @@ void CustomView::updateAccessibleNames() {
     const auto buttons = findChildren<SKShapedButton*>();
     for (SKShapedButton* button : buttons) {
         const QString key = button->property("accessibleKey").toString();
-        QString name = key.isEmpty() ? QString() : plainTextOf(localizedKey(key));
+        QString name = key.isEmpty() ? QString() : withoutMnemonic(plainTextOf(localizedKey(key)));
         if (name.isEmpty() && button->caption())
-            name = plainTextOf(button->caption()->text());
+            name = withoutMnemonic(plainTextOf(button->caption()->text()));
         button->setAccessibleName(name);
     }
     const auto controls = findChildren<QWidget*>();
     for (QWidget* control : controls) {
         if (!qobject_cast<QLineEdit*>(control) && !qobject_cast<QCheckBox*>(control) &&
-            !qobject_cast<QSlider*>(control))
+            !qobject_cast<QSlider*>(control) && !qobject_cast<MeteringView*>(control))
             continue;
         const QString key = control->property("accessibleKey").toString();
-        QString name = key.isEmpty() ? QString() : plainTextOf(localizedKey(key));
+        QString name = key.isEmpty() ? QString() : withoutMnemonic(plainTextOf(localizedKey(key)));
         const QString buddy = buddyText(this, control);
         if (!buddy.isEmpty())
             name = name.isEmpty() ? buddy : name + QLatin1Char(' ') + buddy;
@@ -407,16 +416,19 @@ void CustomView::updateLevelMeterTimer() {
 }
 
 void CustomView::updateChannelLevel() {
-    auto feed = [](MeteringView* meter, const PeakReader& read) {
+    auto feed = [](MeteringView* meter, const PeakReader& read, PeakHold& hold, QLabel* figure) {
         if (!read)
             return;
         const float db = float(20.0 * std::log10(double(read())));
         const float values[2] = {db, db};
         if (meter)
             meter->updateMeters(values);
+        const double held = hold.update(double(db));
+        if (figure)
+            figure->setText(formatPeak(held));
     };
-    feed(_MeteringViewL, peakLeft);
-    feed(_MeteringViewR, peakRight);
+    feed(_MeteringViewL, peakLeft, peakHoldL, peakTextL);
+    feed(_MeteringViewR, peakRight, peakHoldR, peakTextR);
 }
 
 void CustomView::forward(void (PanelController::*action)(QObject*), QObject* sender) {
@@ -520,6 +532,10 @@ void CustomView::doNextButton6(QObject* sender) {
         forward(&PanelController::doNextButton6, sender);
 }
 
+void CustomView::doFinishButton6(QObject* sender) {
+    forward(&PanelController::doCloseApplication, sender);
+}
+
 void CustomView::doRecordButton(QObject*) {
     if (_controller)
         _controller->doRecordButton(this, false, false);
@@ -534,7 +550,7 @@ void CustomView::doGainSlider(QObject* sender) {
     // The slider counts hundredths of a decibel; the gain is rounded to a tenth.
     const double value = std::floor(slider->value() / 100.0 * 10.0 + 0.5) / 10.0;
     if (o_gainValueText)
-        o_gainValueText->setText(QString::asprintf("%+.1f", value));
+        o_gainValueText->setText(formatDecibels(value));
     if (_controller)
         _controller->setRecordingGainDb(float(value));
 }

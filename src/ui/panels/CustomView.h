@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/widgets/MeterScale.h"
 #include "ui/widgets/Picture.h"
 
 #include <QPointF>
@@ -83,6 +84,8 @@ public Q_SLOTS:
     void doNextButton5(QObject* sender);
     void doBackButton6(QObject* sender);
     void doNextButton6(QObject* sender);
+    // Panel 6's Finish: the side is saved, the application ends.
+    void doFinishButton6(QObject* sender);
     void doYesButton6(QObject* sender);
     void doNoButton6(QObject* sender);
     void doBackButton7(QObject* sender);
@@ -141,6 +144,11 @@ private:
 
     PeakReader peakLeft;
     PeakReader peakRight;
+    // The figures under the meters hold a peak for about 1.5 s of 15 updates a second.
+    QPointer<QLabel> peakTextL;
+    QPointer<QLabel> peakTextR;
+    PeakHold peakHoldL{22};
+    PeakHold peakHoldR{22};
 };
 
 // Is this name an action a panel's control may carry ("doNextButton1:")?

@@ -1,6 +1,7 @@
 #include "ui/panels/FormLoader.h"
 
 #include "ui/panels/CustomView.h"
+#include "ui/widgets/MeterScale.h"
 #include "ui/widgets/MeteringView.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/widgets/WXTextView.h"
@@ -19,6 +20,8 @@ QWidget* FormLoader::createWidget(const QString& className, QWidget* parent, con
         widget = new CustomView(parent);
     else if (className == QLatin1String("MeteringView"))
         widget = new MeteringView(parent);
+    else if (className == QLatin1String("MeterScale"))
+        widget = new MeterScale(parent);
     else if (className == QLatin1String("SKShapedButton"))
         widget = new SKShapedButton(parent);
     else if (className == QLatin1String("WXTextView"))

@@ -20,8 +20,9 @@ Picture ImageForView(unsigned panel) {
     case 3:
         return Picture::named(QStringLiteral("dlg_Recording"));
     case 6:
-    case 12:
         return Picture::named(QStringLiteral("dlg_Question"));
+    case 12:
+        return Picture::named(QStringLiteral("dlg_Tape"));
     default:
         std::fputs("(_viewImage == NULL)\n", stderr);
         return {};

@@ -1,6 +1,7 @@
 #include "ui/review/WaveformOverview.h"
 
 #include <QKeyEvent>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -29,9 +30,10 @@ constexpr double rulerHeight = 18;
 QString formatSideTime(int64_t frame, unsigned sampleRate) {
     const int64_t tenths =
         sampleRate ? (frame * 10 + int64_t(sampleRate) / 2) / int64_t(sampleRate) : 0;
-    return QString::asprintf("%lld:%02lld.%lld", static_cast<long long>(tenths / 600),
-                             static_cast<long long>(tenths / 10 % 60),
-                             static_cast<long long>(tenths % 10));
+    // The tenths follow the language's decimal sign: "5:53.1", "5:53,1".
+    return QString::asprintf("%lld:%02lld", static_cast<long long>(tenths / 600),
+                             static_cast<long long>(tenths / 10 % 60)) +
+           QLocale().decimalPoint() + QString::number(tenths % 10);
 }
 
 WaveformOverview::WaveformOverview(QWidget* parent)

@@ -156,37 +156,37 @@
     <message>
         <source>IDS_BUTTON_NEXT</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Weiter</translation>
+        <translation>&amp;Weiter</translation>
     </message>
     <message>
         <source>IDS_BUTTON_BACK</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Zurück</translation>
+        <translation>&amp;Zurück</translation>
     </message>
     <message>
         <source>IDS_BUTTON_RECORD</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Aufnehmen</translation>
+        <translation>&amp;Aufnehmen</translation>
     </message>
     <message>
         <source>IDS_BUTTON_STOP</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Stopp</translation>
+        <translation>&amp;Stopp</translation>
     </message>
     <message>
         <source>IDS_BUTTON_NEWTRACK</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Neuer Titel</translation>
+        <translation>&amp;Neuer Titel</translation>
     </message>
     <message>
         <source>IDS_BUTTON_YES</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Ja</translation>
+        <translation>&amp;Ja</translation>
     </message>
     <message>
         <source>IDS_BUTTON_NO</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Nein</translation>
+        <translation>&amp;Nein</translation>
     </message>
     <message>
         <source>IDS_BUTTON_HELP</source>
@@ -201,12 +201,12 @@
     <message>
         <source>IDS_BUTTON_EXPORT</source>
         <extracomment>Starts saving the named tracks; a button caption: at most 12 characters</extracomment>
-        <translation>Speichern</translation>
+        <translation>&amp;Speichern</translation>
     </message>
     <message>
         <source>IDS_BUTTON_DONE</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Fertig</translation>
+        <translation>&amp;Fertig</translation>
     </message>
     <message>
         <source>IDS_PANEL1_TITLE</source>
@@ -281,7 +281,7 @@
     <message>
         <source>IDS_GAIN_LABEL</source>
         <extracomment>Beside the gain slider; a label: at most 24 characters</extracomment>
-        <translation>Pegel</translation>
+        <translation>&amp;Pegel</translation>
     </message>
     <message>
         <source>IDS_GAIN_UNIT</source>
@@ -291,7 +291,7 @@
     <message>
         <source>IDS_AUTOSPLIT_LABEL</source>
         <extracomment>Check box: a new track starts at each quiet gap; a label: at most 24 characters</extracomment>
-        <translation>Bei Stille neuer Titel</translation>
+        <translation>Bei &amp;Stille neuer Titel</translation>
     </message>
     <message>
         <source>IDS_METER_LEFT</source>
@@ -336,17 +336,17 @@
     <message>
         <source>IDS_ARTIST_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Interpret</translation>
+        <translation>&amp;Interpret</translation>
     </message>
     <message>
         <source>IDS_ALBUM_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Album</translation>
+        <translation>Al&amp;bum</translation>
     </message>
     <message>
         <source>IDS_TRACKNAME_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Titelname</translation>
+        <translation>&amp;Titelname</translation>
     </message>
     <message>
         <source>IDS_PANEL5_TITLE</source>
@@ -380,8 +380,8 @@
     </message>
     <message>
         <source>IDS_PANEL6_TEXT</source>
-        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
-        <translation>Ihre Titel liegen jetzt im Musikordner. Wählen Sie &lt;b&gt;Ja&lt;/b&gt;, um die andere Seite oder eine weitere Platte aufzunehmen (bei gleichem Interpreten und Album wird weitergezählt), oder &lt;b&gt;Nein&lt;/b&gt;, um Waxline zu beenden.</translation>
+        <extracomment>Record another side records more; Finish closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Ihre Titel liegen jetzt im Musikordner. Wählen Sie &lt;b&gt;Weitere Seite aufnehmen&lt;/b&gt; für die andere Seite oder eine weitere Platte (bei gleichem Interpreten und Album wird weitergezählt), oder &lt;b&gt;Beenden&lt;/b&gt;, um Waxline zu beenden.</translation>
     </message>
     <message>
         <source>IDS_PANEL7_TITLE</source>
@@ -441,7 +441,7 @@
     <message>
         <source>IDS_BUTTON_REVIEW</source>
         <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
-        <translation>Trennstellen…</translation>
+        <translation>Trennstellen &amp;prüfen…</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NOTICE</source>
@@ -541,7 +541,7 @@
     <message>
         <source>IDS_RECORDING_CONTINUES</source>
         <extracomment>Panel 2 while a recording goes on: the banner that leads back to it; a button caption, one line</extracomment>
-        <translation>Die Aufnahme läuft weiter — zurück zu ihr</translation>
+        <translation>Die Aufnahme läuft &amp;weiter — zurück zu ihr</translation>
     </message>
     <message>
         <source>IDS_LIBRARY_UNWRITABLE</source>
@@ -616,12 +616,12 @@
     <message>
         <source>IDS_BUTTON_TRY_AGAIN</source>
         <extracomment>Panel 6: export the missing tracks again; a button caption: at most 12 characters</extracomment>
-        <translation>Nochmal</translation>
+        <translation>Noch&amp;mal</translation>
     </message>
     <message>
         <source>IDS_BUTTON_KEEP_LATER</source>
         <extracomment>Panel 6: keep the side and close; a button caption: at most 15 characters</extracomment>
-        <translation>Für später</translation>
+        <translation>&amp;Für später</translation>
     </message>
     <message>
         <source>IDS_RECORD_RESTART</source>
@@ -741,7 +741,7 @@
     <message>
         <source>IDS_BUTTON_FIND_ALBUM</source>
         <extracomment>Panels 4 and 7: looks the record up in the music database; a button caption, at most 15 characters</extracomment>
-        <translation>Album suchen…</translation>
+        <translation>Album s&amp;uchen…</translation>
     </message>
     <message>
         <source>IDS_FIND_TITLE</source>
@@ -856,12 +856,47 @@
     <message>
         <source>IDS_CLEAN_CHOICE</source>
         <extracomment>Check box on the naming panels: the MP3s of this run are cleaned of clicks, crackle and mains hum (the recording itself is kept as it is); a label: at most 30 characters</extracomment>
-        <translation>Knackser und Brummen entfernen</translation>
+        <translation>&amp;Knackser und Brummen entfernen</translation>
     </message>
     <message>
         <source>IDS_LOSSLESS_CHOICE</source>
         <extracomment>Check box on the naming panels: each track is also saved as an untouched FLAC file beside its MP3; a label: at most 34 characters</extracomment>
-        <translation>Verlustfreie Kopie (FLAC) behalten</translation>
+        <translation>&amp;Verlustfreie Kopie (FLAC) behalten</translation>
+    </message>
+    <message>
+        <source>IDS_METER_LEFT_NAME</source>
+        <extracomment>Accessible name of the left level meter</extracomment>
+        <translation>Pegel linker Kanal</translation>
+    </message>
+    <message>
+        <source>IDS_METER_RIGHT_NAME</source>
+        <extracomment>Accessible name of the right level meter</extracomment>
+        <translation>Pegel rechter Kanal</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_ANOTHER_SIDE</source>
+        <extracomment>Panel 6: go on with the next side (the default button); a button caption, at most 24 characters</extracomment>
+        <translation>&amp;Weitere Seite aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_FINISH</source>
+        <extracomment>Panel 6: the side is saved, end the application; a button caption, at most 12 characters</extracomment>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>IDS_SAVING_TRACK</source>
+        <extracomment>Panel 5 progress bar while a track without a title is saved; %1 = its number, %2 = the number of tracks</extracomment>
+        <translation>Titel %1 von %2 wird gespeichert</translation>
+    </message>
+    <message>
+        <source>IDS_SAVING_TRACK_TITLE</source>
+        <extracomment>Panel 5 progress bar while a track is saved; %1 = its number, %2 = the number of tracks, %3 = its title</extracomment>
+        <translation>Titel %1 von %2 wird gespeichert — %3</translation>
+    </message>
+    <message>
+        <source>IDS_SAVED_TRACKS</source>
+        <extracomment>Panel 5 progress bar once every track is saved; %1 = saved, %2 = all</extracomment>
+        <translation>%1 von %2 Titeln gespeichert</translation>
     </message>
 </context>
 </TS>

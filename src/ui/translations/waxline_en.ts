@@ -156,37 +156,37 @@
     <message>
         <source>IDS_BUTTON_NEXT</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Next</translation>
+        <translation>&amp;Next</translation>
     </message>
     <message>
         <source>IDS_BUTTON_BACK</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Back</translation>
+        <translation>&amp;Back</translation>
     </message>
     <message>
         <source>IDS_BUTTON_RECORD</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Record</translation>
+        <translation>&amp;Record</translation>
     </message>
     <message>
         <source>IDS_BUTTON_STOP</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Stop</translation>
+        <translation>&amp;Stop</translation>
     </message>
     <message>
         <source>IDS_BUTTON_NEWTRACK</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>New Track</translation>
+        <translation>New &amp;Track</translation>
     </message>
     <message>
         <source>IDS_BUTTON_YES</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Yes</translation>
+        <translation>&amp;Yes</translation>
     </message>
     <message>
         <source>IDS_BUTTON_NO</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>No</translation>
+        <translation>N&amp;o</translation>
     </message>
     <message>
         <source>IDS_BUTTON_HELP</source>
@@ -201,12 +201,12 @@
     <message>
         <source>IDS_BUTTON_EXPORT</source>
         <extracomment>Starts saving the named tracks; a button caption: at most 12 characters</extracomment>
-        <translation>Save</translation>
+        <translation>&amp;Save</translation>
     </message>
     <message>
         <source>IDS_BUTTON_DONE</source>
         <extracomment>a button caption: at most 12 characters</extracomment>
-        <translation>Done</translation>
+        <translation>&amp;Done</translation>
     </message>
     <message>
         <source>IDS_PANEL1_TITLE</source>
@@ -281,7 +281,7 @@
     <message>
         <source>IDS_GAIN_LABEL</source>
         <extracomment>Beside the gain slider; a label: at most 24 characters</extracomment>
-        <translation>Level</translation>
+        <translation>&amp;Level</translation>
     </message>
     <message>
         <source>IDS_GAIN_UNIT</source>
@@ -291,7 +291,7 @@
     <message>
         <source>IDS_AUTOSPLIT_LABEL</source>
         <extracomment>Check box: a new track starts at each quiet gap; a label: at most 24 characters</extracomment>
-        <translation>New track at each gap</translation>
+        <translation>New track at each &amp;gap</translation>
     </message>
     <message>
         <source>IDS_METER_LEFT</source>
@@ -336,17 +336,17 @@
     <message>
         <source>IDS_ARTIST_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Artist</translation>
+        <translation>&amp;Artist</translation>
     </message>
     <message>
         <source>IDS_ALBUM_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Album</translation>
+        <translation>Alb&amp;um</translation>
     </message>
     <message>
         <source>IDS_TRACKNAME_LABEL</source>
         <extracomment>a label: at most 24 characters</extracomment>
-        <translation>Title</translation>
+        <translation>&amp;Title</translation>
     </message>
     <message>
         <source>IDS_PANEL5_TITLE</source>
@@ -380,8 +380,8 @@
     </message>
     <message>
         <source>IDS_PANEL6_TEXT</source>
-        <extracomment>Yes records more; No closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
-        <translation>Your tracks are in your music folder. Choose &lt;b&gt;Yes&lt;/b&gt; to record the other side or another record (with the same artist and album, the track numbers carry on), or &lt;b&gt;No&lt;/b&gt; to close Waxline.</translation>
+        <extracomment>Record another side records more; Finish closes Waxline; a panel text: at most about 260 characters, Qt rich text</extracomment>
+        <translation>Your tracks are in your music folder. Choose &lt;b&gt;Record another side&lt;/b&gt; for the other side or another record (with the same artist and album, the track numbers carry on), or &lt;b&gt;Finish&lt;/b&gt; to close Waxline.</translation>
     </message>
     <message>
         <source>IDS_PANEL7_TITLE</source>
@@ -441,7 +441,7 @@
     <message>
         <source>IDS_BUTTON_REVIEW</source>
         <extracomment>Panels 4 and 7: opens the review of the splits; a button caption, at most 15 characters</extracomment>
-        <translation>Review splits…</translation>
+        <translation>Re&amp;view splits…</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NOTICE</source>
@@ -541,7 +541,7 @@
     <message>
         <source>IDS_RECORDING_CONTINUES</source>
         <extracomment>Panel 2 while a recording goes on: the banner that leads back to it; a button caption, one line</extracomment>
-        <translation>Recording continues — back to it</translation>
+        <translation>Recording &amp;continues — back to it</translation>
     </message>
     <message>
         <source>IDS_LIBRARY_UNWRITABLE</source>
@@ -616,12 +616,12 @@
     <message>
         <source>IDS_BUTTON_TRY_AGAIN</source>
         <extracomment>Panel 6: export the missing tracks again; a button caption: at most 12 characters</extracomment>
-        <translation>Try again</translation>
+        <translation>&amp;Try again</translation>
     </message>
     <message>
         <source>IDS_BUTTON_KEEP_LATER</source>
         <extracomment>Panel 6: keep the side and close; a button caption: at most 15 characters</extracomment>
-        <translation>Keep for later</translation>
+        <translation>&amp;Keep for later</translation>
     </message>
     <message>
         <source>IDS_RECORD_RESTART</source>
@@ -741,7 +741,7 @@
     <message>
         <source>IDS_BUTTON_FIND_ALBUM</source>
         <extracomment>Panels 4 and 7: looks the record up in the music database; a button caption, at most 15 characters</extracomment>
-        <translation>Find the album…</translation>
+        <translation>&amp;Find the album…</translation>
     </message>
     <message>
         <source>IDS_FIND_TITLE</source>
@@ -856,12 +856,47 @@
     <message>
         <source>IDS_CLEAN_CHOICE</source>
         <extracomment>Check box on the naming panels: the MP3s of this run are cleaned of clicks, crackle and mains hum (the recording itself is kept as it is); a label: at most 30 characters</extracomment>
-        <translation>Remove clicks and hum</translation>
+        <translation>Remove &amp;clicks and hum</translation>
     </message>
     <message>
         <source>IDS_LOSSLESS_CHOICE</source>
         <extracomment>Check box on the naming panels: each track is also saved as an untouched FLAC file beside its MP3; a label: at most 34 characters</extracomment>
-        <translation>Also keep a lossless copy (FLAC)</translation>
+        <translation>Also keep a &amp;lossless copy (FLAC)</translation>
+    </message>
+    <message>
+        <source>IDS_METER_LEFT_NAME</source>
+        <extracomment>Accessible name of the left level meter</extracomment>
+        <translation>Left channel level</translation>
+    </message>
+    <message>
+        <source>IDS_METER_RIGHT_NAME</source>
+        <extracomment>Accessible name of the right level meter</extracomment>
+        <translation>Right channel level</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_ANOTHER_SIDE</source>
+        <extracomment>Panel 6: go on with the next side (the default button); a button caption, at most 24 characters</extracomment>
+        <translation>&amp;Record another side</translation>
+    </message>
+    <message>
+        <source>IDS_BUTTON_FINISH</source>
+        <extracomment>Panel 6: the side is saved, end the application; a button caption, at most 12 characters</extracomment>
+        <translation>&amp;Finish</translation>
+    </message>
+    <message>
+        <source>IDS_SAVING_TRACK</source>
+        <extracomment>Panel 5 progress bar while a track without a title is saved; %1 = its number, %2 = the number of tracks</extracomment>
+        <translation>Saving track %1 of %2</translation>
+    </message>
+    <message>
+        <source>IDS_SAVING_TRACK_TITLE</source>
+        <extracomment>Panel 5 progress bar while a track is saved; %1 = its number, %2 = the number of tracks, %3 = its title</extracomment>
+        <translation>Saving track %1 of %2 — %3</translation>
+    </message>
+    <message>
+        <source>IDS_SAVED_TRACKS</source>
+        <extracomment>Panel 5 progress bar once every track is saved; %1 = saved, %2 = all</extracomment>
+        <translation>%1 of %2 tracks saved</translation>
     </message>
 </context>
 </TS>

@@ -131,6 +131,8 @@ void MeteringView::updateMeters(const float* values) {
             mTimeOfOversNanos[i] = clock();
         }
     }
+    if (mNumChannels > 0)
+        lastLevelDb = double(values[0]);
     update();
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <vector>
 
 namespace waxline::ui {
@@ -47,6 +48,8 @@ public:
     float meterValue(int index) const { return mMeterValues.at(index); }
     int clipState(int index) const { return mClipValues.at(index); }
     std::uint64_t timeOfOver(int index) const { return mTimeOfOversNanos.at(index); }
+    // The level of the last update in dB (its first bar), for assistive tools.
+    double levelDb() const { return lastLevelDb; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -69,6 +72,8 @@ private:
     bool mHasClip = false;
     [[maybe_unused]] bool mFirstTime = true;
     std::vector<std::uint64_t> mTimeOfOversNanos;
+
+    double lastLevelDb = -std::numeric_limits<double>::infinity();
 
     Clock clock;
     QImage canvas;

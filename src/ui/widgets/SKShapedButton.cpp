@@ -2,6 +2,7 @@
 
 #include "ui/Catalogue.h"
 #include "ui/widgets/CenterTextField.h"
+#include "ui/widgets/FocusRing.h"
 #include "ui/widgets/SKDarkenedImage.h"
 #include "ui/widgets/WXTextView.h"
 
@@ -10,6 +11,7 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
 #include <cmath>
 
 namespace waxline::ui {
@@ -29,6 +31,37 @@ QColor withAlpha(QColor colour, double alpha) {
 }
 
 } // namespace
+
+double pointInPicture(double x, int width, int pictureWidth, int height) {
+    if (width == pictureWidth)
+        return x;
+    const double end = height / 2.0;
+    if (x < end)
+        return x;
+    if (x >= width - end)
+        return x - (width - pictureWidth);
+    // The middle of a stretched pill is its picture's middle column, repeated.
+    return pictureWidth / 2.0;
+}
+
+void drawStretchedPill(QPainter& painter, const QImage& picture, QSize size) {
+    const qreal dpr = picture.devicePixelRatio();
+    const QSizeF logical = QSizeF(picture.size()) / dpr;
+    if (qFuzzyCompare(logical.width(), qreal(size.width()))) {
+        painter.drawImage(QPointF(0, 0), picture);
+        return;
+    }
+    // The rounded ends keep their shape; the straight middle is stretched to the width.
+    const qreal end = std::min(logical.height() / 2.0, logical.width() / 2.0);
+    const qreal h = logical.height();
+    const qreal w = size.width();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRectF(0, 0, end, h), picture, QRectF(0, 0, end * dpr, h * dpr));
+    painter.drawImage(QRectF(end, 0, w - 2 * end, h), picture,
+                      QRectF(end * dpr, 0, (logical.width() - 2 * end) * dpr, h * dpr));
+    painter.drawImage(QRectF(w - end, 0, end, h), picture,
+                      QRectF((logical.width() - end) * dpr, 0, end * dpr, h * dpr));
+}
 
 bool shapedHit(const QImage& bitmap, QPointF point, QSize bounds) {
     if (point.x() < 0 || point.y() < 0 || point.x() >= bounds.width() ||
@@ -56,6 +89,8 @@ SKShapedButton::SKShapedButton(QWidget* parent)
     : QAbstractButton(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
+    // In a row of buttons: no wider than it wants, narrower down to its caption's room.
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
 }
 
 void SKShapedButton::setImage(const Picture& picture) {
@@ -98,15 +133,10 @@ void SKShapedButton::awakeFromNib() {
     const QString title = text();
     if (title.isEmpty())
         return;
-    QRect frame = rect();
-    if (title.startsWith(QLatin1String("IDS_BUTTON_BOTTOM_")))
-        frame = QRect(0, height() / 2, width(), height() / 2);
-    // Pictures with a glyph at their left end (Record, Stop) centre the caption beside it.
-    frame.setLeft(frame.left() + property("captionInset").toInt());
     delete captionView;
     captionView = new WXTextView(this);
     captionView->setObjectName(QStringLiteral("caption"));
-    captionView->setGeometry(frame);
+    captionView->setGeometry(captionFrame());
     captionView->setAlignment(Qt::AlignCenter);
     captionView->setEnabled(isEnabled());
     captionView->setAutoFillBackground(false);
@@ -114,9 +144,46 @@ void SKShapedButton::awakeFromNib() {
         const QString value = localizedKey(title);
         if (!value.isNull())
             captionView->setText(value);
+        // The caption's "&" mark underlines a letter; with the button as its buddy, Alt and
+        // that letter press the button.
+        captionView->setBuddy(this);
         CenterTextField(captionView);
     }
     captionView->show();
+    updateGeometry();
+}
+
+void SKShapedButton::setCaptionKey(const QString& key) {
+    if (key == text())
+        return;
+    setText(key);
+    awakeFromNib();
+}
+
+QRect SKShapedButton::captionFrame() const {
+    QRect frame = rect();
+    if (text().startsWith(QLatin1String("IDS_BUTTON_BOTTOM_")))
+        frame = QRect(0, height() / 2, width(), height() / 2);
+    // Pictures with a glyph at their left end (Record, Stop) centre the caption beside it.
+    frame.setLeft(frame.left() + property("captionInset").toInt());
+    return frame;
+}
+
+// The width the caption needs with the pill's rounded ends and any glyph beside it.
+int SKShapedButton::captionRoom() const {
+    if (!captionView)
+        return 0;
+    constexpr int endPadding = 14;
+    return captionView->sizeHint().width() + property("captionInset").toInt() + 2 * endPadding;
+}
+
+void SKShapedButton::resizeEvent(QResizeEvent* event) {
+    QAbstractButton::resizeEvent(event);
+    hitCache = {};
+    if (captionView) {
+        captionView->setGeometry(captionFrame());
+        CenterTextField(captionView);
+    }
 }
 
 bool SKShapedButton::graphiteTint() const {
@@ -159,14 +226,14 @@ void SKShapedButton::paintEvent(QPaintEvent*) {
     painter.setOpacity(dissolveFraction);
     const QImage picture = pictureToDraw(devicePixelRatioF());
     if (!picture.isNull())
-        painter.drawImage(QPointF(0, 0), picture);
+        drawStretchedPill(painter, picture, size());
     painter.setOpacity(1.0);
     if (hasFocus() && focusFromKeyboard) {
         // The focus ring follows the picture's outline: a pill, a circle or a rounded card.
         const QRectF ring = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
         const double radius = height() <= 50 ? ring.height() / 2 : 14.0;
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(highlightColour(this), 3.0));
+        painter.setPen(QPen(focusRingColour(), 3.0));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(ring, radius, radius);
     }
@@ -180,7 +247,12 @@ QImage SKShapedButton::hitBitmap() const {
 }
 
 bool SKShapedButton::hitButton(const QPoint& pos) const {
-    return shapedHit(hitBitmap(), QPointF(pos), size());
+    const QImage bitmap = hitBitmap();
+    const int pictureWidth = bitmap.isNull() ? width() : bitmap.width();
+    const QPointF inPicture(pointInPicture(pos.x(), width(), pictureWidth, height()), pos.y());
+    if (pos.x() < 0 || pos.x() >= width())
+        return false;
+    return shapedHit(bitmap, inPicture, QSize(pictureWidth, height()));
 }
 
 void SKShapedButton::changeEvent(QEvent* event) {
@@ -210,7 +282,15 @@ void SKShapedButton::focusOutEvent(QFocusEvent* event) {
 }
 
 QSize SKShapedButton::sizeHint() const {
-    return normal.isNull() ? QSize(144, 44) : normal.size();
+    const QSize picture = normal.isNull() ? QSize(144, 44) : normal.size();
+    return QSize(std::max(picture.width(), captionRoom()), picture.height());
+}
+
+QSize SKShapedButton::minimumSizeHint() const {
+    const QSize picture = normal.isNull() ? QSize(144, 44) : normal.size();
+    if (!captionView)
+        return picture;
+    return QSize(std::max(picture.height(), captionRoom()), picture.height());
 }
 
 } // namespace waxline::ui

@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QImage>
 
+class QPainter;
+
 namespace waxline::ui {
 
 class WXTextView;
@@ -13,6 +15,13 @@ class WXTextView;
 // its alpha byte is 128 or more. Pictures without alpha, or not 8 bits a sample, hit
 // everywhere inside the bounds; outside the bounds nothing hits.
 bool shapedHit(const QImage& bitmap, QPointF point, QSize bounds);
+
+// Where a point of a button stretched to `width` lies in its picture `pictureWidth` wide: the
+// rounded ends (half the height each) keep their place, the middle maps to the picture's middle.
+double pointInPicture(double x, int width, int pictureWidth, int height);
+
+// Draws a pill picture at the given logical size, its ends unstretched.
+void drawStretchedPill(QPainter& painter, const QImage& picture, QSize size);
 
 // A button drawn from a picture of any shape: only its opaque pixels take clicks, a
 // click elsewhere falls through to the panel. The pressed picture follows the palette's
@@ -41,6 +50,8 @@ public:
 
     // Once the form has set its properties: the tint and the caption.
     void awakeFromNib();
+    // Shows the catalogue text of another "IDS_BUTTON_" key as the caption.
+    void setCaptionKey(const QString& key);
     bool graphiteTint() const;
     void controlTintChanged();
 
@@ -48,17 +59,22 @@ public:
     // The picture the button shows in its present state, at the given device-pixel ratio.
     QImage pictureToDraw(qreal dpr) const;
 
+    // The picture's size, or wider when the caption needs it; at least the caption's room.
     QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     bool hitButton(const QPoint& pos) const override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
     QImage hitBitmap() const;
+    QRect captionFrame() const;
+    int captionRoom() const;
 
     Picture normal;
     Picture alternate;

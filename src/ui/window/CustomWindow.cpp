@@ -108,6 +108,13 @@ void CustomWindow::moveEvent(QMoveEvent* event) {
     saveTimer.start();
 }
 
+void CustomWindow::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // Without a window manager nobody gives a new window the keyboard: it asks for it
+    // itself, so that Tab and the focus ring work from the first key.
+    activateWindow();
+}
+
 void CustomWindow::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     saveTimer.stop();

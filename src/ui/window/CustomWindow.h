@@ -37,6 +37,7 @@ public:
 protected:
     void moveEvent(QMoveEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     QPointer<QWidget> content;

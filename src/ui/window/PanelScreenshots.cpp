@@ -5,6 +5,7 @@
 #include "ui/panels/CustomView.h"
 #include "ui/panels/ImageForView.h"
 #include "ui/panels/PanelForms.h"
+#include "ui/panels/SavingProgress.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
 #include "ui/review/SplitReviewDialog.h"
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QPixmap>
+#include <QProgressBar>
 #include <QTimer>
 
 #include <cmath>
@@ -96,7 +98,10 @@ std::unique_ptr<CustomView> loadPanelForLooking(unsigned panel) {
     // The naming panels as they look when the analysis proposes other splits.
     if (auto notice = view->findChild<QLabel*>(QStringLiteral("splitsNotice")))
         notice->show();
-    // Panel 5 with the note it shows when part of the side was encoded while recording.
+    // Panel 5 saving the second of five tracks, with the note it shows when part of the side
+    // was encoded while recording.
+    if (auto bar = view->findChild<QProgressBar*>(QStringLiteral("_progressLevelIndicator")))
+        showSavingProgress(*bar, 1, 5, QStringLiteral("Blue in Green"));
     if (auto note = view->findChild<QLabel*>(QStringLiteral("readyNote")))
         note->setText(localizedKey(QStringLiteral("IDS_EXPORT_READY_SOME"))
                           .arg(QStringLiteral("1\u20136"))
@@ -140,7 +145,7 @@ std::unique_ptr<CustomView> loadPanelInTrouble(unsigned panel) {
                  localizedKey(QStringLiteral("IDS_TRACKS_NOT_SAVED")).arg(QStringLiteral("1–2")) +
                      QLatin1Char(' ') + noEncoder);
     if (panel == 6) {
-        for (const char* name : {"bodyText", "_yesButton6", "_noButton6", "doneArt", "nextButton"})
+        for (const char* name : {"bodyText", "finishButton", "doneArt", "nextButton"})
             setShown(*view, name, false);
         for (const char* name : {"missingText", "retryButton", "keepButton"})
             setShown(*view, name, true);

@@ -1,22 +1,29 @@
 #include "ui/panels/CustomView.h"
 
+#include "ui/Catalogue.h"
+
 #include "support/RecordingPanelController.h"
+#include "ui/panels/PanelForms.h"
+#include "ui/panels/SavingProgress.h"
 #include "ui/panels/SubViewController.h"
 #include "ui/panels/TranslateView.h"
 #include "ui/widgets/MeteringView.h"
 #include "ui/widgets/SKShapedButton.h"
 #include "ui/window/CustomWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QSlider>
 #include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 
 using namespace waxline::ui;
@@ -121,29 +128,19 @@ TEST(CustomView, RadioPairsAndTheirQueries) {
     EXPECT_TRUE(device.controller.calls.empty()) << "choosing sends nothing to the controller";
 }
 
-TEST(CustomView, QuestionPanelAnswersAndNext) {
+TEST(CustomView, QuestionPanelRecordsAnotherSideOrFinishes) {
     Panel question("WXL_Tab6");
     ASSERT_TRUE(question.view);
-    auto yes = question.button("_yesButton6");
-    auto no = question.button("_noButton6");
-    auto next = question.button("nextButton");
-    EXPECT_TRUE(yes->isChecked());
-    EXPECT_FALSE(yes->isEnabled()) << "a chosen answer cannot be clicked again";
-    EXPECT_FALSE(no->isChecked());
-    EXPECT_TRUE(no->isEnabled());
-
-    next->click();
-    no->click();
-    EXPECT_TRUE(no->isChecked());
-    EXPECT_FALSE(no->isEnabled());
-    EXPECT_FALSE(yes->isChecked());
-    EXPECT_TRUE(yes->isEnabled());
-    next->click();
-    yes->click();
-    next->click();
+    auto another = question.button("nextButton");
+    auto finish = question.button("finishButton");
+    EXPECT_FALSE(another->isCheckable()) << "two plain buttons, no toggles";
+    EXPECT_FALSE(finish->isCheckable());
+    another->click();
+    finish->click();
+    QTest::keyClick(question.view.get(), Qt::Key_Return);
     EXPECT_EQ(question.controller.names(),
               (QStringList{"doNextButton6", "doCloseApplication", "doNextButton6"}));
-    EXPECT_EQ(question.controller.calls[1].sender, next);
+    EXPECT_EQ(question.controller.calls[1].sender, finish);
 }
 
 TEST(CustomView, SplitButtonVisibilityAndAutomaticSplit) {
@@ -186,7 +183,8 @@ TEST(CustomView, MeteringReadsEachChannelsPeakIntoItsMeter) {
     EXPECT_TRUE(left->hasClipIndicator());
     EXPECT_EQ(left->clipState(0), 1) << "full scale lights the left lamp";
     EXPECT_EQ(right->clipState(0), 0);
-    EXPECT_NEAR(right->meterValue(0), 0.5 / 0.9999 * 240, 0.01);
+    EXPECT_NEAR(right->meterValue(0), 0.5 / 0.9999 * 212, 0.01)
+        << "the panel's meters are 212 px tall";
     std::unique_ptr<QTimer> second = ready.view->startMetering();
     EXPECT_TRUE(timer->isActive()) << "the caller stops the first timer, not startMetering";
 }
@@ -265,15 +263,117 @@ TEST(CustomView, KeyboardReturnEscapeAndTabOrder) {
     window.setContentView(nullptr);
 }
 
-TEST(CustomView, AccessibleNamesComeFromTheLocalisedTexts) {
-    Panel naming("WXL_Tab7");
-    ASSERT_TRUE(naming.view);
-    naming.view->updateAccessibleNames();
-    auto text = [](const char* key) { return QCoreApplication::translate("Localizable", key); };
-    EXPECT_EQ(naming.button("closeButton")->accessibleName(), text("IDS_BUTTON_CLOSE"));
-    EXPECT_EQ(naming.button("helpButton")->accessibleName(), text("IDS_BUTTON_HELP"));
-    EXPECT_EQ(naming.button("nextButton")->accessibleName(), text("IDS_BUTTON_NEXT"));
-    EXPECT_EQ(naming.child<QLineEdit>("artistField")->accessibleName(), text("IDS_ARTIST_LABEL"));
-    EXPECT_EQ(naming.child<QLineEdit>("trackField3")->accessibleName(),
-              text("IDS_TRACKNAME_LABEL") + QStringLiteral(" 3."));
+// What a screen reader hears for each kind of control, in both languages: names without the
+// mnemonic mark, the slider and the meters in decibels with the language's decimal comma.
+TEST(CustomView, AssistiveToolsHearNamesAndValues) {
+    struct Row {
+        const char* language;
+        const char* nib;
+        const char* control;
+        const char* name;
+        const char* value; // empty: the control has no value
+    };
+    const Row rows[] = {
+        {"en", "WXL_Tab7", "closeButton", "Close", ""},
+        {"en", "WXL_Tab7", "nextButton", "Next", ""},
+        {"de", "WXL_Tab7", "nextButton", "Weiter", ""},
+        {"de", "WXL_Tab7", "reviewButton", "Trennstellen prüfen…", ""},
+        {"en", "WXL_Tab7", "artistField", "Artist", ""},
+        {"de", "WXL_Tab7", "trackField3", "Titelname 3.", ""},
+        {"en", "WXL_Tab7", "trackField10", "Title 10.", ""},
+        {"en", "WXL_Tab2", "automaticallySplitTracks", "New track at each gap", ""},
+        {"en", "WXL_Tab2", "o_gainDbSlider", "Level", "+1.5 dB"},
+        {"de", "WXL_Tab2", "o_gainDbSlider", "Pegel", "+1,5 dB"},
+        {"en", "WXL_Tab2", "_MeteringViewL", "Left channel level", "-12.0 dB"},
+        {"de", "WXL_Tab2", "_MeteringViewR", "Pegel rechter Kanal", "-12,0 dB"},
+        {"en", "WXL_SelectDeviceTab", "selectDeviceReelRunner", "Cassette", ""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.language) + " " + row.nib + " " + row.control);
+        installCatalogue(QLocale(QString::fromLatin1(row.language)));
+        Panel panel(row.nib);
+        ASSERT_TRUE(panel.view);
+        panel.view->updateAccessibleNames();
+        auto control = panel.child<QWidget>(row.control);
+        ASSERT_NE(control, nullptr);
+        // 150 hundredths of a decibel; a meter fed -12 dB on both bars.
+        if (auto slider = qobject_cast<QSlider*>(control))
+            slider->setValue(150);
+        if (auto meter = qobject_cast<MeteringView*>(control)) {
+            const float levels[2] = {-12.0f, -12.0f};
+            meter->updateMeters(levels);
+        }
+        QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(control);
+        ASSERT_NE(heard, nullptr);
+        EXPECT_EQ(heard->text(QAccessible::Name), QString::fromUtf8(row.name));
+        if (*row.value) {
+            EXPECT_EQ(heard->text(QAccessible::Value), QString::fromUtf8(row.value));
+            ASSERT_NE(heard->valueInterface(), nullptr);
+            EXPECT_NEAR(heard->valueInterface()->currentValue().toDouble(),
+                        QString::fromLatin1(row.value)
+                            .split(QLatin1Char(' '))[0]
+                            .replace(QLatin1Char(','), QLatin1Char('.'))
+                            .toDouble(),
+                        1e-9);
+        }
+    }
+    installCatalogue(QLocale(QLocale::English));
+}
+
+// Every captioned button and every label naming a control carries a mnemonic, and no two on a
+// panel share a letter, in either language.
+TEST(CustomView, EveryPanelHasUniqueMnemonics) {
+    for (const char* language : {"en", "de"}) {
+        installCatalogue(QLocale(QString::fromLatin1(language)));
+        for (unsigned number = 1; number <= 12; ++number) {
+            const QString nib = nibNameForPanel(number);
+            SCOPED_TRACE(std::string(language) + " " + nib.toStdString());
+            Panel panel(nib.toLatin1().constData());
+            ASSERT_TRUE(panel.view);
+            std::map<QString, QString> owners;
+            const auto labels = panel.view->findChildren<QLabel*>();
+            for (const QLabel* label : labels) {
+                if (!label->buddy() || !label->isVisibleTo(panel.view.get()))
+                    continue;
+                const QKeySequence key = QKeySequence::mnemonic(label->text());
+                EXPECT_FALSE(key.isEmpty()) << qPrintable(label->text()) << " has no mnemonic";
+                if (key.isEmpty())
+                    continue;
+                const QString letter = key.toString().toLower();
+                EXPECT_EQ(owners.count(letter), 0u)
+                    << qPrintable(label->text()) << " shares " << qPrintable(letter) << " with "
+                    << qPrintable(owners[letter]);
+                owners[letter] = label->text();
+            }
+        }
+    }
+    installCatalogue(QLocale(QLocale::English));
+}
+
+// Panel 5's one bar says which track is being saved, in the window's language.
+TEST(CustomView, SavingProgressSaysWhichTrack) {
+    struct Row {
+        const char* language;
+        int saved;
+        int total;
+        const char* title;
+        const char* shown;
+    };
+    const Row rows[] = {
+        {"en", 1, 5, "Blue in Green", "Saving track 2 of 5 \u2014 Blue in Green"},
+        {"de", 0, 3, "So What", "Titel 1 von 3 wird gespeichert \u2014 So What"},
+        {"en", 2, 4, "  ", "Saving track 3 of 4"},
+        {"en", 0, 2, "100% Pure", "Saving track 1 of 2 \u2014 100% Pure"},
+        {"en", 0, 2, "50%minus", "Saving track 1 of 2 \u2014 50%\u2060minus"},
+        {"de", 4, 4, "", "4 von 4 Titeln gespeichert"},
+    };
+    for (const Row& row : rows) {
+        installCatalogue(QLocale(QString::fromLatin1(row.language)));
+        QProgressBar bar;
+        showSavingProgress(bar, row.saved, row.total, QString::fromUtf8(row.title));
+        EXPECT_EQ(bar.text(), QString::fromUtf8(row.shown)) << row.shown;
+        EXPECT_EQ(bar.value(), row.saved);
+        EXPECT_EQ(bar.maximum(), row.total);
+    }
+    installCatalogue(QLocale(QLocale::English));
 }

@@ -74,10 +74,11 @@ TEST(ImageForView, PanelNumbersToBackgrounds) {
             EXPECT_TRUE(picture.isNull()) << panel;
             continue;
         }
-        const char* expected = panel == 2                  ? "dlg_StartRecording"
-                               : panel == 3                ? "dlg_Recording"
-                               : panel == 6 || panel == 12 ? "dlg_Question"
-                                                           : "dlg_PlainBackgroundWithButtons";
+        const char* expected = panel == 2    ? "dlg_StartRecording"
+                               : panel == 3  ? "dlg_Recording"
+                               : panel == 6  ? "dlg_Question"
+                               : panel == 12 ? "dlg_Tape"
+                                             : "dlg_PlainBackgroundWithButtons";
         ASSERT_FALSE(picture.isNull()) << panel;
         EXPECT_EQ(picture.name(), QLatin1String(expected)) << panel;
         EXPECT_EQ(picture.size(), QSize(720, 480)) << panel;

@@ -1,6 +1,7 @@
 #include "ui/review/WaveformOverview.h"
 #include "ui/review/SplitReviewDialog.h"
 
+#include <QLocale>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -168,15 +169,20 @@ TEST(WaveformOverview, SideTimesReadAsMinutesSecondsAndTenths) {
     const struct {
         int64_t frame;
         unsigned rate;
+        const char* locale;
         const char* text;
     } cases[] = {
-        {0, 44100, "0:00.0"},
-        {int64_t(192.44 * 44100), 44100, "3:12.4"},
-        {int64_t(59.96 * 48000), 48000, "1:00.0"},
-        {3600 * 44100, 44100, "60:00.0"},
+        {0, 44100, "en", "0:00.0"},
+        {int64_t(192.44 * 44100), 44100, "en", "3:12.4"},
+        {int64_t(59.96 * 48000), 48000, "en", "1:00.0"},
+        {3600 * 44100, 44100, "en", "60:00.0"},
+        {int64_t(353.1 * 44100), 44100, "de", "5:53,1"},
     };
-    for (const auto& c : cases)
+    for (const auto& c : cases) {
+        QLocale::setDefault(QLocale(QString::fromLatin1(c.locale)));
         EXPECT_EQ(formatSideTime(c.frame, c.rate), QLatin1String(c.text)) << c.text;
+    }
+    QLocale::setDefault(QLocale(QLocale::English));
 }
 
 TEST(SplitReviewDialog, ApplyFollowsTheMarkersAndDoubtfulOnesAreListed) {

@@ -1,6 +1,9 @@
 #include "ui/widgets/MeteringView.h"
 
+#include "ui/widgets/MeterScale.h"
+
 #include <QImage>
+#include <QLocale>
 
 #include <gtest/gtest.h>
 
@@ -184,4 +187,62 @@ TEST(MeteringView, IncrementalDrawAgesTheLamp) {
     meter.view.setDirty(false);
     meter.draw();
     EXPECT_EQ(meter.view.clipState(0), 11) << "the incremental path never resets";
+}
+
+TEST(MeterScale, MarksSitWhereTheMeterDrawsTheirLevel) {
+    // The panel's places: the meter at y 120, 212 px tall, the scale from y 110. Heights from
+    // the top worked out as 212 - 10^(dB/20) / 0.9999 * 212, plus the scale's 10 px offset,
+    // less the 2 px the bar stands on.
+    struct Case {
+        double db;
+        double y;
+    };
+    const Case cases[] = {{-40, 217.880}, {-24, 206.622}, {-12, 166.743},
+                          {-6, 113.738},  {-3, 69.900},   {0, 7.979}};
+    QWidget panel;
+    auto meter = new MeteringView(&panel);
+    meter->setGeometry(540, 120, meterWidth, 212);
+    meter->setNumChannels(1);
+    meter->setHasClipIndicator(true);
+    auto scale = new waxline::ui::MeterScale(&panel);
+    scale->setGeometry(568, 110, 60, 228);
+    scale->setMeter(meter);
+    for (const Case& c : cases) {
+        EXPECT_NEAR(scale->yForMark(c.db), c.y, 0.001) << c.db << " dB";
+        const float values[2] = {float(c.db), float(c.db)};
+        meter->updateMeters(values);
+        // Below the lamp the painted bar ends at the mark, within the pixel it rounds to.
+        if (meter->meterValue(0) < 212 - 10) {
+            const QImage picture = render(*meter).convertToFormat(QImage::Format_RGB32);
+            const int x = int(meter->firstTrackOffsetValue()) + 5;
+            int top = 0;
+            while (top < picture.height() && picture.pixel(x, top) != qRgb(0, 255, 0))
+                ++top;
+            EXPECT_NEAR(meter->y() - scale->y() + top, c.y, 1.0) << c.db << " dB";
+        }
+    }
+}
+
+TEST(MeterScale, PeakFiguresHoldAndReadInTheLanguage) {
+    struct Case {
+        const char* locale;
+        double db;
+        const char* text;
+    } cases[] = {
+        {"en", -12.34, "\u221212.3"},
+        {"de", -12.34, "\u221212,3"},
+        {"de", -0.04, "0,0"},
+        {"en", minusInfinity, "\u2212\u221E"},
+    };
+    for (const Case& c : cases) {
+        QLocale::setDefault(QLocale(QString::fromLatin1(c.locale)));
+        EXPECT_EQ(waxline::ui::formatPeak(c.db), QString::fromUtf8(c.text)) << c.text;
+    }
+    QLocale::setDefault(QLocale(QLocale::English));
+    // A peak stays for three updates, then the level of the moment shows again.
+    waxline::ui::PeakHold hold(3);
+    const double levels[] = {-20, -6, -30, -30, -30, -30, -12, -3};
+    const double shown[] = {-20, -6, -6, -6, -6, -30, -12, -3};
+    for (std::size_t i = 0; i < std::size(levels); ++i)
+        EXPECT_EQ(hold.update(levels[i]), shown[i]) << "update " << i;
 }

@@ -38,13 +38,15 @@ struct Language {
 };
 
 // The size the label's text needs, laid out as the label lays it out: wrapped to its
-// width when it wraps, on one line otherwise.
+// width when it wraps, on one line otherwise; a label naming a control shows no "&" mark.
 QSizeF textNeeds(const QLabel* label) {
     QTextDocument document;
     document.setDefaultFont(label->font());
     document.setDocumentMargin(0);
     if (Qt::mightBeRichText(label->text()))
         document.setHtml(label->text());
+    else if (label->buddy())
+        document.setPlainText(withoutMnemonic(label->text()));
     else
         document.setPlainText(label->text());
     if (label->wordWrap())
@@ -80,23 +82,35 @@ std::vector<std::string> clippedTexts(const CustomView& view) {
     return problems;
 }
 
+// The panel's controls: its own children, and those of the rows it lays out.
+void collectControls(const CustomView& view, const QWidget* parent, std::vector<QWidget*>& out) {
+    const auto children = parent->findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
+    for (QWidget* child : children) {
+        if (!child->isVisibleTo(&view))
+            continue;
+        if (child->layout() && !qobject_cast<SKShapedButton*>(child)) {
+            collectControls(view, child, out);
+            continue;
+        }
+        if (auto label = qobject_cast<QLabel*>(child);
+            label && label->text().isEmpty() && label->pixmap().isNull())
+            continue;
+        out.push_back(child);
+    }
+}
+
 // Controls of the panel that must not overlap; a label inside a button is that button's caption.
 std::vector<std::string> overlaps(const CustomView& view) {
     std::vector<std::string> problems;
     std::vector<QWidget*> controls;
-    const auto children = view.findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
-    for (QWidget* child : children) {
-        if (!child->isVisibleTo(&view))
-            continue;
-        if (auto label = qobject_cast<QLabel*>(child);
-            label && label->text().isEmpty() && label->pixmap().isNull())
-            continue;
-        controls.push_back(child);
-    }
+    collectControls(view, &view, controls);
+    auto inPanel = [&view](const QWidget* w) {
+        return QRect(w->mapTo(&view, QPoint(0, 0)), w->size());
+    };
     for (std::size_t i = 0; i < controls.size(); ++i)
         for (std::size_t j = i + 1; j < controls.size(); ++j) {
-            const QRect a = controls[i]->geometry();
-            const QRect b = controls[j]->geometry();
+            const QRect a = inPanel(controls[i]);
+            const QRect b = inPanel(controls[j]);
             if (!a.intersects(b))
                 continue;
             const bool captionOnCard =
