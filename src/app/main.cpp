@@ -50,6 +50,10 @@ int main(int argc, char** argv) {
         qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(scale));
 
     QApplication app(argc, argv);
+    // The window's class and the launcher's StartupWMClass and file name must agree, whatever
+    // the executable is called, so the dock groups the window under its launcher.
+    QApplication::setApplicationName(QStringLiteral("waxline"));
+    QApplication::setDesktopFileName(QStringLiteral("org.waxline.Waxline"));
     QApplication::setStyle(QStringLiteral("Fusion"));
     waxline::ui::initUiResources();
     const QString language = waxline::ui::installCatalogue(
