@@ -12,6 +12,7 @@
 #include "ui/UiResources.h"
 #include "ui/panels/CustomView.h"
 #include "ui/window/CustomWindow.h"
+#include "ui/window/DialogScreenshots.h"
 #include "ui/window/PanelScreenshots.h"
 
 #include <QApplication>
@@ -58,8 +59,13 @@ int main(int argc, char** argv) {
     waxline::ui::initUiResources();
     const QString language = waxline::ui::installCatalogue(
         locale.empty() ? QLocale::system() : QLocale(QString::fromStdString(locale)));
-    if (!screenshots.empty())
-        return waxline::ui::writePanelScreenshots(QString::fromStdString(screenshots)) ? 0 : 1;
+    if (!screenshots.empty()) {
+        const QString dir = QString::fromStdString(screenshots);
+        return waxline::ui::writePanelScreenshots(dir) &&
+                       waxline::ui::writeDialogScreenshots(dir, language)
+                   ? 0
+                   : 1;
+    }
 
     waxline::ui::CustomWindow window;
     waxline::app::MessageBoxAlerts alerts(&window);
