@@ -103,6 +103,8 @@ InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* par
     connect(list, &QListWidget::currentRowChanged, this,
             [this](int row) { useButton->setEnabled(row >= 0); });
     connect(list, &QListWidget::itemActivated, this, &QDialog::accept);
+    // The first input is taken unless another is picked, so Return alone goes on.
+    list->setCurrentRow(0);
     list->setFocus();
 }
 
