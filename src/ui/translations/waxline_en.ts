@@ -886,7 +886,7 @@
     <message>
         <source>IDS_OTHER_INPUT_TEXT</source>
         <extracomment>Other-input window: what happened and what the list is for; Qt rich text</extracomment>
-        <translation>No supported turntable or cassette deck was found. Record from another input instead, such as a turntable on a phono preamplifier plugged into line-in, or another USB audio interface. Or connect your deck and press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+        <translation>No supported turntable or cassette deck was found. Record from another input instead, such as a turntable on a phono preamplifier plugged into line‑in, or another USB audio interface. Or connect your deck and press &lt;b&gt;Next&lt;/b&gt; again.</translation>
     </message>
     <message>
         <source>IDS_OTHER_INPUT_LIST</source>
