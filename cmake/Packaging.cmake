@@ -25,6 +25,9 @@ foreach(page waxline waxline-cli)
 endforeach()
 add_custom_target(waxline_package_docs ALL DEPENDS ${waxline_changelog_gz} ${waxline_package_docs})
 
+# cpack packs what is built: building everything first (the tests too) is the build's job.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME waxline)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
