@@ -1,9 +1,12 @@
 #include "app/AppDelegate.h"
 #include "app/SharedText.h"
 
+#include "app/HelpBrowser.h"
+
 #include "exporting/ExportFolders.h"
 #include "splitting/SideRecut.h"
 #include "ui/Catalogue.h"
+#include "ui/input/InputChoiceDialog.h"
 #include "ui/window/CustomWindow.h"
 
 #include <QCloseEvent>
@@ -64,10 +67,13 @@ QString monitorFailureReason(const MonitorFailure& failure) {
 
 } // namespace
 
+QString helpResource(const QString& language) {
+    const QString page = QStringLiteral(":/waxline/help/help_%1.html").arg(language);
+    return QFile::exists(page) ? page : QStringLiteral(":/waxline/help/help_en.html");
+}
+
 QString writeHelpPage(const QString& folder, const QString& language) {
-    QFile page(QStringLiteral(":/waxline/help/help_%1.html").arg(language));
-    if (!page.exists())
-        page.setFileName(QStringLiteral(":/waxline/help/help_en.html"));
+    QFile page(helpResource(language));
     if (!page.open(QIODevice::ReadOnly) || !QDir().mkpath(folder))
         return {};
     const QString path = QDir(folder).filePath(QFileInfo(page.fileName()).fileName());
@@ -93,7 +99,10 @@ AppDelegate::AppDelegate(CaptureControl& audio, ui::CustomWindow& window, Alerts
     , review(audio, alerts, &window)
     , finder(audio, _multipleNibTabView, review, &window,
              lookup::ServiceConfig::fromEnvironment()) {
-    openUrl = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
+    openUrl = [](const QUrl& url) { return browserExpected() && QDesktopServices::openUrl(url); };
+    machine.chooseInput = [this](const QStringList& names) {
+        return ui::InputChoiceDialog::choose(names, &itsWindow);
+    };
     machine.processAudioFiles = [this] {
         // A re-cut a kill interrupted is put right before the export reads the tracks.
         finishInterruptedRecut(this->audio.exportFolder());
@@ -463,12 +472,20 @@ void AppDelegate::showHelp(QObject*) {
     const QString folder =
         QStandardPaths::writableLocation(QStandardPaths::CacheLocation) + QStringLiteral("/help");
     const QString page = writeHelpPage(folder, helpLanguage);
+    QUrl url = QUrl::fromLocalFile(page);
     if (page.isEmpty()) {
+        // No browser can read the resources, but the help window can.
         std::fprintf(stderr, "showHelp: cannot write the help page into %s\n", qPrintable(folder));
+        url = QUrl(QStringLiteral("qrc") + helpResource(helpLanguage));
+    } else if (openUrl && openUrl(url)) {
         return;
     }
-    if (openUrl)
-        openUrl(QUrl::fromLocalFile(page));
+    if (!helpDialog)
+        helpDialog = new ui::HelpDialog(&itsWindow);
+    helpDialog->showPage(url);
+    helpDialog->show();
+    helpDialog->raise();
+    helpDialog->activateWindow();
 }
 
 void AppDelegate::audioDetectedAlbumEnd() {

@@ -11,8 +11,10 @@
 #include "app/SplitReview.h"
 #include "capture/CaptureControl.h"
 #include "ui/PanelController.h"
+#include "ui/help/HelpDialog.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QUrl>
 
 #include <functional>
@@ -49,8 +51,11 @@ public:
     // test puts its own.
     std::function<QString(const QString& current)> chooseMusicFolder;
 
-    // How showHelp opens a page; the desktop's browser unless a test puts its own.
+    // How showHelp opens a page; the desktop's browser unless a test puts its own. When it
+    // cannot (false), the page is shown in the application's own help window.
     std::function<bool(const QUrl&)> openUrl;
+    // That help window once it was needed, else null.
+    ui::HelpDialog* helpWindow() const { return helpDialog.data(); }
     // The language of the help page showHelp opens ("en", "de"): the catalogue's.
     QString helpLanguage = QStringLiteral("en");
 
@@ -129,11 +134,15 @@ private:
     FolderClaim folderClaim;
     SplitReview review;
     AlbumLookup finder;
+    QPointer<ui::HelpDialog> helpDialog;
     bool closing = false;
     // A recovered recording was named without a deck checked: another side starts at panel 1.
     bool deviceUnchecked = false;
 };
 
+// The resource path of the bundled help page in the catalogue's language (English when there is
+// none in it).
+QString helpResource(const QString& language);
 // The bundled help page in the catalogue's language, written out of the resources into
 // `folder` (a browser cannot open resource paths); an empty path when it cannot be written.
 QString writeHelpPage(const QString& folder, const QString& language);

@@ -92,7 +92,7 @@ void PanelMachine::doNextButton1() {
         return;
     }
     if (result == 0) {
-        alerts.alert(warningKey, QStringLiteral("IDS_NODEVICE"));
+        recordFromOtherInput();
         return;
     }
     if (choosePresetByDevice(capture) == PresetChoice::AskUser) {
@@ -103,6 +103,26 @@ void PanelMachine::doNextButton1() {
         setPanel(panel::ready);
         startMetering(panel::ready);
     }
+}
+
+void PanelMachine::recordFromOtherInput() {
+    const std::vector<InputChoice> inputs = capture.audioInputs();
+    if (inputs.empty() || !chooseInput) {
+        alerts.alert(warningKey, QStringLiteral("IDS_NODEVICE"));
+        return;
+    }
+    QStringList names;
+    for (const InputChoice& input : inputs)
+        names << QString::fromStdString(input.name);
+    const std::optional<int> chosen = chooseInput(names);
+    if (!chosen || *chosen < 0 || *chosen >= int(inputs.size()))
+        return;
+    if (!capture.selectOtherInput(inputs[size_t(*chosen)].id)) {
+        alerts.alert(warningKey, QStringLiteral("IDS_INPUT_GONE"), {names[*chosen]});
+        return;
+    }
+    // Turntable or cassette, then the tape type, as for a deck that might be either.
+    setPanel(panel::selectDevice);
 }
 
 void PanelMachine::doBackButtonSelectDevice() {

@@ -4,10 +4,12 @@
 #include "app/PanelViews.h"
 #include "capture/CaptureControl.h"
 
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace waxline::app {
 
@@ -52,6 +54,9 @@ public:
     std::function<void()> processAudioFiles;
     // Asked before the switch to 5: false keeps the naming panel (and its names) on screen.
     std::function<bool()> mayExport;
+    // When no supported deck is found: the user picks one of these inputs (its index) or
+    // cancels (nothing). Without it the check only says that no deck was found.
+    std::function<std::optional<int>(const QStringList& inputNames)> chooseInput;
 
     void setPanel(unsigned n);
     // Whether a recording is under way: panel 3 looks like recording only then.
@@ -94,6 +99,8 @@ public:
 
 private:
     void panelEntered(unsigned n);
+    // No supported deck: the inputs offered, and the one chosen recorded from.
+    void recordFromOtherInput();
     void offerTrackFields(unsigned namingPanel, bool empty);
     void nextOnNamingPanel(unsigned panel, int lastTrackHere);
     void startExport();

@@ -12,6 +12,7 @@
 #include "ui/UiResources.h"
 #include "ui/panels/CustomView.h"
 #include "ui/window/CustomWindow.h"
+#include "ui/window/DialogScreenshots.h"
 #include "ui/window/PanelScreenshots.h"
 
 #include <QApplication>
@@ -50,12 +51,21 @@ int main(int argc, char** argv) {
         qputenv("QT_SCALE_FACTOR", QByteArray::fromStdString(scale));
 
     QApplication app(argc, argv);
+    // The window's class and the launcher's StartupWMClass and file name must agree, whatever
+    // the executable is called, so the dock groups the window under its launcher.
+    QApplication::setApplicationName(QStringLiteral("waxline"));
+    QApplication::setDesktopFileName(QStringLiteral("org.waxline.Waxline"));
     QApplication::setStyle(QStringLiteral("Fusion"));
     waxline::ui::initUiResources();
     const QString language = waxline::ui::installCatalogue(
         locale.empty() ? QLocale::system() : QLocale(QString::fromStdString(locale)));
-    if (!screenshots.empty())
-        return waxline::ui::writePanelScreenshots(QString::fromStdString(screenshots)) ? 0 : 1;
+    if (!screenshots.empty()) {
+        const QString dir = QString::fromStdString(screenshots);
+        return waxline::ui::writePanelScreenshots(dir) &&
+                       waxline::ui::writeDialogScreenshots(dir, language)
+                   ? 0
+                   : 1;
+    }
 
     waxline::ui::CustomWindow window;
     waxline::app::MessageBoxAlerts alerts(&window);

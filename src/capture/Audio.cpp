@@ -130,6 +130,7 @@ int Audio::detectAudioDevice() {
     rebuildInputDevicesList();
     UsbEnumeration usb(*mPlatform.usb);
     mDevice = nullptr;
+    mOtherInput = false;
     if (usb.numberOfDetectedDevices() == 0)
         return 0;
     if (usb.numberOfDetectedDevices() > 1)
@@ -145,7 +146,23 @@ int Audio::detectAudioDevice() {
 }
 
 bool Audio::mightBeTurntableOrTape() const {
-    return mDevice && mDevice->genericChip && mDevice->turntableOrTape;
+    return mOtherInput || (mDevice && mDevice->genericChip && mDevice->turntableOrTape);
+}
+
+std::vector<InputChoice> Audio::audioInputs() {
+    std::vector<InputChoice> inputs;
+    for (const auto& d : mPlatform.audio->devices(platform::Direction::Input))
+        inputs.push_back({d.id, d.name});
+    return inputs;
+}
+
+bool Audio::selectOtherInput(uint32_t id) {
+    if (!mPlatform.audio->device(id, platform::Direction::Input))
+        return false;
+    mDevice = nullptr;
+    mOtherInput = true;
+    selectInput(id);
+    return true;
 }
 
 void Audio::setNoFilter() {
@@ -155,8 +172,11 @@ void Audio::setNoFilter() {
 
 void Audio::setRIAAFilter() {
     log("%s", "setRIAAFilter");
-    if (!mDevice)
+    if (!mDevice) {
+        if (mOtherInput)
+            setFilterType(AudioFilter::RIAAPlayback);
         return;
+    }
     if (mDevice->usbId == UsbID{0x0D8C, 0x0131}) {
         log("%s: Setting no filter", "setRIAAFilter");
         setFilterType(AudioFilter::NoFilter);

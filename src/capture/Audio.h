@@ -41,6 +41,8 @@ public:
     unsigned countDevicesWithMatchingName();
     int detectAudioDevice() override;
     bool mightBeTurntableOrTape() const override;
+    std::vector<InputChoice> audioInputs() override;
+    bool selectOtherInput(uint32_t id) override;
     void setNoFilter() override;
     void setRIAAFilter() override;
     void setChromeFilter() override;
@@ -117,6 +119,9 @@ private:
     platform::Platform& mPlatform;
     MonitorFactory mMonitorFactory;
     const KnownUsbDevice* mDevice = nullptr;
+    // An input the user chose because no supported deck was found: turntable or cassette is
+    // theirs to say, and a turntable gets the RIAA curve.
+    bool mOtherInput = false;
     std::unique_ptr<MonitorHost> _playThru;
     PlayThroughTarget mPlayThroughTarget;
     float m_gainDb = 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 // The seam between the application controller and the capture engine: the calls the wizard makes
 // and what the engine reports back. Qt-free, so the wizard can be tested against a fake.
@@ -49,6 +50,12 @@ struct MonitorFailure {
     std::string inputName;
 };
 
+// An audio input the platform lists, as `waxline-cli devices` shows it.
+struct InputChoice {
+    uint32_t id = 0;
+    std::string name;
+};
+
 // Receives what the capture controller reports; every call arrives on the main thread.
 class AudioDelegate {
 public:
@@ -79,6 +86,12 @@ public:
     // Whether the detected device might be either a turntable or a tape deck, so the user must
     // say which before a preset can be chosen.
     virtual bool mightBeTurntableOrTape() const = 0;
+    // Every audio input the platform lists, for recording without a supported deck.
+    virtual std::vector<InputChoice> audioInputs() = 0;
+    // Records from this input instead of a detected deck; the user then says turntable or
+    // cassette, as for a deck that might be either. False when the input is not there (any
+    // more).
+    virtual bool selectOtherInput(uint32_t id) = 0;
     virtual void setNoFilter() = 0;
     // The turntable preset the detected device calls for (RIAA, BrightSpin or none).
     virtual void setRIAAFilter() = 0;

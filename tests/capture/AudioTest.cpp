@@ -448,5 +448,36 @@ TEST(Audio, NewRecorderWritesFloatStereoAtTheInputRate) {
     }
 }
 
+// Without a supported deck any listed input can be chosen: it is recorded from, the user is to
+// say turntable or cassette, and a turntable gets the RIAA curve. Detection forgets the choice.
+TEST(Audio, AnInputChosenWithoutADeckIsRecordedFromAndAskedAbout) {
+    struct Case {
+        const char* name;
+        platform::AudioObjectID chosen;
+        bool taken;
+    };
+    const Case cases[] = {{"the second input", 11, true}, {"an input not listed", 99, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig({}, {"Built-in Audio Analog Stereo", "Scarlett 2i2 USB"});
+        Quiet quiet;
+        EXPECT_EQ(rig.audio->detectAudioDevice(), 0);
+        const std::vector<InputChoice> inputs = rig.audio->audioInputs();
+        ASSERT_EQ(inputs.size(), 2u);
+        EXPECT_EQ(inputs[1].id, 11u);
+        EXPECT_EQ(inputs[1].name, "Scarlett 2i2 USB");
+        EXPECT_EQ(rig.audio->selectOtherInput(c.chosen), c.taken);
+        EXPECT_EQ(rig.audio->mightBeTurntableOrTape(), c.taken);
+        EXPECT_EQ(rig.monitorsMade, c.taken ? 1 : 0);
+        if (!c.taken)
+            continue;
+        EXPECT_EQ(rig.audio->inputDeviceID(), 11u);
+        rig.audio->setRIAAFilter();
+        expectPreset(AudioFilter::RIAAPlayback, "setRIAAFilter");
+        rig.audio->detectAudioDevice();
+        EXPECT_FALSE(rig.audio->mightBeTurntableOrTape());
+    }
+}
+
 } // namespace
 } // namespace waxline

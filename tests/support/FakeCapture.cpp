@@ -30,6 +30,16 @@ void FakeCapture::setDelegate(AudioDelegate* d) {
     record("setDelegate");
 }
 
+bool FakeCapture::selectOtherInput(uint32_t id) {
+    record("selectOtherInput(" + std::to_string(id) + ")");
+    for (const InputChoice& input : inputs)
+        if (input.id == id) {
+            turntableOrTape = true;
+            return true;
+        }
+    return false;
+}
+
 int FakeCapture::detectAudioDevice() {
     record("detectAudioDevice");
     if (detectionCodes.empty())

@@ -25,6 +25,7 @@ public:
     // Scripted answers.
     std::deque<int> detectionCodes; // taken one per detectAudioDevice; 0 once used up
     bool turntableOrTape = false;
+    std::vector<InputChoice> inputs;  // audioInputs' answer; selectOtherInput takes these ids
     std::deque<bool> newTrackResults; // taken one per newTrack; true once used up
     uint64_t trackLengthNanos = 0;
     bool excerptPlays = true; // playExcerpt's answer when neither recording nor monitoring
@@ -47,6 +48,9 @@ public:
     void setDelegate(AudioDelegate* d) override;
     int detectAudioDevice() override;
     bool mightBeTurntableOrTape() const override { return turntableOrTape; }
+    std::vector<InputChoice> audioInputs() override { return inputs; }
+    // Recorded as "selectOtherInput(<id>)"; an input chosen so must be told turntable or tape.
+    bool selectOtherInput(uint32_t id) override;
     void setNoFilter() override { record("setNoFilter"); }
     void setRIAAFilter() override { record("setRIAAFilter"); }
     void setChromeFilter() override { record("setChromeFilter"); }

@@ -898,5 +898,50 @@
         <extracomment>Panel 5 progress bar once every track is saved; %1 = saved, %2 = all</extracomment>
         <translation>%1 von %2 Titeln gespeichert</translation>
     </message>
+    <message>
+        <source>IDS_HELP_TITLE</source>
+        <extracomment>The help window's title, shown when no web browser can open the help page; a title: at most about 40 characters</extracomment>
+        <translation>Waxline-Hilfe</translation>
+    </message>
+    <message>
+        <source>IDS_HELP_NO_BROWSER</source>
+        <extracomment>Help window: a line above the page saying why it is shown here; a sentence</extracomment>
+        <translation>Kein Webbrowser konnte die Hilfe öffnen, daher wird sie hier angezeigt.</translation>
+    </message>
+    <message>
+        <source>IDS_HELP_CLOSE</source>
+        <extracomment>Help window: the button that closes it; a button: at most 12 characters</extracomment>
+        <translation>&amp;Schließen</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_TITLE</source>
+        <extracomment>Panel 1's Next found no supported deck: the title of the window offering other inputs; a title: at most about 40 characters</extracomment>
+        <translation>Von einem anderen Eingang aufnehmen</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_TEXT</source>
+        <extracomment>Other-input window: what happened and what the list is for; Qt rich text</extracomment>
+        <translation>Kein unterstütztes Gerät gefunden. Nehmen Sie von einem anderen Eingang auf, etwa einem Plattenspieler mit Phono-Vorverstärker am Line-Eingang oder einem anderen USB-Interface. Oder schließen Sie Ihr Gerät an und klicken Sie erneut auf &lt;b&gt;Weiter&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_LIST</source>
+        <extracomment>Other-input window: the label above the list of inputs, with its mnemonic; a label: at most 30 characters</extracomment>
+        <translation>&amp;Eingänge:</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_CANCEL</source>
+        <extracomment>Other-input window: closes it and stays on panel 1; a button: at most 12 characters</extracomment>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_USE</source>
+        <extracomment>Other-input window: records from the input selected; a button: at most 24 characters</extracomment>
+        <translation>Diesen Eingang &amp;verwenden</translation>
+    </message>
+    <message>
+        <source>IDS_INPUT_GONE</source>
+        <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
+        <translation>Der Eingang „%1“ ist nicht mehr vorhanden. Prüfen Sie das Kabel und klicken Sie dann erneut auf &lt;b&gt;Weiter&lt;/b&gt;.</translation>
+    </message>
 </context>
 </TS>

@@ -898,5 +898,50 @@
         <extracomment>Panel 5 progress bar once every track is saved; %1 = saved, %2 = all</extracomment>
         <translation>%1 of %2 tracks saved</translation>
     </message>
+    <message>
+        <source>IDS_HELP_TITLE</source>
+        <extracomment>The help window's title, shown when no web browser can open the help page; a title: at most about 40 characters</extracomment>
+        <translation>Waxline Help</translation>
+    </message>
+    <message>
+        <source>IDS_HELP_NO_BROWSER</source>
+        <extracomment>Help window: a line above the page saying why it is shown here; a sentence</extracomment>
+        <translation>No web browser could open the help, so it is shown here.</translation>
+    </message>
+    <message>
+        <source>IDS_HELP_CLOSE</source>
+        <extracomment>Help window: the button that closes it; a button: at most 12 characters</extracomment>
+        <translation>&amp;Close</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_TITLE</source>
+        <extracomment>Panel 1's Next found no supported deck: the title of the window offering other inputs; a title: at most about 40 characters</extracomment>
+        <translation>Record from another input</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_TEXT</source>
+        <extracomment>Other-input window: what happened and what the list is for; Qt rich text</extracomment>
+        <translation>No supported turntable or cassette deck was found. Record from another input instead, such as a turntable on a phono preamplifier plugged into line‑in, or another USB audio interface. Or connect your deck and press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_LIST</source>
+        <extracomment>Other-input window: the label above the list of inputs, with its mnemonic; a label: at most 30 characters</extracomment>
+        <translation>&amp;Inputs:</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_CANCEL</source>
+        <extracomment>Other-input window: closes it and stays on panel 1; a button: at most 12 characters</extracomment>
+        <translation>&amp;Cancel</translation>
+    </message>
+    <message>
+        <source>IDS_OTHER_INPUT_USE</source>
+        <extracomment>Other-input window: records from the input selected; a button: at most 24 characters</extracomment>
+        <translation>&amp;Use this input</translation>
+    </message>
+    <message>
+        <source>IDS_INPUT_GONE</source>
+        <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
+        <translation>The input “%1” is not there any more. Check its cable, then press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+    </message>
 </context>
 </TS>

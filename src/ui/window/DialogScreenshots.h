@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace waxline::ui {
+
+// Pictures of the help window ("help-window.png") and of the inputs offered without a deck
+// ("other-input.png") into `dir`, the help page in `language` ("en", "de"); false when one
+// cannot be written.
+bool writeDialogScreenshots(const QString& dir, const QString& language);
+
+} // namespace waxline::ui
