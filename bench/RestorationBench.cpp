@@ -8,7 +8,7 @@
 // the EBU test signals. Prints figures; it is a benchmark, not a test.
 //
 //   restoration_bench PIECE.wav... [--seconds S] [--no-adeclick] [--verbose]
-//                     [--threshold K] [--confirmation K] [--order P]
+//                     [--threshold K] [--confirmation K] [--significance K] [--order P]
 //
 // PIECE.wav: mono float files of real music (bench/restoration decodes them).
 #include "exporting/TrackAudio.h"
@@ -303,7 +303,7 @@ void missedByKind(const Damage& d, const std::vector<ClickSpan>& found) {
 }
 
 void clickFigures(const std::vector<std::vector<float>>& pieces) {
-    Score ours, line, lsar, add, save, none;
+    Score ours, line, lsar, add, save, none, truthDamaged, coveredDamaged;
     unsigned seed = 1;
     for (const auto& clean : pieces) {
         for (double rate : {2.0, 8.0, 20.0}) {
@@ -343,6 +343,43 @@ void clickFigures(const std::vector<std::vector<float>>& pieces) {
                 restoration::interpolateLsar(known.data(), known.size(), unknown, model);
                 k = j;
             }
+            if (verbose) {
+                // Where the library's SNR goes: LSAR with models of the damaged audio, on the
+                // true spans, and on the library's spans grown to cover the clicks they touch.
+                auto lsarWith = [&](const std::vector<ClickSpan>& spans) {
+                    std::vector<float> y = d.damaged;
+                    for (size_t k = 0; k < spans.size();) {
+                        std::vector<size_t> unknown;
+                        size_t j = k;
+                        do {
+                            for (size_t i = spans[j].first; i <= spans[j].last; ++i)
+                                unknown.push_back(i);
+                            ++j;
+                        } while (j < spans.size() && spans[j].first <= spans[j - 1].last + order);
+                        const size_t from = (spans[k].first / block) * block;
+                        const auto model = restoration::fitArModel(
+                            d.damaged.data() + from, std::min(block, d.damaged.size() - from),
+                            order);
+                        restoration::interpolateLsar(y.data(), y.size(), unknown, model);
+                        k = j;
+                    }
+                    return y;
+                };
+                std::vector<ClickSpan> all(found), covered;
+                for (const auto& c : d.clicks)
+                    for (const auto& f : found)
+                        if (f.first <= c.last && c.first <= f.last)
+                            all.push_back(c);
+                std::sort(all.begin(), all.end(),
+                          [](const ClickSpan& a, const ClickSpan& b) { return a.first < b.first; });
+                for (const ClickSpan& c : all)
+                    if (!covered.empty() && c.first <= covered.back().last + 1)
+                        covered.back().last = std::max(covered.back().last, c.last);
+                    else
+                        covered.push_back(c);
+                truthDamaged.add(judge(clean, d, lsarWith(d.clicks), d.clicks));
+                coveredDamaged.add(judge(clean, d, lsarWith(covered), found));
+            }
             none.add(judge(clean, d, d.damaged, {}));
             line.add(judge(clean, d, straight, d.clicks));
             lsar.add(judge(clean, d, known, d.clicks));
@@ -362,6 +399,10 @@ void clickFigures(const std::vector<std::vector<float>>& pieces) {
     print("restoration (detects by itself)", ours);
     print("straight line, known positions", line);
     print("LSAR, known positions, clean model", lsar);
+    if (verbose) {
+        print("LSAR, known positions, damaged model", truthDamaged);
+        print("LSAR, found spans covering clicks", coveredDamaged);
+    }
     print("ffmpeg adeclick, add method", add);
     print("ffmpeg adeclick, save method", save);
 }
@@ -510,6 +551,10 @@ int main(int argc, char** argv) {
             settings.confirmation = std::atof(argv[++i]);
             continue;
         }
+        if (arg == "--significance" && i + 1 < argc) {
+            settings.significance = std::atof(argv[++i]);
+            continue;
+        }
         if (arg == "--order" && i + 1 < argc) {
             settings.order = std::atoi(argv[++i]);
             continue;
@@ -536,7 +581,8 @@ int main(int argc, char** argv) {
     }
     if (pieces.empty()) {
         std::fprintf(stderr, "usage: restoration_bench PIECE.wav... [--seconds S] [--no-adeclick] "
-                             "[--verbose] [--threshold K] [--confirmation K] [--order P]\n");
+                             "[--verbose] [--threshold K] [--confirmation K] [--significance K] "
+                             "[--order P]\n");
         return 2;
     }
     clickFigures(pieces);

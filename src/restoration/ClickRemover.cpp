@@ -20,10 +20,10 @@ constexpr size_t kLongestStepPair = 120;
 // A span grows by at most kGrowth samples a side while the error stays above kLow times the
 // threshold.
 constexpr size_t kGrowth = 16;
+constexpr double kLow = 0.5;
 // How far the error reduction of a stretch must stand above the music's own to make it a click
 // without a peak, in multiples of the spread.
 constexpr double kSure = 20.0;
-constexpr double kLow = 0.5;
 
 double robustSpread(std::vector<double>& magnitudes) {
     if (magnitudes.empty())
@@ -108,27 +108,70 @@ void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const Ar
     // music's own error would: u' M^-1 u, with u the matched values at the stretch and M its
     // least-squares system, is about the spread squared times the length without a click.
     const std::vector<double> R = errorFilterCorrelation(model);
-    auto confirmed = [&](const ClickSpan& span) {
-        const size_t m = span.last - span.first + 1;
-        std::vector<double> M(m * m), u(m);
+    // The click LSAR would take away at the given samples, M^-1 u: the matched values are the
+    // gradient of the summed squared prediction error there. False when M is singular.
+    std::vector<double> deviation;
+    auto estimate = [&](const std::vector<size_t>& at, std::vector<double>& y, double& reduction) {
+        const size_t m = at.size();
+        std::vector<double> M(m * m);
+        y.resize(m);
         for (size_t i = 0; i < m; ++i) {
-            u[i] = matched[span.first + i - from];
+            y[i] = matched[at[i] - from];
             for (size_t j = 0; j < m; ++j) {
-                const size_t d = i > j ? i - j : j - i;
+                const size_t d = at[i] > at[j] ? at[i] - at[j] : at[j] - at[i];
                 M[i * m + j] = d <= p ? R[d] : 0.0;
             }
         }
-        for (size_t n = span.first; n <= span.last; ++n)
-            if (std::abs(matched[n - from]) > peakLimit[n - from])
-                return true;
-        std::vector<double> y(u);
+        const std::vector<double> u(y);
         if (!solvePositiveDefinite(M, y, m))
-            return true;
-        double reduction = 0;
+            return false;
+        reduction = 0;
         for (size_t i = 0; i < m; ++i)
             reduction += u[i] * y[i];
+        // How far each estimate may stray by the music's own error alone, in multiples of its
+        // spread: the root of the diagonal of M^-1 = L^-T L^-1, M = L L' as factored above.
+        deviation.assign(m, 0.0);
+        std::vector<double> z(m);
+        for (size_t i = 0; i < m; ++i) {
+            for (size_t r = i; r < m; ++r) {
+                double sum = r == i ? 1.0 : 0.0;
+                for (size_t k = i; k < r; ++k)
+                    sum -= M[r * m + k] * z[k];
+                z[r] = sum / M[r * m + r];
+                deviation[i] += z[r] * z[r];
+            }
+            deviation[i] = std::sqrt(deviation[i]);
+        }
+        return true;
+    };
+    // A click shows as a peak of the matched values well above their spread, or as an
+    // estimated click that stands out of what the music's own error alone could make of it at
+    // some sample. A sharp change of the music that only just clears the flags does neither.
+    // Failing both, a long smooth click still lowers the summed squared prediction error far
+    // more than the music would: u' M^-1 u is about the spread squared times the length
+    // without a click.
+    auto confirm = [&](const ClickSpan& span) {
         const double spread = limit[span.first - from] / settings.threshold;
-        return reduction > spread * spread * (kSure * kSure + static_cast<double>(m));
+        std::vector<size_t> at;
+        for (size_t n = span.first; n <= span.last; ++n)
+            at.push_back(n);
+        std::vector<double> y;
+        double reduction = 0;
+        if (!estimate(at, y, reduction)) {
+            spans.push_back(span);
+            return;
+        }
+        double peak = 0, standing = 0;
+        for (size_t i = 0; i < at.size(); ++i) {
+            peak = std::max(peak, std::abs(matched[at[i] - from]) /
+                                      (peakLimit[at[i] - from] / settings.confirmation));
+            standing = std::max(standing, std::abs(y[i]) / (spread * deviation[i]));
+        }
+        if (peak < settings.clearPeak && standing < settings.significance)
+            return;
+        const auto m = static_cast<double>(at.size());
+        if (peak > settings.confirmation || reduction > spread * spread * (kSure * kSure + m))
+            spans.push_back(span);
     };
 
     std::vector<FlagGroup> groups;
@@ -162,14 +205,10 @@ void findInBlock(const std::vector<float>& x, size_t begin, size_t end, const Ar
     for (size_t g = 0; g < groups.size(); ++g) {
         const FlagGroup& group = groups[g];
         if (group.isClick() && group.lastBackward - group.firstForward < settings.longestClick) {
-            if (const ClickSpan span = grown(group.firstForward, group.lastBackward);
-                confirmed(span))
-                spans.push_back(span);
+            confirm(grown(group.firstForward, group.lastBackward));
         } else if (group.isStep() && g + 1 < groups.size() && groups[g + 1].isStep() &&
                    groups[g + 1].lastBackward - group.firstForward < kLongestStepPair) {
-            if (const ClickSpan span = grown(group.firstForward, groups[g + 1].lastBackward);
-                confirmed(span))
-                spans.push_back(span);
+            confirm(grown(group.firstForward, groups[g + 1].lastBackward));
             ++g;
         }
     }

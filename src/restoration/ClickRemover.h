@@ -22,6 +22,11 @@ struct ClickSettings {
     // lowers the prediction error by far more than the music's own error would): a sudden
     // change of the music itself, one large error, does neither.
     double confirmation = 6.0;
+    // Unless its matched peak reaches this many times its spread, a stretch is a click only
+    // when, at some sample, the click estimated there stands out by `significance` times what
+    // the music's own prediction error alone could make of it there.
+    double clearPeak = 20.0;
+    double significance = 10.0;
     size_t longestClick = 400; // stretches flagged longer than this are left alone
 };
 
