@@ -16,6 +16,12 @@ QString localizedKey(const QString& key) {
     return text;
 }
 
+QString textOrKey(const char* key) {
+    const QString k = QString::fromLatin1(key);
+    const QString value = localizedKey(k);
+    return value.isNull() ? k : value;
+}
+
 QString installCatalogue(const QLocale& locale) {
     static QTranslator* installed = nullptr;
     if (installed) {

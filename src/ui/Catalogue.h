@@ -10,6 +10,9 @@ namespace waxline::ui {
 // none (Linguist hands back the source text, which is the key itself).
 QString localizedKey(const QString& key);
 
+// The text of a key, or the key itself where the catalogue has none, so that a gap shows.
+QString textOrKey(const char* key);
+
 // Installs the catalogue for the locale's language, English when there is none for it.
 // Returns the language code installed ("en", "de").
 QString installCatalogue(const QLocale& locale);

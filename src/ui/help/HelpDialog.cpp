@@ -13,7 +13,7 @@ namespace waxline::ui {
 namespace {
 
 // The panels' palette: a walnut header, the cream body, the page itself on paper.
-constexpr const char* dialogStyle = R"(
+constexpr const char* helpStyle = R"(
 QDialog { background: #F4ECDD; }
 QWidget#header { background: #3B2A20; }
 QLabel { color: #2B1F17; font-size: 13px; }
@@ -26,22 +26,16 @@ QPushButton:hover { background: #E39A42; }
 QPushButton:focus { border: 2px solid #2F8FA3; }
 )";
 
-QString text(const char* key) {
-    const QString k = QString::fromLatin1(key);
-    const QString value = localizedKey(k);
-    return value.isNull() ? k : value;
-}
-
 } // namespace
 
 HelpDialog::HelpDialog(QWidget* parent)
     : QDialog(parent) {
-    setWindowTitle(plainTextOf(text("IDS_HELP_TITLE")));
+    setWindowTitle(plainTextOf(textOrKey("IDS_HELP_TITLE")));
     QFont dialogFont = font();
     dialogFont.setFamilies(
         {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
     setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(dialogStyle));
+    setStyleSheet(QString::fromLatin1(helpStyle));
     resize(760, 620);
 
     auto outer = new QVBoxLayout(this);
@@ -54,7 +48,7 @@ HelpDialog::HelpDialog(QWidget* parent)
     header->setFixedHeight(64);
     auto headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(32, 0, 32, 0);
-    title = new QLabel(text("IDS_HELP_TITLE"), header);
+    title = new QLabel(textOrKey("IDS_HELP_TITLE"), header);
     title->setObjectName(QStringLiteral("title"));
     headerRow->addWidget(title);
     outer->addWidget(header);
@@ -64,14 +58,14 @@ HelpDialog::HelpDialog(QWidget* parent)
     body->setSpacing(10);
     outer->addLayout(body);
 
-    notice = new QLabel(text("IDS_HELP_NO_BROWSER"), this);
+    notice = new QLabel(textOrKey("IDS_HELP_NO_BROWSER"), this);
     notice->setWordWrap(true);
     body->addWidget(notice);
 
     pageView = new QTextBrowser(this);
     // Links within the page move through it; links to the web go to whatever can open them.
     pageView->setOpenExternalLinks(true);
-    pageView->setAccessibleName(plainTextOf(text("IDS_HELP_TITLE")));
+    pageView->setAccessibleName(plainTextOf(textOrKey("IDS_HELP_TITLE")));
     // The page's own style rules use what a text browser cannot read: the house colours for
     // its headings and links come from here.
     pageView->document()->setDefaultStyleSheet(QStringLiteral(
@@ -80,7 +74,7 @@ HelpDialog::HelpDialog(QWidget* parent)
 
     auto buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    closeButton = new QPushButton(text("IDS_HELP_CLOSE"), this);
+    closeButton = new QPushButton(textOrKey("IDS_HELP_CLOSE"), this);
     closeButton->setDefault(true);
     connect(closeButton, &QPushButton::clicked, this, &QDialog::close);
     buttons->addWidget(closeButton);

@@ -13,7 +13,7 @@ namespace waxline::ui {
 namespace {
 
 // The panels' palette: a walnut header, the cream body, amber for the action.
-constexpr const char* dialogStyle = R"(
+constexpr const char* inputChoiceStyle = R"(
 QDialog { background: #F4ECDD; }
 QWidget#header { background: #3B2A20; }
 QLabel { color: #2B1F17; font-size: 13px; }
@@ -30,23 +30,17 @@ QPushButton#use { background: #D9892B; border-color: #A8641A; font-weight: bold;
 QPushButton#use:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
 )";
 
-QString text(const char* key) {
-    const QString k = QString::fromLatin1(key);
-    const QString value = localizedKey(k);
-    return value.isNull() ? k : value;
-}
-
 } // namespace
 
 InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* parent)
     : QDialog(parent) {
     setModal(true);
-    setWindowTitle(plainTextOf(text("IDS_OTHER_INPUT_TITLE")));
+    setWindowTitle(plainTextOf(textOrKey("IDS_OTHER_INPUT_TITLE")));
     QFont dialogFont = font();
     dialogFont.setFamilies(
         {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
     setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(dialogStyle));
+    setStyleSheet(QString::fromLatin1(inputChoiceStyle));
     // Room for the explanation's four lines and a handful of inputs without scrolling.
     setMinimumWidth(520);
     resize(560, 400);
@@ -61,7 +55,7 @@ InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* par
     header->setFixedHeight(64);
     auto headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(24, 0, 24, 0);
-    auto title = new QLabel(text("IDS_OTHER_INPUT_TITLE"), header);
+    auto title = new QLabel(textOrKey("IDS_OTHER_INPUT_TITLE"), header);
     title->setObjectName(QStringLiteral("title"));
     headerRow->addWidget(title);
     outer->addWidget(header);
@@ -71,26 +65,27 @@ InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* par
     body->setSpacing(10);
     outer->addLayout(body);
 
-    auto intro = new QLabel(text("IDS_OTHER_INPUT_TEXT"), this);
+    auto intro = new QLabel(textOrKey("IDS_OTHER_INPUT_TEXT"), this);
     intro->setWordWrap(true);
     intro->setTextFormat(Qt::RichText);
     body->addWidget(intro);
 
-    auto listLabel = new QLabel(text("IDS_OTHER_INPUT_LIST"), this);
+    auto listLabel = new QLabel(textOrKey("IDS_OTHER_INPUT_LIST"), this);
     body->addWidget(listLabel);
     list = new QListWidget(this);
     list->addItems(inputNames);
     list->setMinimumHeight(140);
     listLabel->setBuddy(list);
-    list->setAccessibleName(plainTextOf(text("IDS_OTHER_INPUT_LIST")).remove(QLatin1Char('&')));
+    list->setAccessibleName(
+        plainTextOf(textOrKey("IDS_OTHER_INPUT_LIST")).remove(QLatin1Char('&')));
     body->addWidget(list, 1);
 
     auto buttons = new QHBoxLayout;
     buttons->setSpacing(8);
     buttons->addStretch(1);
-    auto cancel = new QPushButton(text("IDS_OTHER_INPUT_CANCEL"), this);
+    auto cancel = new QPushButton(textOrKey("IDS_OTHER_INPUT_CANCEL"), this);
     cancel->setAutoDefault(false);
-    useButton = new QPushButton(text("IDS_OTHER_INPUT_USE"), this);
+    useButton = new QPushButton(textOrKey("IDS_OTHER_INPUT_USE"), this);
     useButton->setObjectName(QStringLiteral("use"));
     useButton->setDefault(true);
     useButton->setEnabled(false);

@@ -15,7 +15,7 @@ namespace waxline::ui {
 namespace {
 
 // The review dialog's palette: a walnut header, the cream body, amber for the action.
-const char* const dialogStyle = R"(
+const char* const findAlbumStyle = R"(
 QDialog { background: #F4ECDD; }
 QWidget#header { background: #3B2A20; }
 QLabel { color: #2B1F17; font-size: 13px; }
@@ -70,7 +70,7 @@ FindAlbumDialog::FindAlbumDialog(QWidget* parent)
     dialogFont.setFamilies(
         {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
     setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(dialogStyle));
+    setStyleSheet(QString::fromLatin1(findAlbumStyle));
     // The window's own size, so the dialog sits over the naming panel it came from.
     setFixedSize(720, 480);
 

@@ -15,7 +15,7 @@ namespace waxline::ui {
 namespace {
 
 // The panels' palette on plain widgets: a walnut header, the cream body, amber for the action.
-const char* const dialogStyle = R"(
+const char* const reviewStyle = R"(
 QDialog { background: #F4ECDD; }
 QWidget#header { background: #3B2A20; }
 QLabel { color: #2B1F17; font-size: 13px; }
@@ -34,14 +34,8 @@ QPushButton#apply:disabled { background: #E8CFA9; color: #8F7A62; border-color: 
 QSpinBox { font-size: 13px; min-height: 24px; }
 )";
 
-QString text(const char* key) {
-    const QString k = QString::fromLatin1(key);
-    const QString value = localizedKey(k);
-    return value.isNull() ? k : value;
-}
-
 QPushButton* makeButton(const char* key, QWidget* parent) {
-    auto button = new QPushButton(text(key), parent);
+    auto button = new QPushButton(textOrKey(key), parent);
     // Return belongs to the spin box and the overview, never to a button by surprise.
     button->setAutoDefault(false);
     button->setDefault(false);
@@ -54,12 +48,12 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     : QDialog(parent) {
     setModal(true);
     setWindowModality(Qt::WindowModal);
-    setWindowTitle(plainTextOf(text("IDS_REVIEW_TITLE")));
+    setWindowTitle(plainTextOf(textOrKey("IDS_REVIEW_TITLE")));
     QFont dialogFont = font();
     dialogFont.setFamilies(
         {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
     setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(dialogStyle));
+    setStyleSheet(QString::fromLatin1(reviewStyle));
     // The window's own size, so the review sits over the panel it came from.
     setFixedSize(720, 480);
 
@@ -73,7 +67,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     header->setFixedHeight(64);
     auto headerRow = new QHBoxLayout(header);
     headerRow->setContentsMargins(40, 0, 40, 0);
-    title = new QLabel(text("IDS_REVIEW_TITLE"), header);
+    title = new QLabel(textOrKey("IDS_REVIEW_TITLE"), header);
     title->setObjectName(QStringLiteral("title"));
     headerRow->addWidget(title);
     outer->addWidget(header);
@@ -83,7 +77,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     body->setSpacing(8);
     outer->addLayout(body);
 
-    intro = new QLabel(text("IDS_REVIEW_TEXT"), this);
+    intro = new QLabel(textOrKey("IDS_REVIEW_TEXT"), this);
     intro->setWordWrap(true);
     body->addWidget(intro);
 
@@ -110,7 +104,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     editRow->addWidget(remove);
     editRow->addWidget(play);
     editRow->addStretch(1);
-    countLabel = new QLabel(text("IDS_REVIEW_TRACKS_LABEL"), this);
+    countLabel = new QLabel(textOrKey("IDS_REVIEW_TRACKS_LABEL"), this);
     count = new QSpinBox(this);
     count->setRange(1, kMaxTracks);
     count->setKeyboardTracking(false);
@@ -179,7 +173,7 @@ void SplitReviewDialog::setReading(bool reading) {
     // The count redoes the splitter's proposal, which needs the whole side read.
     count->setEnabled(!reading);
     countLabel->setEnabled(!reading);
-    wave->setPendingText(reading ? text("IDS_REVIEW_READING") : QString());
+    wave->setPendingText(reading ? textOrKey("IDS_REVIEW_READING") : QString());
     updatePosition();
 }
 
@@ -232,12 +226,12 @@ void SplitReviewDialog::updatePosition() {
     add->setEnabled(wave->sideFrames() > 0);
     QString line;
     if (index >= 0) {
-        line = text("IDS_REVIEW_SELECTED")
+        line = textOrKey("IDS_REVIEW_SELECTED")
                    .arg(index + 1)
                    .arg(markers.size())
                    .arg(formatSideTime(markers[size_t(index)].frame, wave->sampleRate()));
     } else {
-        line = text("IDS_REVIEW_NONE_SELECTED").arg(markers.size() + 1);
+        line = textOrKey("IDS_REVIEW_NONE_SELECTED").arg(markers.size() + 1);
     }
     position->setText(line);
 }
@@ -249,7 +243,7 @@ void SplitReviewDialog::updateNotice() {
             times << formatSideTime(m.frame, wave->sampleRate());
     QStringList lines;
     if (!times.isEmpty())
-        lines << text("IDS_REVIEW_DOUBTFUL").arg(times.join(QStringLiteral(", ")));
+        lines << textOrKey("IDS_REVIEW_DOUBTFUL").arg(times.join(QStringLiteral(", ")));
     QStringList open;
     for (int64_t frame : suggested) {
         const auto& marks = wave->markers();
@@ -261,7 +255,7 @@ void SplitReviewDialog::updateNotice() {
             open << formatSideTime(frame, wave->sampleRate());
     }
     if (!open.isEmpty())
-        lines << text("IDS_REVIEW_SUGGESTED").arg(open.join(QStringLiteral(", ")));
+        lines << textOrKey("IDS_REVIEW_SUGGESTED").arg(open.join(QStringLiteral(", ")));
     notice->setVisible(!lines.isEmpty());
     notice->setText(lines.join(QStringLiteral("\n")));
 }
