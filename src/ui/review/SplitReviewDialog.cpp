@@ -16,21 +16,8 @@ namespace {
 
 // The panels' palette on plain widgets: a walnut header, the cream body, amber for the action.
 const char* const dialogStyle = R"(
-QDialog { background: #F4ECDD; }
-QWidget#header { background: #3B2A20; }
-QLabel { color: #2B1F17; font-size: 13px; }
-QLabel#title { color: #F4ECDD; font-size: 20px; font-weight: bold; }
 QLabel#position { font-size: 13px; font-weight: bold; }
 QLabel#notice { color: #8A3A22; font-size: 12px; }
-QPushButton { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 15px;
-              padding: 4px 16px; font-size: 13px; min-height: 20px; }
-QPushButton:hover { background: #FBF3E4; }
-QPushButton:pressed { background: #E9DCC5; }
-QPushButton:focus { border: 2px solid #2F8FA3; }
-QPushButton:disabled { color: #A89886; border-color: #D8C8AE; }
-QPushButton#apply { background: #D9892B; border-color: #A8641A; font-weight: bold; }
-QPushButton#apply:hover { background: #E39A42; }
-QPushButton#apply:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
 QSpinBox { font-size: 13px; min-height: 24px; }
 )";
 
@@ -51,37 +38,14 @@ QPushButton* makeButton(const char* key, QWidget* parent) {
 } // namespace
 
 SplitReviewDialog::SplitReviewDialog(QWidget* parent)
-    : QDialog(parent) {
+    : HouseDialog(text("IDS_REVIEW_TITLE"), QString::fromLatin1(dialogStyle), parent) {
     setModal(true);
     setWindowModality(Qt::WindowModal);
-    setWindowTitle(plainTextOf(text("IDS_REVIEW_TITLE")));
-    QFont dialogFont = font();
-    dialogFont.setFamilies(
-        {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
-    setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(dialogStyle));
     // The window's own size, so the review sits over the panel it came from.
     setFixedSize(720, 480);
-
-    auto outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->setSpacing(0);
-
-    auto header = new QWidget(this);
-    header->setObjectName(QStringLiteral("header"));
-    header->setAttribute(Qt::WA_StyledBackground);
-    header->setFixedHeight(64);
-    auto headerRow = new QHBoxLayout(header);
-    headerRow->setContentsMargins(40, 0, 40, 0);
-    title = new QLabel(text("IDS_REVIEW_TITLE"), header);
-    title->setObjectName(QStringLiteral("title"));
-    headerRow->addWidget(title);
-    outer->addWidget(header);
-
-    auto body = new QVBoxLayout;
-    body->setContentsMargins(24, 14, 24, 18);
+    auto body = this->body();
+    setBodyMargins(24, 14, 18);
     body->setSpacing(8);
-    outer->addLayout(body);
 
     intro = new QLabel(text("IDS_REVIEW_TEXT"), this);
     intro->setWordWrap(true);
@@ -125,7 +89,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     footer->addStretch(1);
     cancel = makeButton("IDS_REVIEW_CANCEL", this);
     apply = makeButton("IDS_REVIEW_APPLY", this);
-    apply->setObjectName(QStringLiteral("apply"));
+    apply->setObjectName(QStringLiteral("primary"));
     cancel->setMinimumWidth(120);
     apply->setMinimumWidth(120);
     footer->addWidget(cancel);
