@@ -3,6 +3,7 @@
 #include "ui/Catalogue.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
@@ -29,9 +30,7 @@ QString text(const char* key) {
 
 QPushButton* makeButton(const char* key, QWidget* parent) {
     auto button = new QPushButton(text(key), parent);
-    // Return belongs to the spin box and the overview, never to a button by surprise.
-    button->setAutoDefault(false);
-    button->setDefault(false);
+    button->setAccessibleName(withoutMnemonic(plainTextOf(button->text())));
     return button;
 }
 
@@ -62,7 +61,10 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     notice = new QLabel(this);
     notice->setObjectName(QStringLiteral("notice"));
     notice->setWordWrap(true);
-    notice->hide();
+    notice->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    // Room for the notice is kept whether or not there is one, so the waveform keeps its height
+    // when the side has been read; a notice longer than three lines still shows whole.
+    notice->setMinimumHeight(3 * notice->fontMetrics().lineSpacing());
     body->addWidget(notice);
 
     auto editRow = new QHBoxLayout;
@@ -96,10 +98,9 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     footer->addWidget(apply);
     body->addLayout(footer);
 
-    for (QWidget* w : {static_cast<QWidget*>(add), static_cast<QWidget*>(remove),
-                       static_cast<QWidget*>(play), static_cast<QWidget*>(count)})
-        w->setAccessibleName(
-            plainTextOf(w == count ? countLabel->text() : static_cast<QPushButton*>(w)->text()));
+    count->setAccessibleName(withoutMnemonic(plainTextOf(countLabel->text())));
+    // Return applies from anywhere but the count, which it only confirms.
+    apply->setDefault(true);
     setTabOrder(wave, add);
     setTabOrder(add, remove);
     setTabOrder(remove, play);
@@ -171,7 +172,7 @@ bool SplitReviewDialog::changed() const {
 }
 
 QString SplitReviewDialog::noticeText() const {
-    return notice->isHidden() ? QString() : notice->text();
+    return notice->text();
 }
 
 QString SplitReviewDialog::positionText() const {
@@ -196,9 +197,9 @@ void SplitReviewDialog::updatePosition() {
     add->setEnabled(wave->sideFrames() > 0);
     QString line;
     if (index >= 0) {
+        // Named by the track it starts, the number the marker carries.
         line = text("IDS_REVIEW_SELECTED")
-                   .arg(index + 1)
-                   .arg(markers.size())
+                   .arg(index + 2)
                    .arg(formatSideTime(markers[size_t(index)].frame, wave->sampleRate()));
     } else {
         line = text("IDS_REVIEW_NONE_SELECTED").arg(markers.size() + 1);
@@ -226,8 +227,16 @@ void SplitReviewDialog::updateNotice() {
     }
     if (!open.isEmpty())
         lines << text("IDS_REVIEW_SUGGESTED").arg(open.join(QStringLiteral(", ")));
-    notice->setVisible(!lines.isEmpty());
     notice->setText(lines.join(QStringLiteral("\n")));
+}
+
+void SplitReviewDialog::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && count->hasFocus()) {
+        event->accept();
+        return;
+    }
+    HouseDialog::keyPressEvent(event);
 }
 
 void SplitReviewDialog::playSelected() {

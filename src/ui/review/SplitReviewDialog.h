@@ -58,6 +58,9 @@ Q_SIGNALS:
     void playRequested(int64_t frame);
     void applyRequested();
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void markersEdited();
     void updatePosition();

@@ -465,8 +465,8 @@
     </message>
     <message>
         <source>IDS_REVIEW_SELECTED</source>
-        <extracomment>The selected marker: %1 its number, %2 how many, %3 its time m:ss.s</extracomment>
-        <translation>Trennstelle %1 von %2 bei %3</translation>
+        <extracomment>The selected marker: %1 the number it shows (the track it starts), %2 its time m:ss.s</extracomment>
+        <translation>Trennstelle %1 bei %2</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NONE_SELECTED</source>
@@ -486,32 +486,32 @@
     <message>
         <source>IDS_REVIEW_ADD</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Hinzufügen</translation>
+        <translation>&amp;Hinzufügen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_REMOVE</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Entfernen</translation>
+        <translation>&amp;Entfernen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_PLAY</source>
         <extracomment>A button in the review: plays 4 seconds around the selected split; at most about 16 characters</extracomment>
-        <translation>Anhören</translation>
+        <translation>&amp;Anhören</translation>
     </message>
     <message>
         <source>IDS_REVIEW_TRACKS_LABEL</source>
         <extracomment>Beside the track count box; a label: at most 24 characters</extracomment>
-        <translation>Titel laut Hülle:</translation>
+        <translation>&amp;Titel laut Hülle:</translation>
     </message>
     <message>
         <source>IDS_REVIEW_APPLY</source>
         <extracomment>The review's button that cuts the tracks anew; at most about 16 characters</extracomment>
-        <translation>Übernehmen</translation>
+        <translation>Ü&amp;bernehmen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_CANCEL</source>
         <extracomment>The review's button that changes nothing; at most about 16 characters</extracomment>
-        <translation>Abbrechen</translation>
+        <translation>Abbre&amp;chen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NO_SIDE</source>

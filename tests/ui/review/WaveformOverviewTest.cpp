@@ -1,6 +1,8 @@
 #include "ui/review/WaveformOverview.h"
 #include "ui/review/SplitReviewDialog.h"
 
+#include <QApplication>
+#include <QLayout>
 #include <QLocale>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -225,4 +227,78 @@ TEST(SplitReviewDialog, AddSplitHalvesTheLongestTrack) {
     EXPECT_EQ(dialog.overview().selectedMarker(), 2);
     dialog.removeButton().click();
     EXPECT_EQ(dialog.boundaries(), (std::vector<int64_t>{10000, 20000}));
+}
+
+// Return applies from the waveform or a button-less focus, only confirms a typed count, and
+// does nothing while there is nothing to apply.
+TEST(SplitReviewDialog, ReturnAppliesFromAnywhereButTheCount) {
+    struct Row {
+        const char* what;
+        bool edited, onCount;
+        int applied;
+    };
+    const Row rows[] = {
+        {"edited, on the waveform", true, false, 1},
+        {"unchanged, on the waveform", false, false, 0},
+        {"edited, on the count", true, true, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        SplitReviewDialog dialog;
+        dialog.setSide(sideFrames, rate, {10000, 30000});
+        if (row.edited)
+            dialog.setProposal({{12000, 1.0f}, {30000, 1.0f}});
+        QSignalSpy applied(&dialog, &SplitReviewDialog::applyRequested);
+        dialog.show();
+        dialog.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+        QWidget* target = row.onCount ? static_cast<QWidget*>(&dialog.trackCountBox())
+                                      : static_cast<QWidget*>(&dialog.overview());
+        target->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        EXPECT_EQ(applied.count(), row.applied);
+    }
+}
+
+// The selected split is called by the number its marker carries: the track it starts.
+TEST(SplitReviewDialog, TheSelectedSplitIsNamedByTheNumberItShows) {
+    struct Row {
+        int marker;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {0, "Split 2 at 0:10.0"}, {1, "Split 3 at 0:30.0"}, {2, "Split 4 at 0:45.0"}};
+    for (const Row& row : rows) {
+        SplitReviewDialog dialog;
+        dialog.setSide(sideFrames, rate, {10000, 30000, 45000});
+        dialog.overview().selectMarker(row.marker);
+        EXPECT_EQ(dialog.positionText().toStdString(), row.expected);
+    }
+}
+
+// Reading, ready, with or without a notice: the waveform keeps its height.
+TEST(SplitReviewDialog, TheWaveformKeepsItsHeightWhenTheSideIsRead) {
+    struct Row {
+        const char* what;
+        std::vector<SplitMarker> proposal;
+        std::vector<int64_t> suggestions;
+    };
+    const Row rows[] = {
+        {"no notice", {{12000, 1.0f}}, {}},
+        {"a doubtful split", {{12000, 1.0f}, {30000, 0.2f}}, {}},
+        {"a suggestion and a doubtful split", {{30000, 0.2f}}, {50000}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        SplitReviewDialog dialog;
+        dialog.setSide(sideFrames, rate, {10000});
+        dialog.setReading(true);
+        dialog.show();
+        const int reading = dialog.overview().height();
+        dialog.setReading(false);
+        dialog.setProposal(row.proposal);
+        dialog.setSuggestions(row.suggestions);
+        dialog.layout()->activate();
+        EXPECT_EQ(dialog.overview().height(), reading);
+    }
 }
