@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -300,5 +301,77 @@ TEST(SplitReviewDialog, TheWaveformKeepsItsHeightWhenTheSideIsRead) {
         dialog.setSuggestions(row.suggestions);
         dialog.layout()->activate();
         EXPECT_EQ(dialog.overview().height(), reading);
+    }
+}
+
+// Zooming keeps the anchor's place on the screen, stops at the closest view and the side's
+// ends; scrolling and showing a frame stay inside the side. Side 60000 frames, closest 10000.
+TEST(ViewWindow, ZoomsScrollsAndShowsWithinTheSide) {
+    enum class Step { Zoom, Scroll, Show };
+    struct Row {
+        ViewWindow from;
+        Step step;
+        double factor;
+        int64_t frame;
+        ViewWindow expected;
+    };
+    const Row rows[] = {
+        {{0, 60000}, Step::Zoom, 2, 30000, {15000, 30000}},
+        {{0, 60000}, Step::Zoom, 2, 0, {0, 30000}},
+        {{0, 60000}, Step::Zoom, 2, 60000, {30000, 30000}},
+        {{0, 60000}, Step::Zoom, 8, 30000, {25000, 10000}},
+        {{12000, 20000}, Step::Zoom, 2, 17000, {14500, 10000}},
+        {{50000, 10000}, Step::Zoom, 0.5, 55000, {40000, 20000}},
+        {{0, 60000}, Step::Zoom, 0.5, 10000, {0, 60000}},
+        {{10000, 20000}, Step::Scroll, 0, 5000, {15000, 20000}},
+        {{10000, 20000}, Step::Scroll, 0, -20000, {0, 20000}},
+        {{10000, 20000}, Step::Scroll, 0, 50000, {40000, 20000}},
+        {{10000, 20000}, Step::Show, 0, 20000, {10000, 20000}},
+        {{10000, 20000}, Step::Show, 0, 5000, {0, 20000}},
+        {{10000, 20000}, Step::Show, 0, 55000, {40000, 20000}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::to_string(row.from.start) + "+" + std::to_string(row.from.length) + " " +
+                     std::to_string(int(row.step)) + " " + std::to_string(row.frame));
+        const ViewWindow got = row.step == Step::Zoom
+                                   ? row.from.zoomed(row.factor, row.frame, sideFrames, 10000)
+                               : row.step == Step::Scroll ? row.from.scrolled(row.frame, sideFrames)
+                                                          : row.from.showing(row.frame, sideFrames);
+        EXPECT_EQ(got.start, row.expected.start);
+        EXPECT_EQ(got.length, row.expected.length);
+    }
+}
+
+// + and − zoom around the selected marker, the wheel around the mouse; the ruler's mapping
+// follows, so the anchor stays under the same pixel.
+TEST(WaveformOverview, KeysAndTheWheelZoomAroundTheirAnchor) {
+    struct Row {
+        const char* what;
+        int key;
+        int wheel;
+        int64_t anchor;
+        ViewWindow expected;
+    };
+    const Row rows[] = {
+        {"+ on the marker at 0:20", Qt::Key_Plus, 0, 20000, {10000, 30000}},
+        {"two notches at 0:15", 0, 240, 15000, {7500, 30000}},
+        {"one notch back out", 0, -120, 30000, {0, 60000}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Overview o({{20000, 1.0f}});
+        o.view.selectMarker(0);
+        const double before = o.view.xOf(row.anchor);
+        if (row.key) {
+            QTest::keyClick(&o.view, Qt::Key(row.key));
+        } else {
+            const QPointF point(before, o.view.waveRect().center().y());
+            QWheelEvent wheel(point, o.view.mapToGlobal(point), QPoint(), QPoint(0, row.wheel),
+                              Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(&o.view, &wheel);
+        }
+        EXPECT_EQ(o.view.view(), row.expected);
+        EXPECT_NEAR(o.view.xOf(row.anchor), before, 0.5);
+        EXPECT_EQ(o.view.frameAt(before), row.anchor);
     }
 }
