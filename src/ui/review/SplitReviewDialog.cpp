@@ -52,6 +52,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
 
     wave = new WaveformOverview(this);
     wave->setMinimumHeight(150);
+    wave->setToolTip(plainTextOf(text("IDS_REVIEW_ZOOM_HINT")));
     body->addWidget(wave, 1);
 
     position = new QLabel(this);

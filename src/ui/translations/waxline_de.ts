@@ -943,5 +943,10 @@
         <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
         <translation>Der Eingang „%1“ ist nicht mehr vorhanden. Prüfen Sie das Kabel und klicken Sie dann erneut auf &lt;b&gt;Weiter&lt;/b&gt;.</translation>
     </message>
+    <message>
+        <source>IDS_REVIEW_ZOOM_HINT</source>
+        <extracomment>Tooltip of the review's waveform: how to zoom and scroll; at most about 100 characters</extracomment>
+        <translation>Mausrad oder + und − zoomen hinein und hinaus; Umschalt mit dem Mausrad blättert.</translation>
+    </message>
 </context>
 </TS>

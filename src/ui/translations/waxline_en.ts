@@ -943,5 +943,10 @@
         <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
         <translation>The input “%1” is not there any more. Check its cable, then press &lt;b&gt;Next&lt;/b&gt; again.</translation>
     </message>
+    <message>
+        <source>IDS_REVIEW_ZOOM_HINT</source>
+        <extracomment>Tooltip of the review's waveform: how to zoom and scroll; at most about 100 characters</extracomment>
+        <translation>The wheel or + and − zoom in and out; Shift with the wheel scrolls.</translation>
+    </message>
 </context>
 </TS>
