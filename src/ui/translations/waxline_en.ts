@@ -751,32 +751,32 @@
     <message>
         <source>IDS_FIND_ARTIST</source>
         <extracomment>Lookup dialog: the artist field's label</extracomment>
-        <translation>Artist</translation>
+        <translation>&amp;Artist</translation>
     </message>
     <message>
         <source>IDS_FIND_ALBUM</source>
         <extracomment>Lookup dialog: the album field's label</extracomment>
-        <translation>Album</translation>
+        <translation>Al&amp;bum</translation>
     </message>
     <message>
         <source>IDS_FIND_BARCODE</source>
         <extracomment>Lookup dialog: the barcode field's label (the number under the bars on the sleeve)</extracomment>
-        <translation>Barcode</translation>
+        <translation>Bar&amp;code</translation>
     </message>
     <message>
         <source>IDS_FIND_SEARCH</source>
         <extracomment>Lookup dialog: starts the search; a button caption</extracomment>
-        <translation>Search</translation>
+        <translation>&amp;Search</translation>
     </message>
     <message>
         <source>IDS_FIND_USE</source>
         <extracomment>Lookup dialog: fills the names from the chosen release; a button caption</extracomment>
-        <translation>Use these names</translation>
+        <translation>&amp;Use these names</translation>
     </message>
     <message>
         <source>IDS_FIND_CLOSE</source>
         <extracomment>Lookup dialog: closes it; a button caption</extracomment>
-        <translation>Close</translation>
+        <translation>C&amp;lose</translation>
     </message>
     <message>
         <source>IDS_FIND_NOTHING_TYPED</source>
