@@ -1,12 +1,7 @@
 #include "app/MessageBoxAlerts.h"
 
 #include "ui/Catalogue.h"
-
-#include <QMessageBox>
-#include <QPushButton>
-
-#include <algorithm>
-#include <vector>
+#include "ui/widgets/HouseAlert.h"
 
 namespace waxline::app {
 
@@ -48,23 +43,17 @@ QString buttonText(const QString& key) {
     return ui::plainTextOf(alertText(key));
 }
 
-void prepare(QMessageBox& box, const QString& titleKey) {
-    box.setIcon(QMessageBox::Warning);
-    box.setTextFormat(Qt::RichText);
-    box.setWindowTitle(ui::plainTextOf(alertText(titleKey)));
+QString titleText(const QString& key) {
+    return ui::plainTextOf(alertText(key)).toHtmlEscaped();
 }
 
 } // namespace
 
 void MessageBoxAlerts::alert(const QString& titleKey, const QString& textKey,
                              const QStringList& arguments, const QString& buttonKey) {
-    QMessageBox box(parent);
-    // The title doubles as the message's heading: a window manager may not show the title.
-    prepare(box, titleKey);
-    box.setText(QStringLiteral("<b>%1</b><br><br>%2")
-                    .arg(ui::plainTextOf(alertText(titleKey)).toHtmlEscaped(),
-                         alertText(textKey, arguments)));
-    box.addButton(buttonText(buttonKey), QMessageBox::AcceptRole);
+    ui::HouseAlert box(ui::HouseAlert::Kind::Warning, titleText(titleKey),
+                       alertText(textKey, arguments), QString(), {buttonText(buttonKey)}, 0, 0,
+                       parent);
     box.exec();
 }
 
@@ -79,33 +68,24 @@ bool MessageBoxAlerts::ask(const QString& messageKey, const QString& informative
 int MessageBoxAlerts::choose(const QString& messageKey, const QString& informativeKey,
                              const QStringList& buttonKeys, int defaultButton, int escapeButton,
                              const QStringList& arguments) {
-    QMessageBox box(parent);
-    prepare(box, QStringLiteral("IDS_APP_NAME"));
-    box.setText(alertText(messageKey, arguments));
-    if (!informativeKey.isEmpty())
-        box.setInformativeText(alertText(informativeKey, arguments));
-    std::vector<QPushButton*> buttons;
+    QStringList captions;
     for (const QString& key : buttonKeys)
-        buttons.push_back(box.addButton(buttonText(key), QMessageBox::ActionRole));
-    if (defaultButton >= 0 && size_t(defaultButton) < buttons.size())
-        box.setDefaultButton(buttons[size_t(defaultButton)]);
-    if (escapeButton >= 0 && size_t(escapeButton) < buttons.size())
-        box.setEscapeButton(buttons[size_t(escapeButton)]);
+        captions << buttonText(key);
+    ui::HouseAlert box(ui::HouseAlert::Kind::Question, titleText(QStringLiteral("IDS_APP_NAME")),
+                       alertText(messageKey, arguments),
+                       informativeKey.isEmpty() ? QString() : alertText(informativeKey, arguments),
+                       captions, defaultButton, escapeButton, parent);
     box.exec();
-    const auto chosen = std::find(buttons.begin(), buttons.end(), box.clickedButton());
-    return chosen == buttons.end() ? escapeButton : int(chosen - buttons.begin());
+    return box.chosen();
 }
 
 void MessageBoxAlerts::inform(const QString& titleKey, const QString& textKey,
                               const QStringList& arguments) {
-    // Shown beside the window and left to the user; the box deletes itself when closed.
-    auto box = new QMessageBox(parent);
+    // Shown beside the window and left to the user; the alert deletes itself when closed.
+    auto box = new ui::HouseAlert(ui::HouseAlert::Kind::Notice, titleText(titleKey),
+                                  alertText(textKey, arguments), QString(),
+                                  {buttonText(QStringLiteral("IDS_OK"))}, 0, 0, parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
-    prepare(*box, titleKey);
-    box->setText(QStringLiteral("<b>%1</b><br><br>%2")
-                     .arg(ui::plainTextOf(alertText(titleKey)).toHtmlEscaped(),
-                          alertText(textKey, arguments)));
-    box->addButton(buttonText(QStringLiteral("IDS_OK")), QMessageBox::AcceptRole);
     box->setModal(false);
     box->show();
 }

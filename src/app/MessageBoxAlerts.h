@@ -7,7 +7,7 @@
 
 namespace waxline::app {
 
-// Alerts as modal QMessageBoxes over the window, in the catalogue's words (rich text).
+// Alerts as modal house-style alerts over the window, in the catalogue's words (rich text).
 class MessageBoxAlerts : public Alerts {
 public:
     explicit MessageBoxAlerts(QWidget* parent = nullptr)

@@ -28,11 +28,12 @@ namespace waxline::app {
 class SplitReview : public QObject {
     Q_OBJECT
 public:
-    static constexpr int kColumns = 2048;
+    // Fine enough for the closest zoom: an 18-minute side gives a column every 33 ms.
+    static constexpr int kColumns = 32768;
     static constexpr double kSnapSeconds = 3.0;
     static constexpr double kPlaySeconds = 4.0;
     // Overview columns handed over at a time while reading.
-    static constexpr int kColumnsAPiece = 128;
+    static constexpr int kColumnsAPiece = 2048;
 
     enum class State { Idle, Reading, Ready, Failed };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/widgets/HouseDialog.h"
+
 #include <QDialog>
 #include <QUrl>
 
@@ -12,7 +14,7 @@ namespace waxline::ui {
 // The help page inside the application, for a desktop where no browser opens it: the panels'
 // walnut header and cream body around a text browser. Not modal, so the wizard stays usable
 // beside it.
-class HelpDialog : public QDialog {
+class HelpDialog : public HouseDialog {
     Q_OBJECT
 public:
     explicit HelpDialog(QWidget* parent = nullptr);
@@ -23,7 +25,6 @@ public:
     QTextBrowser* browser() const { return pageView; }
 
 private:
-    QLabel* title = nullptr;
     QLabel* notice = nullptr;
     QTextBrowser* pageView = nullptr;
     QPushButton* closeButton = nullptr;

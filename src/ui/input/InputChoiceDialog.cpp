@@ -14,56 +14,24 @@ namespace {
 
 // The panels' palette: a walnut header, the cream body, amber for the action.
 constexpr const char* inputChoiceStyle = R"(
-QDialog { background: #F4ECDD; }
-QWidget#header { background: #3B2A20; }
-QLabel { color: #2B1F17; font-size: 13px; }
-QLabel#title { color: #F4ECDD; font-size: 20px; font-weight: bold; }
 QListWidget { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 8px;
               font-size: 13px; padding: 4px; }
 QListWidget::item { padding: 5px 6px; }
 QListWidget::item:selected { background: #E9C48F; color: #2B1F17; }
-QPushButton { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 15px;
-              padding: 5px 20px; min-height: 20px; font-size: 13px; }
-QPushButton:hover { background: #FBF3E4; }
-QPushButton:focus { border: 2px solid #2F8FA3; }
-QPushButton#use { background: #D9892B; border-color: #A8641A; font-weight: bold; }
-QPushButton#use:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
 )";
 
 } // namespace
 
 InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* parent)
-    : QDialog(parent) {
+    : HouseDialog(textOrKey("IDS_OTHER_INPUT_TITLE"), QString::fromLatin1(inputChoiceStyle),
+                  parent) {
     setModal(true);
-    setWindowTitle(plainTextOf(textOrKey("IDS_OTHER_INPUT_TITLE")));
-    QFont dialogFont = font();
-    dialogFont.setFamilies(
-        {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
-    setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(inputChoiceStyle));
     // Room for the explanation's four lines and a handful of inputs without scrolling.
     setMinimumWidth(520);
     resize(560, 400);
-
-    auto outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->setSpacing(0);
-
-    auto header = new QWidget(this);
-    header->setObjectName(QStringLiteral("header"));
-    header->setAttribute(Qt::WA_StyledBackground);
-    header->setFixedHeight(64);
-    auto headerRow = new QHBoxLayout(header);
-    headerRow->setContentsMargins(24, 0, 24, 0);
-    auto title = new QLabel(textOrKey("IDS_OTHER_INPUT_TITLE"), header);
-    title->setObjectName(QStringLiteral("title"));
-    headerRow->addWidget(title);
-    outer->addWidget(header);
-
-    auto body = new QVBoxLayout;
-    body->setContentsMargins(24, 14, 24, 18);
+    auto body = this->body();
+    setBodyMargins(24, 14, 18);
     body->setSpacing(10);
-    outer->addLayout(body);
 
     auto intro = new QLabel(textOrKey("IDS_OTHER_INPUT_TEXT"), this);
     intro->setWordWrap(true);
@@ -86,7 +54,7 @@ InputChoiceDialog::InputChoiceDialog(const QStringList& inputNames, QWidget* par
     auto cancel = new QPushButton(textOrKey("IDS_OTHER_INPUT_CANCEL"), this);
     cancel->setAutoDefault(false);
     useButton = new QPushButton(textOrKey("IDS_OTHER_INPUT_USE"), this);
-    useButton->setObjectName(QStringLiteral("use"));
+    useButton->setObjectName(QStringLiteral("primary"));
     useButton->setDefault(true);
     useButton->setEnabled(false);
     buttons->addWidget(cancel);

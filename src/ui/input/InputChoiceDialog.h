@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/widgets/HouseDialog.h"
+
 #include <QDialog>
 #include <QStringList>
 
@@ -12,7 +14,7 @@ namespace waxline::ui {
 
 // Offered when no supported deck is found: the audio inputs to record from instead (a turntable
 // through a phono preamp into line-in, another USB interface), in the panels' walnut and cream.
-class InputChoiceDialog : public QDialog {
+class InputChoiceDialog : public HouseDialog {
     Q_OBJECT
 public:
     InputChoiceDialog(const QStringList& inputNames, QWidget* parent = nullptr);

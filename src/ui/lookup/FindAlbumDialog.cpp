@@ -16,10 +16,6 @@ namespace {
 
 // The review dialog's palette: a walnut header, the cream body, amber for the action.
 const char* const findAlbumStyle = R"(
-QDialog { background: #F4ECDD; }
-QWidget#header { background: #3B2A20; }
-QLabel { color: #2B1F17; font-size: 13px; }
-QLabel#title { color: #F4ECDD; font-size: 20px; font-weight: bold; }
 QLabel#status { color: #5A4636; font-size: 12px; }
 QLabel#cover { background: #E9DCC5; border: 1px solid #D8C8AE; }
 QLineEdit { background: #FFFDF8; border: 1px solid #B9A283; border-radius: 4px; padding: 2px 6px;
@@ -27,15 +23,6 @@ QLineEdit { background: #FFFDF8; border: 1px solid #B9A283; border-radius: 4px; 
 QListWidget { background: #FFFDF8; border: 1px solid #B9A283; font-size: 12px; }
 QListWidget::item { padding: 4px; color: #2B1F17; }
 QListWidget::item:selected { background: #F0D7AE; color: #2B1F17; }
-QPushButton { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 15px;
-              padding: 4px 16px; font-size: 13px; min-height: 20px; }
-QPushButton:hover { background: #FBF3E4; }
-QPushButton:pressed { background: #E9DCC5; }
-QPushButton:focus { border: 2px solid #2F8FA3; }
-QPushButton:disabled { color: #A89886; border-color: #D8C8AE; }
-QPushButton#use { background: #D9892B; border-color: #A8641A; font-weight: bold; }
-QPushButton#use:hover { background: #E39A42; }
-QPushButton#use:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
 )";
 
 constexpr int kThumbnail = 56;
@@ -62,36 +49,14 @@ QString catalogueText(const char* key) {
 }
 
 FindAlbumDialog::FindAlbumDialog(QWidget* parent)
-    : QDialog(parent) {
+    : HouseDialog(catalogueText("IDS_FIND_TITLE"), QString::fromLatin1(findAlbumStyle), parent) {
     setModal(true);
     setWindowModality(Qt::WindowModal);
-    setWindowTitle(catalogueText("IDS_FIND_TITLE"));
-    QFont dialogFont = font();
-    dialogFont.setFamilies(
-        {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
-    setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(findAlbumStyle));
     // The window's own size, so the dialog sits over the naming panel it came from.
     setFixedSize(720, 480);
-
-    auto outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->setSpacing(0);
-    auto header = new QWidget(this);
-    header->setObjectName(QStringLiteral("header"));
-    header->setAttribute(Qt::WA_StyledBackground);
-    header->setFixedHeight(64);
-    auto headerRow = new QHBoxLayout(header);
-    headerRow->setContentsMargins(40, 0, 40, 0);
-    auto title = new QLabel(catalogueText("IDS_FIND_TITLE"), header);
-    title->setObjectName(QStringLiteral("title"));
-    headerRow->addWidget(title);
-    outer->addWidget(header);
-
-    auto body = new QVBoxLayout;
-    body->setContentsMargins(40, 16, 40, 16);
+    auto body = this->body();
+    setBodyMargins(40, 16, 16);
     body->setSpacing(10);
-    outer->addLayout(body);
 
     auto queryRow = new QHBoxLayout;
     auto form = new QFormLayout;
@@ -126,7 +91,7 @@ FindAlbumDialog::FindAlbumDialog(QWidget* parent)
     auto buttons = new QHBoxLayout;
     search = new QPushButton(catalogueText("IDS_FIND_SEARCH"), this);
     use = new QPushButton(catalogueText("IDS_FIND_USE"), this);
-    use->setObjectName(QStringLiteral("use"));
+    use->setObjectName(QStringLiteral("primary"));
     close = new QPushButton(catalogueText("IDS_FIND_CLOSE"), this);
     for (QPushButton* b : {search, use, close}) {
         b->setAutoDefault(false);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/widgets/HouseDialog.h"
+
 #include <QDialog>
 #include <QPixmap>
 #include <QString>
@@ -25,7 +27,7 @@ struct AlbumCandidate {
 // thumbnails, format, year and fit, and Use for the one chosen; afterwards the chosen cover
 // and what was filled in. It only shows and asks: the controller searches, fits and fills.
 // Main thread only.
-class FindAlbumDialog : public QDialog {
+class FindAlbumDialog : public HouseDialog {
     Q_OBJECT
 public:
     explicit FindAlbumDialog(QWidget* parent = nullptr);

@@ -3,6 +3,7 @@
 #include "ui/Catalogue.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
@@ -16,66 +17,28 @@ namespace {
 
 // The panels' palette on plain widgets: a walnut header, the cream body, amber for the action.
 const char* const reviewStyle = R"(
-QDialog { background: #F4ECDD; }
-QWidget#header { background: #3B2A20; }
-QLabel { color: #2B1F17; font-size: 13px; }
-QLabel#title { color: #F4ECDD; font-size: 20px; font-weight: bold; }
 QLabel#position { font-size: 13px; font-weight: bold; }
 QLabel#notice { color: #8A3A22; font-size: 12px; }
-QPushButton { background: #FFFDF8; color: #2B1F17; border: 1px solid #B9A283; border-radius: 15px;
-              padding: 4px 16px; font-size: 13px; min-height: 20px; }
-QPushButton:hover { background: #FBF3E4; }
-QPushButton:pressed { background: #E9DCC5; }
-QPushButton:focus { border: 2px solid #2F8FA3; }
-QPushButton:disabled { color: #A89886; border-color: #D8C8AE; }
-QPushButton#apply { background: #D9892B; border-color: #A8641A; font-weight: bold; }
-QPushButton#apply:hover { background: #E39A42; }
-QPushButton#apply:disabled { background: #E8CFA9; color: #8F7A62; border-color: #D8C8AE; }
 QSpinBox { font-size: 13px; min-height: 24px; }
 )";
 
 QPushButton* makeButton(const char* key, QWidget* parent) {
     auto button = new QPushButton(textOrKey(key), parent);
-    // Return belongs to the spin box and the overview, never to a button by surprise.
-    button->setAutoDefault(false);
-    button->setDefault(false);
+    button->setAccessibleName(withoutMnemonic(plainTextOf(button->text())));
     return button;
 }
 
 } // namespace
 
 SplitReviewDialog::SplitReviewDialog(QWidget* parent)
-    : QDialog(parent) {
+    : HouseDialog(textOrKey("IDS_REVIEW_TITLE"), QString::fromLatin1(reviewStyle), parent) {
     setModal(true);
     setWindowModality(Qt::WindowModal);
-    setWindowTitle(plainTextOf(textOrKey("IDS_REVIEW_TITLE")));
-    QFont dialogFont = font();
-    dialogFont.setFamilies(
-        {QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans"), QStringLiteral("Cantarell")});
-    setFont(dialogFont);
-    setStyleSheet(QString::fromLatin1(reviewStyle));
     // The window's own size, so the review sits over the panel it came from.
     setFixedSize(720, 480);
-
-    auto outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->setSpacing(0);
-
-    auto header = new QWidget(this);
-    header->setObjectName(QStringLiteral("header"));
-    header->setAttribute(Qt::WA_StyledBackground);
-    header->setFixedHeight(64);
-    auto headerRow = new QHBoxLayout(header);
-    headerRow->setContentsMargins(40, 0, 40, 0);
-    title = new QLabel(textOrKey("IDS_REVIEW_TITLE"), header);
-    title->setObjectName(QStringLiteral("title"));
-    headerRow->addWidget(title);
-    outer->addWidget(header);
-
-    auto body = new QVBoxLayout;
-    body->setContentsMargins(24, 14, 24, 18);
+    auto body = this->body();
+    setBodyMargins(24, 14, 18);
     body->setSpacing(8);
-    outer->addLayout(body);
 
     intro = new QLabel(textOrKey("IDS_REVIEW_TEXT"), this);
     intro->setWordWrap(true);
@@ -83,6 +46,7 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
 
     wave = new WaveformOverview(this);
     wave->setMinimumHeight(150);
+    wave->setToolTip(plainTextOf(textOrKey("IDS_REVIEW_ZOOM_HINT")));
     body->addWidget(wave, 1);
 
     position = new QLabel(this);
@@ -92,7 +56,10 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     notice = new QLabel(this);
     notice->setObjectName(QStringLiteral("notice"));
     notice->setWordWrap(true);
-    notice->hide();
+    notice->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    // Room for the notice is kept whether or not there is one, so the waveform keeps its height
+    // when the side has been read; a notice longer than three lines still shows whole.
+    notice->setMinimumHeight(3 * notice->fontMetrics().lineSpacing());
     body->addWidget(notice);
 
     auto editRow = new QHBoxLayout;
@@ -119,17 +86,16 @@ SplitReviewDialog::SplitReviewDialog(QWidget* parent)
     footer->addStretch(1);
     cancel = makeButton("IDS_REVIEW_CANCEL", this);
     apply = makeButton("IDS_REVIEW_APPLY", this);
-    apply->setObjectName(QStringLiteral("apply"));
+    apply->setObjectName(QStringLiteral("primary"));
     cancel->setMinimumWidth(120);
     apply->setMinimumWidth(120);
     footer->addWidget(cancel);
     footer->addWidget(apply);
     body->addLayout(footer);
 
-    for (QWidget* w : {static_cast<QWidget*>(add), static_cast<QWidget*>(remove),
-                       static_cast<QWidget*>(play), static_cast<QWidget*>(count)})
-        w->setAccessibleName(
-            plainTextOf(w == count ? countLabel->text() : static_cast<QPushButton*>(w)->text()));
+    count->setAccessibleName(withoutMnemonic(plainTextOf(countLabel->text())));
+    // Return applies from anywhere but the count, which it only confirms.
+    apply->setDefault(true);
     setTabOrder(wave, add);
     setTabOrder(add, remove);
     setTabOrder(remove, play);
@@ -201,7 +167,7 @@ bool SplitReviewDialog::changed() const {
 }
 
 QString SplitReviewDialog::noticeText() const {
-    return notice->isHidden() ? QString() : notice->text();
+    return notice->text();
 }
 
 QString SplitReviewDialog::positionText() const {
@@ -226,9 +192,9 @@ void SplitReviewDialog::updatePosition() {
     add->setEnabled(wave->sideFrames() > 0);
     QString line;
     if (index >= 0) {
+        // Named by the track it starts, the number the marker carries.
         line = textOrKey("IDS_REVIEW_SELECTED")
-                   .arg(index + 1)
-                   .arg(markers.size())
+                   .arg(index + 2)
                    .arg(formatSideTime(markers[size_t(index)].frame, wave->sampleRate()));
     } else {
         line = textOrKey("IDS_REVIEW_NONE_SELECTED").arg(markers.size() + 1);
@@ -256,8 +222,16 @@ void SplitReviewDialog::updateNotice() {
     }
     if (!open.isEmpty())
         lines << textOrKey("IDS_REVIEW_SUGGESTED").arg(open.join(QStringLiteral(", ")));
-    notice->setVisible(!lines.isEmpty());
     notice->setText(lines.join(QStringLiteral("\n")));
+}
+
+void SplitReviewDialog::keyPressEvent(QKeyEvent* event) {
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && count->hasFocus()) {
+        event->accept();
+        return;
+    }
+    HouseDialog::keyPressEvent(event);
 }
 
 void SplitReviewDialog::playSelected() {

@@ -2,6 +2,8 @@
 
 #include "ui/review/WaveformOverview.h"
 
+#include "ui/widgets/HouseDialog.h"
+
 #include <QDialog>
 
 #include <cstdint>
@@ -18,7 +20,7 @@ namespace waxline::ui {
 // Cancel. It opens at once on the live splits and "reading the side"; the controller fills in
 // the waveform and hands over the proposal when its analysis is done. Apply is offered when the
 // markers differ from the live splits. Main thread only.
-class SplitReviewDialog : public QDialog {
+class SplitReviewDialog : public HouseDialog {
     Q_OBJECT
 public:
     static constexpr int kMaxTracks = 40;
@@ -56,6 +58,9 @@ Q_SIGNALS:
     void playRequested(int64_t frame);
     void applyRequested();
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void markersEdited();
     void updatePosition();
@@ -64,7 +69,6 @@ private:
     void addAtView();
 
     WaveformOverview* wave = nullptr;
-    QLabel* title = nullptr;
     QLabel* intro = nullptr;
     QLabel* position = nullptr;
     QLabel* notice = nullptr;

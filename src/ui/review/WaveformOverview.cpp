@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPolygonF>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -54,6 +55,7 @@ void WaveformOverview::setSide(int64_t sideFrames, unsigned sampleRate) {
     marks.clear();
     selected = -1;
     dragging = -1;
+    shown = {0, frames};
     update();
 }
 
@@ -198,14 +200,43 @@ int64_t WaveformOverview::frameAt(double x) const {
     if (frames <= 0 || r.width() <= 0)
         return 0;
     const double share = std::clamp((x - r.left()) / r.width(), 0.0, 1.0);
-    return std::clamp<int64_t>(int64_t(std::llround(share * double(frames))), 0, frames);
+    return std::clamp<int64_t>(shown.start + int64_t(std::llround(share * double(shown.length))), 0,
+                               frames);
 }
 
 double WaveformOverview::xOf(int64_t frame) const {
     const QRectF r = waveRect();
-    if (frames <= 0)
+    if (frames <= 0 || shown.length <= 0)
         return r.left();
-    return r.left() + r.width() * double(frame) / double(frames);
+    return r.left() + r.width() * double(frame - shown.start) / double(shown.length);
+}
+
+void WaveformOverview::setView(ViewWindow view) {
+    if (view == shown)
+        return;
+    shown = view;
+    update();
+}
+
+void WaveformOverview::zoomBy(double factor, int64_t anchor) {
+    setView(shown.zoomed(factor, anchor, frames, int64_t(kClosestViewSeconds * rate)));
+}
+
+void WaveformOverview::wheelEvent(QWheelEvent* event) {
+    const QPoint delta = event->angleDelta();
+    const bool sideways = delta.x() != 0 || (event->modifiers() & Qt::ShiftModifier);
+    const double notches = double(delta.x() != 0 ? delta.x() : delta.y()) / 120.0;
+    if (frames <= 0 || notches == 0) {
+        event->ignore();
+        return;
+    }
+    if (sideways)
+        // A notch moves a tenth of the view; rolling away moves on through the side.
+        setView(shown.scrolled(-int64_t(notches * double(shown.length) / 10), frames));
+    else
+        // Two notches double the zoom, around the moment under the mouse.
+        zoomBy(std::pow(2.0, notches / 2), frameAt(event->position().x()));
+    event->accept();
 }
 
 int WaveformOverview::markerNear(double x) const {
@@ -246,8 +277,11 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
     const int columns = int(lows.size());
     p.setRenderHint(QPainter::Antialiasing, false);
     for (int px = 0; px < pixels && columns > 0; ++px) {
-        const int first = int(int64_t(px) * columns / pixels);
-        const int last = std::max(first + 1, int(int64_t(px + 1) * columns / pixels));
+        // The frames under this pixel, then the columns holding them.
+        const int64_t from = shown.start + int64_t(px) * shown.length / pixels;
+        const int64_t to = shown.start + int64_t(px + 1) * shown.length / pixels;
+        const int first = int(std::min<int64_t>(from * columns / frames, columns - 1));
+        const int last = std::max(first + 1, int(to * columns / frames));
         float low = 1, high = -1;
         bool any = false;
         for (int c = first; c < last && c < columns; ++c) {
@@ -275,26 +309,29 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
     QFont small = font();
     small.setPixelSize(10);
     p.setFont(small);
-    const double seconds = rate ? double(frames) / rate : 0;
+    const double seconds = rate ? double(shown.length) / rate : 0;
     const double labelWidth = p.fontMetrics().horizontalAdvance(QStringLiteral("00:00")) + 14;
     int step = 3600;
-    for (int candidate : {10, 15, 30, 60, 120, 300, 600, 900, 1800}) {
+    for (int candidate : {1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800}) {
         if (seconds <= 0 || r.width() * candidate / seconds >= labelWidth) {
             step = candidate;
             break;
         }
     }
     p.setPen(rulerColour);
-    for (int s = 0; s <= int(seconds) && frames > 0; s += step) {
+    const int firstSecond = rate ? int((shown.start + rate - 1) / rate) : 0;
+    const int lastSecond = rate ? int((shown.start + shown.length) / rate) : 0;
+    for (int s = (firstSecond + step - 1) / step * step; s <= lastSecond && frames > 0; s += step) {
         const double x = xOf(int64_t(s) * rate);
-        p.drawLine(QPointF(x, well.bottom()), QPointF(x, well.bottom() + 4));
         const QString label = QString::asprintf("%d:%02d", s / 60, s % 60);
         const double width = p.fontMetrics().horizontalAdvance(label);
         QRectF box(x - width / 2, well.bottom() + 4, width, rulerHeight - 4);
         if (s == 0)
             box.moveLeft(x);
-        if (box.right() > well.right())
+        // A tick at an edge without room for its time would read as unlabelled.
+        if (box.right() > well.right() || box.left() < well.left())
             continue;
+        p.drawLine(QPointF(x, well.bottom()), QPointF(x, well.bottom() + 4));
         p.drawText(box, Qt::AlignLeft | Qt::AlignTop, label);
     }
 
@@ -303,7 +340,8 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
         int firstPending = 0;
         while (firstPending < columns && known[size_t(firstPending)])
             ++firstPending;
-        const double left = r.left() + r.width() * firstPending / std::max(columns, 1);
+        const double left =
+            std::max(r.left(), xOf(int64_t(firstPending) * frames / std::max(columns, 1)));
         QFont note = font();
         note.setPixelSize(13);
         p.setFont(note);
@@ -318,7 +356,8 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
     int64_t start = 0;
     for (size_t t = 0; t <= marks.size() && frames > 0; ++t) {
         const int64_t end = t < marks.size() ? marks[t].frame : frames;
-        const double left = xOf(start) + (t ? 8 : 2), right = xOf(end) - 8;
+        const double left = std::max(xOf(start) + (t ? 8 : 2), r.left() + 2);
+        const double right = std::min(xOf(end) - 8, r.right() - 2);
         if (right - left > 10)
             p.drawText(QRectF(left, 0, right - left, handleHeight + 1),
                        Qt::AlignLeft | Qt::AlignVCenter, QString::number(t + 1));
@@ -326,8 +365,12 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
     }
 
     // Suggestions under the markers: dotted, with a hollow handle, so they read as not in force.
+    // Only what is in view: a marker beyond the edges is drawn when scrolled to.
+    const auto outside = [&](double x) { return x < well.left() || x > well.right(); };
     for (int64_t frame : suggestions) {
         const double x = std::round(xOf(frame) * dpr) / dpr;
+        if (outside(x))
+            continue;
         p.setPen(QPen(doubtfulColour, 1.5, Qt::DotLine));
         p.drawLine(QPointF(x, well.top() + 1), QPointF(x, well.bottom() - 1));
         p.setPen(QPen(doubtfulColour, 1.2));
@@ -344,6 +387,8 @@ void WaveformOverview::paintEvent(QPaintEvent*) {
                               : m.doubtful() ? doubtfulColour
                                              : markerColour;
         const double x = std::round(xOf(m.frame) * dpr) / dpr;
+        if (outside(x))
+            continue;
         QPen line(colour, isSelected ? 2.0 : 1.5);
         if (m.doubtful())
             line.setStyle(Qt::DashLine);
@@ -471,10 +516,24 @@ void WaveformOverview::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_PageDown:
         selectMarker(std::min(selected + 1, int(marks.size()) - 1));
         break;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+    case Qt::Key_Minus: {
+        // Around the selected marker when it is in view, else around the middle.
+        const int64_t middle = shown.start + shown.length / 2;
+        const int64_t marker = selected >= 0 ? marks[size_t(selected)].frame : -1;
+        const bool inView = marker >= shown.start && marker <= shown.start + shown.length;
+        zoomBy(event->key() == Qt::Key_Minus ? 0.5 : 2.0, inView ? marker : middle);
+        event->accept();
+        return;
+    }
     default:
         QWidget::keyPressEvent(event);
         return;
     }
+    // The marker the keys work on stays in sight.
+    if (selected >= 0)
+        setView(shown.showing(marks[size_t(selected)].frame, frames));
     event->accept();
 }
 

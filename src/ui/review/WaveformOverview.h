@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/review/ViewWindow.h"
+
 #include <QWidget>
 
 #include <cstdint>
@@ -23,8 +25,9 @@ struct SplitMarker {
 // The whole side as a waveform (a minimum and maximum per column, filled in piece by piece)
 // with the track boundaries as markers: click selects, drag moves (snapped through `snap`
 // unless Shift is held), double-click adds, Delete removes, arrows move the selected marker by
-// 0.1 s (Shift: 1 s), Space asks to play around it. Markers stay rising, at least a second
-// apart and inside the side. Main thread only.
+// 0.1 s (Shift: 1 s), Space asks to play around it. The wheel and + / − zoom in and out (Shift
+// with the wheel, or a sideways wheel, scrolls); the ruler follows. Markers stay rising, at least a
+// second apart and inside the side. Main thread only.
 class WaveformOverview : public QWidget {
     Q_OBJECT
 public:
@@ -33,6 +36,8 @@ public:
     static constexpr double kCoarseStepSeconds = 1.0;
     // How close (logical pixels) a press must land to take hold of a marker.
     static constexpr double kGrabDistance = 6.0;
+    // The closest view: this many seconds across the waveform.
+    static constexpr double kClosestViewSeconds = 10.0;
 
     explicit WaveformOverview(QWidget* parent = nullptr);
 
@@ -72,6 +77,10 @@ public:
     int64_t frameAt(double x) const;
     double xOf(int64_t frame) const;
     QRectF waveRect() const;
+    // The stretch shown; the whole side until zoomed.
+    ViewWindow view() const { return shown; }
+    // `factor` times closer around `anchor` (a frame), within the side and the closest view.
+    void zoomBy(double factor, int64_t anchor);
     // The frame under the mouse, -1 when it is not over the waveform.
     int64_t hoverFrame() const { return hover; }
 
@@ -90,6 +99,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
 private:
@@ -99,6 +109,7 @@ private:
     int64_t clampFor(int index, int64_t frame) const;
     bool roomFor(int64_t frame) const;
     void setHover(int64_t frame);
+    void setView(ViewWindow view);
 
     int64_t frames = 0;
     unsigned rate = 44100;
@@ -113,6 +124,7 @@ private:
     bool dragMoved = false;
     int64_t hover = -1;
     QString pending;
+    ViewWindow shown;
 };
 
 // "m:ss.s" for a side-relative frame, e.g. 192.44 s -> "3:12.4".

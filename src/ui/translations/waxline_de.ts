@@ -465,8 +465,8 @@
     </message>
     <message>
         <source>IDS_REVIEW_SELECTED</source>
-        <extracomment>The selected marker: %1 its number, %2 how many, %3 its time m:ss.s</extracomment>
-        <translation>Trennstelle %1 von %2 bei %3</translation>
+        <extracomment>The selected marker: %1 the number it shows (the track it starts), %2 its time m:ss.s</extracomment>
+        <translation>Trennstelle %1 bei %2</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NONE_SELECTED</source>
@@ -486,32 +486,32 @@
     <message>
         <source>IDS_REVIEW_ADD</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Hinzufügen</translation>
+        <translation>&amp;Hinzufügen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_REMOVE</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Entfernen</translation>
+        <translation>&amp;Entfernen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_PLAY</source>
         <extracomment>A button in the review: plays 4 seconds around the selected split; at most about 16 characters</extracomment>
-        <translation>Anhören</translation>
+        <translation>&amp;Anhören</translation>
     </message>
     <message>
         <source>IDS_REVIEW_TRACKS_LABEL</source>
         <extracomment>Beside the track count box; a label: at most 24 characters</extracomment>
-        <translation>Titel laut Hülle:</translation>
+        <translation>&amp;Titel laut Hülle:</translation>
     </message>
     <message>
         <source>IDS_REVIEW_APPLY</source>
         <extracomment>The review's button that cuts the tracks anew; at most about 16 characters</extracomment>
-        <translation>Übernehmen</translation>
+        <translation>Ü&amp;bernehmen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_CANCEL</source>
         <extracomment>The review's button that changes nothing; at most about 16 characters</extracomment>
-        <translation>Abbrechen</translation>
+        <translation>Abbre&amp;chen</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NO_SIDE</source>
@@ -751,32 +751,32 @@
     <message>
         <source>IDS_FIND_ARTIST</source>
         <extracomment>Lookup dialog: the artist field's label</extracomment>
-        <translation>Interpret</translation>
+        <translation>&amp;Interpret</translation>
     </message>
     <message>
         <source>IDS_FIND_ALBUM</source>
         <extracomment>Lookup dialog: the album field's label</extracomment>
-        <translation>Album</translation>
+        <translation>Al&amp;bum</translation>
     </message>
     <message>
         <source>IDS_FIND_BARCODE</source>
         <extracomment>Lookup dialog: the barcode field's label (the number under the bars on the sleeve)</extracomment>
-        <translation>Strichcode</translation>
+        <translation>&amp;Strichcode</translation>
     </message>
     <message>
         <source>IDS_FIND_SEARCH</source>
         <extracomment>Lookup dialog: starts the search; a button caption</extracomment>
-        <translation>Suchen</translation>
+        <translation>S&amp;uchen</translation>
     </message>
     <message>
         <source>IDS_FIND_USE</source>
         <extracomment>Lookup dialog: fills the names from the chosen release; a button caption</extracomment>
-        <translation>Namen übernehmen</translation>
+        <translation>&amp;Namen übernehmen</translation>
     </message>
     <message>
         <source>IDS_FIND_CLOSE</source>
         <extracomment>Lookup dialog: closes it; a button caption</extracomment>
-        <translation>Schließen</translation>
+        <translation>Sch&amp;ließen</translation>
     </message>
     <message>
         <source>IDS_FIND_NOTHING_TYPED</source>
@@ -942,6 +942,11 @@
         <source>IDS_INPUT_GONE</source>
         <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
         <translation>Der Eingang „%1“ ist nicht mehr vorhanden. Prüfen Sie das Kabel und klicken Sie dann erneut auf &lt;b&gt;Weiter&lt;/b&gt;.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_ZOOM_HINT</source>
+        <extracomment>Tooltip of the review's waveform: how to zoom and scroll; at most about 100 characters</extracomment>
+        <translation>Mausrad oder + und − zoomen hinein und hinaus; Umschalt mit dem Mausrad blättert.</translation>
     </message>
 </context>
 </TS>

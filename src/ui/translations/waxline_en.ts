@@ -465,8 +465,8 @@
     </message>
     <message>
         <source>IDS_REVIEW_SELECTED</source>
-        <extracomment>The selected marker: %1 its number, %2 how many, %3 its time m:ss.s</extracomment>
-        <translation>Split %1 of %2 at %3</translation>
+        <extracomment>The selected marker: %1 the number it shows (the track it starts), %2 its time m:ss.s</extracomment>
+        <translation>Split %1 at %2</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NONE_SELECTED</source>
@@ -486,32 +486,32 @@
     <message>
         <source>IDS_REVIEW_ADD</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Add split</translation>
+        <translation>A&amp;dd split</translation>
     </message>
     <message>
         <source>IDS_REVIEW_REMOVE</source>
         <extracomment>A button in the review; at most about 16 characters</extracomment>
-        <translation>Remove split</translation>
+        <translation>&amp;Remove split</translation>
     </message>
     <message>
         <source>IDS_REVIEW_PLAY</source>
         <extracomment>A button in the review: plays 4 seconds around the selected split; at most about 16 characters</extracomment>
-        <translation>Play</translation>
+        <translation>&amp;Play</translation>
     </message>
     <message>
         <source>IDS_REVIEW_TRACKS_LABEL</source>
         <extracomment>Beside the track count box; a label: at most 24 characters</extracomment>
-        <translation>Tracks on the sleeve:</translation>
+        <translation>&amp;Tracks on the sleeve:</translation>
     </message>
     <message>
         <source>IDS_REVIEW_APPLY</source>
         <extracomment>The review's button that cuts the tracks anew; at most about 16 characters</extracomment>
-        <translation>Apply</translation>
+        <translation>&amp;Apply</translation>
     </message>
     <message>
         <source>IDS_REVIEW_CANCEL</source>
         <extracomment>The review's button that changes nothing; at most about 16 characters</extracomment>
-        <translation>Cancel</translation>
+        <translation>&amp;Cancel</translation>
     </message>
     <message>
         <source>IDS_REVIEW_NO_SIDE</source>
@@ -751,32 +751,32 @@
     <message>
         <source>IDS_FIND_ARTIST</source>
         <extracomment>Lookup dialog: the artist field's label</extracomment>
-        <translation>Artist</translation>
+        <translation>&amp;Artist</translation>
     </message>
     <message>
         <source>IDS_FIND_ALBUM</source>
         <extracomment>Lookup dialog: the album field's label</extracomment>
-        <translation>Album</translation>
+        <translation>Al&amp;bum</translation>
     </message>
     <message>
         <source>IDS_FIND_BARCODE</source>
         <extracomment>Lookup dialog: the barcode field's label (the number under the bars on the sleeve)</extracomment>
-        <translation>Barcode</translation>
+        <translation>Bar&amp;code</translation>
     </message>
     <message>
         <source>IDS_FIND_SEARCH</source>
         <extracomment>Lookup dialog: starts the search; a button caption</extracomment>
-        <translation>Search</translation>
+        <translation>&amp;Search</translation>
     </message>
     <message>
         <source>IDS_FIND_USE</source>
         <extracomment>Lookup dialog: fills the names from the chosen release; a button caption</extracomment>
-        <translation>Use these names</translation>
+        <translation>&amp;Use these names</translation>
     </message>
     <message>
         <source>IDS_FIND_CLOSE</source>
         <extracomment>Lookup dialog: closes it; a button caption</extracomment>
-        <translation>Close</translation>
+        <translation>C&amp;lose</translation>
     </message>
     <message>
         <source>IDS_FIND_NOTHING_TYPED</source>
@@ -942,6 +942,11 @@
         <source>IDS_INPUT_GONE</source>
         <extracomment>The input chosen in the other-input window is not there any more; %1 = its name; an alert text, Qt rich text</extracomment>
         <translation>The input “%1” is not there any more. Check its cable, then press &lt;b&gt;Next&lt;/b&gt; again.</translation>
+    </message>
+    <message>
+        <source>IDS_REVIEW_ZOOM_HINT</source>
+        <extracomment>Tooltip of the review's waveform: how to zoom and scroll; at most about 100 characters</extracomment>
+        <translation>The wheel or + and − zoom in and out; Shift with the wheel scrolls.</translation>
     </message>
 </context>
 </TS>

@@ -3,6 +3,7 @@
 #include "ui/Catalogue.h"
 #include "ui/help/HelpDialog.h"
 #include "ui/input/InputChoiceDialog.h"
+#include "ui/widgets/HouseAlert.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,6 +24,12 @@ bool save(QWidget& dialog, const QString& file) {
     return saved;
 }
 
+QString text(const char* key) {
+    const QString k = QString::fromLatin1(key);
+    const QString value = localizedKey(k);
+    return value.isNull() ? k : value;
+}
+
 } // namespace
 
 bool writeDialogScreenshots(const QString& dir, const QString& language) {
@@ -39,7 +46,21 @@ bool writeDialogScreenshots(const QString& dir, const QString& language) {
                               QStringLiteral("Scarlett 2i2 USB Analog Stereo"),
                               QStringLiteral("Monitor of Built-in Audio Analog Stereo")});
     inputs.inputList()->setCurrentRow(1);
-    return save(inputs, QDir(dir).filePath(QStringLiteral("other-input.png")));
+    if (!save(inputs, QDir(dir).filePath(QStringLiteral("other-input.png"))))
+        return false;
+
+    // A warning with one button and the close confirmation with three, as the window shows them.
+    HouseAlert warning(HouseAlert::Kind::Warning, plainTextOf(text("IDS_WARNING")),
+                       text("IDS_INPUT_GONE").arg(QStringLiteral("Scarlett 2i2 USB Analog Stereo")),
+                       QString(), {plainTextOf(text("IDS_OK"))}, 0, 0);
+    if (!save(warning, QDir(dir).filePath(QStringLiteral("alert-warning.png"))))
+        return false;
+    HouseAlert question(HouseAlert::Kind::Question, plainTextOf(text("IDS_APP_NAME")),
+                        text("IDS_CLOSE_UNSAVED").arg(5).arg(QStringLiteral("0:21:48")), QString(),
+                        {plainTextOf(text("IDS_QUIT_KEEP")), plainTextOf(text("IDS_QUIT_DISCARD")),
+                         plainTextOf(text("IDS_DONT_QUIT"))},
+                        0, 2);
+    return save(question, QDir(dir).filePath(QStringLiteral("alert-question.png")));
 }
 
 } // namespace waxline::ui

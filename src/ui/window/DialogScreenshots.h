@@ -5,7 +5,8 @@
 namespace waxline::ui {
 
 // Pictures of the help window ("help-window.png") and of the inputs offered without a deck
-// ("other-input.png") into `dir`, the help page in `language` ("en", "de"); false when one
+// ("other-input.png") and of a warning and a question ("alert-warning.png", "alert-question.png")
+// into `dir`, the help page in `language` ("en", "de"); false when one
 // cannot be written.
 bool writeDialogScreenshots(const QString& dir, const QString& language);
 

@@ -48,13 +48,13 @@ struct MadeUpSide {
 
 } // namespace
 
-QImage grabSplitReview(bool reading, bool suggested) {
+QImage grabSplitReview(bool reading, bool suggested, bool zoomed) {
     SplitReviewDialog dialog;
     const auto frames = int64_t(MadeUpSide::seconds * MadeUpSide::rate);
     const auto at = [](double s) { return int64_t(s * MadeUpSide::rate); };
     // The live detector split inside the pianissimo and missed the shortest gap.
     dialog.setSide(frames, MadeUpSide::rate, {at(172), at(353), at(433), at(546.5)});
-    constexpr int columns = 2048;
+    constexpr int columns = 16384;
     const int shown = reading ? columns * 11 / 20 : columns;
     dialog.overview().setColumnCount(columns);
     std::vector<float> lows, highs;
@@ -77,6 +77,9 @@ QImage grabSplitReview(bool reading, bool suggested) {
                             {at(742.8), 0.41f},
                             {at(907.2), 0.9f}});
         dialog.overview().selectMarker(1);
+        if (zoomed)
+            // Eight times closer around the selected split: about two minutes across.
+            dialog.overview().zoomBy(8, at(353.1));
     }
     dialog.show();
     QApplication::processEvents();
@@ -205,10 +208,13 @@ bool writePanelScreenshots(const QString& dir) {
     }
     const std::pair<QString, bool> reviews[] = {{QStringLiteral("review.png"), false},
                                                 {QStringLiteral("review-reading.png"), true},
-                                                {QStringLiteral("review-suggested.png"), false}};
+                                                {QStringLiteral("review-suggested.png"), false},
+                                                {QStringLiteral("review-zoomed.png"), false}};
     for (const auto& [name, reading] : reviews) {
         const QString file = QDir(dir).filePath(name);
-        if (!grabSplitReview(reading, name == QStringLiteral("review-suggested.png")).save(file)) {
+        if (!grabSplitReview(reading, name == QStringLiteral("review-suggested.png"),
+                             name == QStringLiteral("review-zoomed.png"))
+                 .save(file)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
             return false;
         }

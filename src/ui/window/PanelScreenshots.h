@@ -20,12 +20,12 @@ QImage grabPanel(CustomWindow& window, CustomView& view);
 
 // The split review on a made-up side of six tracks, one split doubtful and one selected; while
 // `reading`, half the overview is in and the proposal not yet; `suggested`, the live splits stay
-// and one boundary the splitter was not sure of is suggested.
-QImage grabSplitReview(bool reading, bool suggested = false);
+// and one boundary the splitter was not sure of is suggested; `zoomed`, eight times closer.
+QImage grabSplitReview(bool reading, bool suggested = false, bool zoomed = false);
 
 // Writes DIR/panel-<n>.png for the twelve panels and DIR/review.png, DIR/review-reading.png,
-// DIR/review-suggested.png for the split review, DIR/find-album.png and DIR/find-album-chosen.png
-// for the lookup; false (and a line on standard error) when a panel
+// DIR/review-suggested.png, DIR/review-zoomed.png for the split review, DIR/find-album.png and
+// DIR/find-album-chosen.png for the lookup; false (and a line on standard error) when a panel
 // cannot be loaded or a picture cannot be written.
 bool writePanelScreenshots(const QString& dir);
 

@@ -1,11 +1,14 @@
 #include "ui/review/WaveformOverview.h"
 #include "ui/review/SplitReviewDialog.h"
 
+#include <QApplication>
+#include <QLayout>
 #include <QLocale>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
 
@@ -225,4 +228,104 @@ TEST(SplitReviewDialog, AddSplitHalvesTheLongestTrack) {
     EXPECT_EQ(dialog.overview().selectedMarker(), 2);
     dialog.removeButton().click();
     EXPECT_EQ(dialog.boundaries(), (std::vector<int64_t>{10000, 20000}));
+}
+
+// Return applies from the waveform, only confirms a typed count, and does nothing while there
+// is nothing to apply.
+TEST(SplitReviewDialog, ReturnAppliesFromAnywhereButTheCount) {
+    struct Row {
+        bool edited, onCount;
+        int applied;
+    };
+    for (const Row& row : {Row{true, false, 1}, Row{false, false, 0}, Row{true, true, 0}}) {
+        SplitReviewDialog dialog;
+        dialog.setSide(sideFrames, rate, {10000, 30000});
+        if (row.edited)
+            dialog.setProposal({{12000, 1.0f}, {30000, 1.0f}});
+        QSignalSpy applied(&dialog, &SplitReviewDialog::applyRequested);
+        dialog.show();
+        dialog.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+        QWidget* target = row.onCount ? static_cast<QWidget*>(&dialog.trackCountBox())
+                                      : static_cast<QWidget*>(&dialog.overview());
+        target->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        EXPECT_EQ(applied.count(), row.applied) << row.edited << row.onCount;
+    }
+}
+
+// The selected split is called by the number its marker carries (the track it starts), and
+// the waveform keeps its height from reading to ready, notice or none.
+TEST(SplitReviewDialog, NamesTheSplitAsShownAndKeepsItsLayout) {
+    const std::vector<std::pair<std::vector<SplitMarker>, const char*>> rows = {
+        {{{12000, 1.0f}}, "Split 2 at 0:12.0"},
+        {{{12000, 1.0f}, {30000, 0.2f}}, "Split 3 at 0:30.0"}};
+    for (const auto& [proposal, expected] : rows) {
+        SplitReviewDialog dialog;
+        dialog.setSide(sideFrames, rate, {10000});
+        dialog.setReading(true);
+        dialog.show();
+        const int reading = dialog.overview().height();
+        dialog.setReading(false);
+        dialog.setProposal(proposal);
+        dialog.overview().selectMarker(int(proposal.size()) - 1);
+        dialog.layout()->activate();
+        EXPECT_EQ(dialog.overview().height(), reading) << expected;
+        EXPECT_EQ(dialog.positionText().toStdString(), expected);
+    }
+}
+
+// Zooming keeps the anchor's place on the screen, stops at the closest view (10000 frames) and
+// the side's ends; scrolling and showing a frame stay inside the side.
+TEST(ViewWindow, ZoomsScrollsAndShowsWithinTheSide) {
+    struct Row {
+        ViewWindow from;
+        char step;
+        double factor;
+        int64_t frame;
+        ViewWindow expected;
+    };
+    const Row rows[] = {
+        {{0, 60000}, 'z', 2, 30000, {15000, 30000}},
+        {{0, 60000}, 'z', 2, 60000, {30000, 30000}},
+        {{0, 60000}, 'z', 8, 30000, {25000, 10000}},
+        {{12000, 20000}, 'z', 2, 17000, {14500, 10000}},
+        {{50000, 10000}, 'z', 0.5, 55000, {40000, 20000}},
+        {{0, 60000}, 'z', 0.5, 0, {0, 60000}},
+        {{10000, 20000}, 's', 0, -20000, {0, 20000}},
+        {{10000, 20000}, 's', 0, 5000, {15000, 20000}},
+        {{10000, 20000}, 'v', 0, 20000, {10000, 20000}},
+        {{10000, 20000}, 'v', 0, 55000, {40000, 20000}},
+    };
+    for (const Row& row : rows) {
+        const ViewWindow got = row.step == 'z'
+                                   ? row.from.zoomed(row.factor, row.frame, sideFrames, 10000)
+                               : row.step == 's' ? row.from.scrolled(row.frame, sideFrames)
+                                                 : row.from.showing(row.frame, sideFrames);
+        EXPECT_EQ(got, row.expected) << row.step << row.from.start << " " << row.frame;
+    }
+}
+
+// + zooms around the selected marker, the wheel around the mouse; the ruler's mapping follows,
+// so the anchor stays under the same pixel.
+TEST(WaveformOverview, KeysAndTheWheelZoomAroundTheirAnchor) {
+    struct Row {
+        int wheel;
+        int64_t anchor;
+        ViewWindow expected;
+    };
+    for (const Row& row : {Row{0, 20000, {10000, 30000}}, Row{240, 15000, {7500, 30000}}}) {
+        Overview o({{20000, 1.0f}});
+        o.view.selectMarker(0);
+        const double before = o.view.xOf(row.anchor);
+        const QPointF point(before, o.view.waveRect().center().y());
+        QWheelEvent wheel(point, o.view.mapToGlobal(point), QPoint(), QPoint(0, row.wheel),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        if (row.wheel)
+            QApplication::sendEvent(&o.view, &wheel);
+        else
+            QTest::keyClick(&o.view, Qt::Key_Plus);
+        EXPECT_EQ(o.view.view(), row.expected) << row.wheel;
+        EXPECT_EQ(o.view.frameAt(before), row.anchor) << row.wheel;
+    }
 }
