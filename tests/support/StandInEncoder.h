@@ -28,8 +28,11 @@ struct StandInEncoder {
     StandInEncoder& operator=(const StandInEncoder&) = delete;
 };
 
-// The body of an encoder that has written part of its file and never ends by itself.
-inline const char* const kEncoderThatNeverEnds =
-    "echo part > \"$out\"\nwhile :; do sleep 0.05; done";
+// The body of an encoder that has written part of its file and never ends by itself. It forks
+// nothing once the file is there: a fork not yet replaced by its program still shows the
+// encoder's command line, and would look like an encoder left running.
+inline const char* const kEncoderThatNeverEnds = "mkfifo \"${0%/*}/never\" 2>/dev/null\n"
+                                                 "echo part > \"$out\"\n"
+                                                 "read x < \"${0%/*}/never\"";
 
 } // namespace waxline::test
