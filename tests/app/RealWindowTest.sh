@@ -34,8 +34,9 @@ deck="usb=08bb:2900,name=USB Audio CODEC ,file=$work/side.wav,speed=1"
 pid=$!
 
 visibleWindows() { xdotool search --all --pid "$pid" --onlyvisible --name Waxline 2>/dev/null || true; }
-waitFor() { # waitFor N: until the process shows N visible windows, for up to 15 s
-    for _ in $(seq 75); do
+# The limit is generous: a sanitizer build starting among other tests can take many seconds.
+waitFor() { # waitFor N: until the process shows N visible windows, for up to 45 s
+    for _ in $(seq 225); do
         [ "$(visibleWindows | wc -l)" -eq "$1" ] && return 0
         kill -0 "$pid" 2>/dev/null || fail "waxline ended while waiting for $1 window(s)"
         sleep 0.2
