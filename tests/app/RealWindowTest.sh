@@ -41,7 +41,8 @@ waitFor() { # waitFor N: until the process shows N visible windows, for up to 45
         kill -0 "$pid" 2>/dev/null || fail "waxline ended while waiting for $1 window(s)"
         sleep 0.2
     done
-    fail "waxline did not show $1 window(s)"
+    fail "waxline did not show $1 window(s): $(visibleWindows | while read -r w; do
+        xdotool getwindowname "$w"; done | tr '\n' '|')"
 }
 grab() { xwd -root -silent | convert xwd:- "$work/$1.png"; }
 # The fraction of a box's pixels within 12 % of a colour.
