@@ -11,15 +11,7 @@ size_t CrossFade::middle(const SideFeatures& side, size_t from, size_t to, size_
     if (side.hop == 0 || from >= to)
         return fallback;
     const auto half = static_cast<size_t>(kSmoothSeconds / side.frameSeconds() / 2);
-    std::vector<float> level(to - from);
-    for (size_t f = from; f < to; ++f) {
-        const size_t first = f >= half ? f - half : 0;
-        const size_t last = std::min(n, f + half + 1);
-        float sum = 0;
-        for (size_t g = first; g < last; ++g)
-            sum += std::max(side.level[g], kSilentDb);
-        level[f - from] = sum / static_cast<float>(last - first);
-    }
+    const std::vector<float> level = meansAround(side.level, from, to, half, kSilentDb);
     const auto lowest = std::min_element(level.begin(), level.end());
     auto end = lowest;
     while (end + 1 != level.end() && *(end + 1) <= *lowest + kTroughDb)

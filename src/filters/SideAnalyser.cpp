@@ -155,4 +155,20 @@ void SideAnalyser::finishFrame() {
     }
 }
 
+std::vector<float> meansAround(const std::vector<float>& values, size_t from, size_t to,
+                               size_t half, float floor) {
+    const size_t n = values.size();
+    to = std::min(to, n);
+    std::vector<float> means(from < to ? to - from : 0);
+    for (size_t f = from; f < to; ++f) {
+        const size_t first = f >= half ? f - half : 0;
+        const size_t last = std::min(n, f + half + 1);
+        float sum = 0;
+        for (size_t g = first; g < last; ++g)
+            sum += std::max(values[g], floor);
+        means[f - from] = sum / static_cast<float>(last - first);
+    }
+    return means;
+}
+
 } // namespace Sonra::Audio::Filters

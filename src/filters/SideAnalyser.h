@@ -34,6 +34,11 @@ struct SideFeatures {
     const uint8_t* spectrumOf(size_t frame) const { return spectrum.data() + frame * bins; }
 };
 
+// For every frame f in [from, to): the mean of values[f - half .. f + half], cut at the ends of
+// the side, each value counted as at least `floor` (so digital silence weighs no more than it).
+std::vector<float> meansAround(const std::vector<float>& values, size_t from, size_t to,
+                               size_t half, float floor);
+
 // Streams a side through once (any block sizes) and keeps its SideFeatures: the mono mix is
 // averaged down to about 11 kHz, high-passed (rumble, warp and the hum's fundamental out) and
 // cut into 512-sample frames. Not for the audio thread: it allocates as the side grows.

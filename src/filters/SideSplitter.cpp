@@ -59,15 +59,7 @@ SideSplitter::SideSplitter(SideFeatures features)
     music.assign(n, false);
     if (n == 0)
         return;
-    smoothed.resize(n);
-    for (size_t f = 0; f < n; ++f) {
-        const size_t from = f >= 2 ? f - 2 : 0;
-        const size_t to = std::min(n, f + 3);
-        float sum = 0;
-        for (size_t g = from; g < to; ++g)
-            sum += std::max(side.level[g], kSilentDb);
-        smoothed[f] = sum / static_cast<float>(to - from);
-    }
+    smoothed = meansAround(side.level, 0, n, 2, kSilentDb);
     learnNoise();
     findLowBand();
     classifyFrames();
@@ -324,22 +316,14 @@ void SideSplitter::findCandidates() {
         // the music either side counted) are quietest, the one nearest the middle among near
         // equals. A quarter of a second at each edge (less in a short stretch) is left out: it
         // may hold the last of a fade too faint to hear.
-        const size_t n = side.frames();
         const size_t margin = std::min((cleanLast - cleanFirst) / 4,
                                        static_cast<size_t>(kEdgeSeconds / frameSeconds));
         const size_t searchFirst = cleanFirst + margin;
         const size_t searchLast = cleanLast - margin;
-        float lowest = std::numeric_limits<float>::infinity();
-        std::vector<float> local(searchLast - searchFirst);
-        for (size_t f = searchFirst; f < searchLast; ++f) {
-            const size_t from = f >= kPlacementFrames ? f - kPlacementFrames : 0;
-            const size_t to = std::min(n, f + kPlacementFrames + 1);
-            float sum = 0;
-            for (size_t g = from; g < to; ++g)
-                sum += std::max(side.loudness[g], kSilentDb);
-            local[f - searchFirst] = sum / static_cast<float>(to - from);
-            lowest = std::min(lowest, local[f - searchFirst]);
-        }
+        const std::vector<float> local =
+            meansAround(side.loudness, searchFirst, searchLast, kPlacementFrames, kSilentDb);
+        const float lowest = local.empty() ? std::numeric_limits<float>::infinity()
+                                           : *std::min_element(local.begin(), local.end());
         const double middle = 0.5 * static_cast<double>(cleanFirst + cleanLast - 1);
         size_t quietest = searchFirst;
         double nearest = std::numeric_limits<double>::infinity();
@@ -362,13 +346,10 @@ void SideSplitter::findDips() {
     const auto half = static_cast<size_t>(0.5 / frameSeconds);
     const auto spacing = static_cast<size_t>(kDipSpacingSeconds / frameSeconds);
     std::vector<float> second(n, std::numeric_limits<float>::infinity());
-    for (size_t f = musicFirst + spacing; f + spacing < musicLast; ++f) {
-        const size_t from = f >= half ? f - half : 0;
-        const size_t to = std::min(n, f + half + 1);
-        float sum = 0;
-        for (size_t g = from; g < to; ++g)
-            sum += std::max(side.level[g], kSilentDb);
-        second[f] = sum / static_cast<float>(to - from);
+    if (musicFirst + spacing + spacing < musicLast) {
+        const size_t first = musicFirst + spacing, last = musicLast - spacing;
+        const std::vector<float> means = meansAround(side.level, first, last, half, kSilentDb);
+        std::copy(means.begin(), means.end(), second.begin() + static_cast<long>(first));
     }
     std::vector<size_t> order;
     for (size_t f = 0; f < n; ++f)

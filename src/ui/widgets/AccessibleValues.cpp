@@ -18,11 +18,11 @@ QString withUnit(double db) {
     return formatDecibels(db) + QLatin1Char(' ') + (unit.isNull() ? QStringLiteral("dB") : unit);
 }
 
-// A slider that counts in steps of a unit (hundredths of a decibel) reported in the unit.
-class ScaledSliderAccessible : public QAccessibleWidget, public QAccessibleValueInterface {
+// A widget whose value is a level or gain in dB, read with its unit.
+class DecibelAccessible : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
-    explicit ScaledSliderAccessible(QSlider* slider)
-        : QAccessibleWidget(slider, QAccessible::Slider) {}
+    DecibelAccessible(QWidget* widget, QAccessible::Role role)
+        : QAccessibleWidget(widget, role) {}
 
     void* interface_cast(QAccessible::InterfaceType type) override {
         if (type == QAccessible::ValueInterface)
@@ -32,9 +32,16 @@ public:
 
     QString text(QAccessible::Text t) const override {
         if (t == QAccessible::Value)
-            return withUnit(scaled(slider()->value()));
+            return withUnit(currentValue().toDouble());
         return QAccessibleWidget::text(t);
     }
+};
+
+// A slider that counts in steps of a unit (hundredths of a decibel) reported in the unit.
+class ScaledSliderAccessible : public DecibelAccessible {
+public:
+    explicit ScaledSliderAccessible(QSlider* slider)
+        : DecibelAccessible(slider, QAccessible::Slider) {}
 
     QVariant currentValue() const override { return scaled(slider()->value()); }
     void setCurrentValue(const QVariant& value) override {
@@ -51,22 +58,10 @@ private:
 };
 
 // A meter reads as a level bar whose value is the last level in dB.
-class MeterAccessible : public QAccessibleWidget, public QAccessibleValueInterface {
+class MeterAccessible : public DecibelAccessible {
 public:
     explicit MeterAccessible(MeteringView* meter)
-        : QAccessibleWidget(meter, QAccessible::ProgressBar) {}
-
-    void* interface_cast(QAccessible::InterfaceType type) override {
-        if (type == QAccessible::ValueInterface)
-            return static_cast<QAccessibleValueInterface*>(this);
-        return QAccessibleWidget::interface_cast(type);
-    }
-
-    QString text(QAccessible::Text t) const override {
-        if (t == QAccessible::Value)
-            return withUnit(level());
-        return QAccessibleWidget::text(t);
-    }
+        : DecibelAccessible(meter, QAccessible::ProgressBar) {}
 
     QVariant currentValue() const override { return level(); }
     // A meter shows; nobody sets it.
